@@ -20,6 +20,15 @@ constexpr char kLibraryBelowHome[] = "lib/server/libjvm.so";
 constexpr const char* kOwnOptions[] = {
     "-Xrs",  // the process handles SIGINT and SIGTERM itself
     "-Djava.util.logging.SimpleFormatter.format=%4$s: %5$s%6$s%n",
+    // An object message is deserialised by the provider before anybody can look at it, so the JVM itself must
+    // admit no class but values and lists of values. The provider's own list works by packages and is wider.
+    "-Djdk.serialFilter=maxdepth=10;"
+    "java.lang.Object;java.lang.String;java.lang.Number;java.lang.Byte;java.lang.Short;java.lang.Integer;"
+    "java.lang.Long;java.lang.Float;java.lang.Double;java.lang.Boolean;java.math.BigDecimal;"
+    "java.math.BigInteger;java.util.Date;java.util.ArrayList;java.util.LinkedList;java.util.Vector;"
+    "java.util.Arrays$ArrayList;java.util.CollSer;java.util.Collections$EmptyList;"
+    "java.util.Collections$SingletonList;!*",
+    "-Dorg.apache.activemq.SERIALIZABLE_PACKAGES=java.lang,java.math,java.util",
 };
 
 std::string libraryFile() {
