@@ -3,9 +3,7 @@ package com.morvex.kel.connectors;
 import java.util.Hashtable;
 import javax.jms.ConnectionFactory;
 import javax.jms.Destination;
-import javax.jms.JMSException;
 import javax.jms.Queue;
-import javax.jms.Session;
 import javax.jms.Topic;
 import javax.naming.Context;
 import javax.naming.InitialContext;
@@ -43,13 +41,6 @@ final class JndiLookup {
         } finally {
             closeQuietly(context);
         }
-    }
-
-    /** The destination that was bound, or the one that the provider makes of the configured name. */
-    Destination destinationFor(Found found, Session session) throws JMSException {
-        if (found.destination() != null) return found.destination();
-        String name = settings.destinationName();
-        return settings.isQueue() ? session.createQueue(name) : session.createTopic(name);
     }
 
     private Context openContext() {

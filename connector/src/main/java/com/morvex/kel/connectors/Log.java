@@ -10,6 +10,8 @@ final class Log {
 
     static void warn(String sentence) { LOGGER.log(Level.WARNING, sentence); }
 
+    static void info(String sentence) { LOGGER.log(Level.INFO, sentence); }
+
     static void warn(String sentence, Throwable cause) {
         warn(sentence);
         detail(sentence, cause);
