@@ -24,7 +24,8 @@ final class Browser {
     List<Message> messages(Link link) throws JMSException {
         Session session = link.connection().createSession(false, Session.AUTO_ACKNOWLEDGE);
         try {
-            return link.destination() instanceof Queue queue ? waiting(session, queue) : arriving(session, link.destination());
+            if (link.destination() instanceof Queue queue) return waiting(session, queue);
+            return arriving(session, link.destination());
         } finally {
             session.close();   // with its browser or subscriber
         }

@@ -25,5 +25,7 @@ final class ClientIds {
         HOLDERS.remove(key(settings), keeper);
     }
 
-    private static String key(ConnectionSettings settings) { return settings.jndiUrl() + " " + settings.clientId(); }
+    private static String key(ConnectionSettings settings) {
+        return settings.jndiUrl() + " " + settings.clientId();
+    }
 }

@@ -21,7 +21,7 @@ final class Closer {
         } catch (InterruptedException e) {
             Thread.currentThread().interrupt();
         }
-        if (thread.isAlive()) Log.warn("The connection is still closing; what it waits for is left to the provider.");
+        if (thread.isAlive()) Log.warn("The connection is still closing; that is left to the provider.");
         return !thread.isAlive() && closing.succeeded;
     }
 

@@ -39,7 +39,7 @@ final class ConnectAttempt {
         synchronized (this) {
             long end = System.nanoTime() + millis * 1_000_000;
             try {
-                for (long left = millis; left > 0 && !finished && !abandoned; ) {
+                for (long left = millis; left > 0 && !finished && !abandoned;) {
                     wait(left);
                     left = (end - System.nanoTime() + 999_999) / 1_000_000;
                 }
@@ -47,7 +47,7 @@ final class ConnectAttempt {
                 interrupted = true;
             }
             if (failure != null) throw failure;
-            if (abandoned) throw new ConnectorException("Connecting was cancelled.");
+            if (abandoned) throw cancelled();
             if (finished) {
                 Link mine = link;
                 link = null;
@@ -55,12 +55,15 @@ final class ConnectAttempt {
             }
         }
         abandon();
-        if (interrupted) Thread.currentThread().interrupt();
-        throw new ConnectorException(interrupted
-                ? "Connecting was cancelled."
-                : "The JMS provider at \"" + opener.settings().jndiUrl() + "\" (parameter jndiURL) did not complete the"
-                        + " connection within " + millis + " ms (system property kel.jms.connectTimeoutMillis).");
+        if (interrupted) {
+            Thread.currentThread().interrupt();
+            throw cancelled();
+        }
+        String late = "%s did not connect within %d ms (system property kel.jms.connectTimeoutMillis).";
+        throw new ConnectorException(late.formatted(opener.settings().provider(), millis));
     }
+
+    static ConnectorException cancelled() { return new ConnectorException("Connecting was cancelled."); }
 
     /** Gives the attempt up, from any thread, without waiting for it. */
     void abandon() {
@@ -87,7 +90,7 @@ final class ConnectAttempt {
             made = opener.open(this::connected);
         } catch (ConnectorException e) {
             problem = e;
-        } catch (Throwable e) {   // nobody waits for this thread's own end, so the waiter must hear of everything
+        } catch (Throwable e) {   // whatever it is, somebody waits for it
             problem = new ConnectorException("Connecting failed: " + Log.reason(e) + ".", e);
         }
         synchronized (this) {
@@ -104,7 +107,7 @@ final class ConnectAttempt {
     }
 
     private synchronized void connected(Connection connection) {
-        if (abandoned) throw new ConnectorException("Connecting was cancelled.");
+        if (abandoned) throw cancelled();
         unfinished = connection;
     }
 }

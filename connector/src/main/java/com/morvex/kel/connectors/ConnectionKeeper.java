@@ -36,7 +36,7 @@ final class ConnectionKeeper {
     void connect(LinkOpener linkOpener) {
         long mine;
         synchronized (this) {
-            if (disconnected) throw new ConnectorException("The connector was disconnected; a new one is needed.");
+            if (disconnected) throw new ConnectorException("The connector was disconnected for good.");
             if (connected) throw new ConnectorException("The connector is connected already.");
             opener = linkOpener;
             mine = ++generation;
@@ -48,21 +48,21 @@ final class ConnectionKeeper {
         } finally {
             if (!installed) releaseClientId();
         }
-        if (!installed) throw new ConnectorException("Connecting was cancelled.");
+        if (!installed) throw ConnectAttempt.cancelled();
     }
 
-    /** The open link; null when there is none, after waiting for one. */
+    /** The open link; null when there is none, after waiting for one, or none will be any more. */
     Link await(long millis) {
         Link open = link;
         if (open != null) return open;
         synchronized (this) {
             if (!connected && !disconnected) throw new ConnectorException("The connector is not connected.");
-            pause(generation, millis);
+            if (!disconnected) pause(generation, millis);
             return link;
         }
     }
 
-    /** Replaces a link that no longer works. Does nothing when that is under way or the link is not wanted. */
+    /** Replaces a link that no longer works; does nothing when that is under way already. */
     void lost(Link failed, Exception cause) {
         long mine;
         synchronized (this) {
@@ -97,9 +97,7 @@ final class ConnectionKeeper {
 
     private void releaseClientId() {
         LinkOpener used;
-        synchronized (this) {
-            used = opener;
-        }
+        synchronized (this) { used = opener; }
         if (used != null && used.usesClientId()) ClientIds.release(used.settings(), this);
     }
 
@@ -119,8 +117,9 @@ final class ConnectionKeeper {
         String destination = opener.settings().destination();
         // Closed first, because it may still hold the client ID.
         int again = failed.drop();
-        Log.warn("The connection to " + destination + " was lost and is made again: " + Log.reason(cause) + "."
-                + (again == 0 ? "" : " The last " + again + " messages handed on will come again."), cause);
+        String repeats = again == 0 ? "" : "; the last " + again + " messages handed on will come again";
+        String sentence = "The connection to %s was lost and is made again%s: %s.";
+        Log.warn(sentence.formatted(destination, repeats, Log.reason(cause)), cause);
         String lastProblem = null;
         while (pause(mine, backoff.nextMillis())) {
             try {
@@ -138,7 +137,7 @@ final class ConnectionKeeper {
     private Link open(long mine) {
         ConnectAttempt started;
         synchronized (this) {
-            if (generation != mine) throw new ConnectorException("Connecting was cancelled.");
+            if (generation != mine) throw ConnectAttempt.cancelled();
             started = ConnectAttempt.start(opener);
             attempt = started;
         }
@@ -168,7 +167,7 @@ final class ConnectionKeeper {
     private synchronized boolean pause(long mine, long millis) {
         long end = System.nanoTime() + millis * 1_000_000;
         try {
-            for (long left = millis; left > 0 && generation == mine && link == null; ) {
+            for (long left = millis; left > 0 && generation == mine && link == null;) {
                 wait(left);
                 left = (end - System.nanoTime() + 999_999) / 1_000_000;
             }

@@ -37,12 +37,12 @@ public final class JmsConnector {
      * @param clientId used for a durable subscription only, as is the subscription's name
      * @throws ConnectorException when a limit that is set as a system property is no positive integer
      */
-    public JmsConnector(String connectionFactory, String destinationType, String destinationName, boolean durable,
-            int[] columnTypes, String[] columnNames, String[] mappedNames, String jndiContextFactory, String jndiUrl,
-            String clientId, String subscriptionName) {
+    public JmsConnector(String connectionFactory, String destinationType, String destinationName,
+            boolean durable, int[] columnTypes, String[] columnNames, String[] mappedNames,
+            String jndiContextFactory, String jndiUrl, String clientId, String subscriptionName) {
         settings = new ConnectionSettings(connectionFactory, destinationType, destinationName, durable,
-                ConnectionSettings.propertyNames(columnNames, mappedNames), jndiContextFactory, jndiUrl, clientId,
-                subscriptionName);
+                ConnectionSettings.propertyNames(columnNames, mappedNames), jndiContextFactory, jndiUrl,
+                clientId, subscriptionName);
         tuning = Tuning.fromSystemProperties();
         keeper = new ConnectionKeeper(tuning);
         reader = new MessageReader(tuning);
@@ -81,7 +81,7 @@ public final class JmsConnector {
         return receive(new String[0], message -> reader.array(message, prefixLength));
     }
 
-    /** The converter's next row; two nulls when nothing is waiting, null for a message that cannot be used. */
+    /** The converter's next row; two nulls when nothing is waiting, null for an unusable message. */
     public String[] receiveCustomMessage() {
         if (!attempt(() -> requireConverter(inConverter, "initInConverter"))) return null;
         return receive(new String[] {null, null}, this::converted);
@@ -119,10 +119,11 @@ public final class JmsConnector {
         try {
             link.commit();
         } catch (JMSException e) {
-            String sentence = "The commit failed and " + link.pending() + " messages will come again: "
-                    + Log.reason(e) + ".";
+            String sentence = "The commit failed and %d messages will come again: %s.".formatted(
+                    link.pending(), Log.reason(e));
             Log.warn(sentence, e);
-            // After a failed commit the session's state is anybody's guess, a new one begins after the last commit.
+            // The session's state is anybody's guess now; a new one begins after the last commit that
+            // succeeded.
             keeper.lost(link, e);
             // Without the cause: the bridge prints what it catches, and the stack is in the log.
             throw new ConnectorException(sentence);
@@ -133,7 +134,7 @@ public final class JmsConnector {
     public boolean disconnect() { return keeper.disconnect(); }
 
     /** The texts of waiting messages, none of which is taken; never null. */
-    public String[] browseTextMessages() { return browse(reader::text).toArray(String[]::new); }
+    public String[] browseTextMessages() { return browse(reader::text).toArray(new String[0]); }
 
     /** The arrays of waiting messages, as they stand; each element is a String[] without nulls. */
     public Object[] browseObjectArrayMessages() {
@@ -151,7 +152,7 @@ public final class JmsConnector {
     }
 
     private boolean connect(LinkOpener.Purpose purpose) {
-        // A thread that native code attached has no class loader; the provider's client looks for its classes there.
+        // A thread that native code attached has none; the provider's client looks for its classes there.
         Thread thread = Thread.currentThread();
         if (thread.getContextClassLoader() == null) thread.setContextClassLoader(getClass().getClassLoader());
         return attempt(() -> keeper.connect(new LinkOpener(settings, purpose)));
@@ -163,7 +164,8 @@ public final class JmsConnector {
             return true;
         } catch (ConnectorException e) {
             Log.warn(e.getMessage(), e);
-        } catch (RuntimeException | LinkageError | StackOverflowError e) {   // a provider's or converter's own fault
+        } catch (RuntimeException | LinkageError | StackOverflowError e) {
+            // a mistake of the provider's client
             Log.warn("The operation failed with a " + e.getClass().getName() + ": " + Log.reason(e) + ".", e);
         }
         return false;
@@ -189,8 +191,8 @@ public final class JmsConnector {
         } catch (ConnectorException e) {
             throw e;
         } catch (JMSException | RuntimeException e) {
-            // Closing ends the wait by this exception with some providers; otherwise the link has failed, and an
-            // outage is no bad message.
+            // With some providers closing ends the wait like this. Otherwise the link has failed, which is no
+            // bad message.
             if (!link.isClosing()) keeper.lost(link, e);
             return null;
         }
@@ -214,7 +216,7 @@ public final class JmsConnector {
     private boolean send(Link.MessageMaker maker) {
         return attempt(() -> {
             Link link = keeper.await(tuning.receiveTimeoutMillis());
-            if (link == null) throw new ConnectorException("The message was not sent: there is no connection.");
+            if (link == null) throw new ConnectorException("The message was not sent: no connection.");
             try {
                 link.send(maker);
             } catch (JMSException e) {
@@ -235,17 +237,18 @@ public final class JmsConnector {
             }
         } catch (JMSException e) {
             Log.detail("Browsing failed.", e);
-            throw new ConnectorException("Browsing " + settings.destination() + " failed: " + Log.reason(e) + ".");
+            String sentence = "Browsing %s failed: %s.";
+            throw new ConnectorException(sentence.formatted(settings.destination(), Log.reason(e)));
         }
         return found;
     }
 
     private static void requireConverter(ConverterHolder converter, String operation) {
-        if (converter == null) throw new ConnectorException("No converter is loaded; " + operation + " comes first.");
+        if (converter == null) throw new ConnectorException("No converter is there; call " + operation + ".");
     }
 
     private static String[] withoutNulls(String[] row) {
-        return Arrays.stream(row).map(text -> text == null ? "" : text).toArray(String[]::new);
+        return Arrays.stream(row).map(text -> text == null ? "" : text).toList().toArray(new String[0]);
     }
 
     private static String idOf(Message message) {

@@ -88,8 +88,8 @@ final class Link {
         Message message = consumer.receive(waitMillis);
         lock.lock();
         try {
-            // Closed meanwhile: the message stays unacknowledged, so it comes again and is not handed on twice.
-            // Not closed yet: a disconnect gets the lock after this and acknowledges it with the others.
+            // Closing: the message stays unacknowledged and comes again, so it must not be handed on now. Not
+            // closing: a disconnect gets the lock after this, and acknowledges it with the others.
             return message == null || closing ? null : handOn(message);
         } finally {
             lock.unlock();

@@ -38,6 +38,10 @@ final class LinkOpener {
      * @throws ConnectorException with the failure's sentence; nothing is left open
      */
     Link open(Consumer<Connection> onConnection) {
+        if (usesClientId() && settings.isQueue()) {
+            throw new ConnectorException(
+                    "A durable subscription needs a topic, but destinationType is QUEUE.");
+        }
         JndiLookup.Found found = new JndiLookup(settings).lookUp();
         try {
             Connection connection = found.user() == null
@@ -63,8 +67,8 @@ final class LinkOpener {
         connection.setExceptionListener(loss);
         boolean durable = usesClientId();
         if (durable) connection.setClientID(settings.clientId());
-        Session session = connection.createSession(durable,
-                purpose == Purpose.CONSUME ? Session.CLIENT_ACKNOWLEDGE : Session.AUTO_ACKNOWLEDGE);
+        int mode = purpose == Purpose.CONSUME ? Session.CLIENT_ACKNOWLEDGE : Session.AUTO_ACKNOWLEDGE;
+        Session session = connection.createSession(durable, mode);
         Destination destination = destination(found, session);
         MessageConsumer consumer = null;
         MessageProducer producer = null;
@@ -87,21 +91,22 @@ final class LinkOpener {
     }
 
     private ConnectorException explained(JMSException e, String user) {
-        String provider = "The JMS provider at \"" + settings.jndiUrl() + "\" (parameter jndiURL) ";
+        String provider = settings.provider();
+        String destination = settings.destination();
         String reason = Log.reason(e) + ".";
         if (ConnectorException.stemsFrom(e, InvalidClientIDException.class)) {
-            return new ConnectorException("The client ID \"" + settings.clientId()
-                    + "\" (parameter clientID) cannot be taken; it must be free and valid: " + reason, e);
+            String taken = "The client ID \"%s\" (parameter clientID) must be free and valid: %s";
+            return new ConnectorException(taken.formatted(settings.clientId(), reason), e);
         }
         if (ConnectorException.stemsFrom(e, JMSSecurityException.class)
                 || ConnectorException.stemsFrom(e, SecurityException.class)) {
             String login = user == null ? "a connection without a login" : "the login of \"" + user + "\"";
-            return new ConnectorException(provider + "refuses " + login + " or its access to " + settings.destination()
-                    + " (java.naming.security.principal and credentials): " + reason, e);
+            String refused = "%s refuses %s (java.naming.security.principal) or its access to %s: %s";
+            return new ConnectorException(refused.formatted(provider, login, destination, reason), e);
         }
         if (ConnectorException.stemsFrom(e, IOException.class)) {
-            return new ConnectorException(provider + "is not reachable: " + reason, e);
+            return new ConnectorException(provider + " is not reachable: " + reason, e);
         }
-        return new ConnectorException(provider + "cannot be used for " + settings.destination() + ": " + reason, e);
+        return new ConnectorException(provider + " cannot be used for " + destination + ": " + reason, e);
     }
 }

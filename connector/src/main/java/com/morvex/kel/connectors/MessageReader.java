@@ -46,7 +46,7 @@ final class MessageReader {
             throw new ConnectorException("it is " + kindOf(message)
                     + ", but the text formats take a TextMessage or a BytesMessage in UTF-8");
         }
-        if (text == null || text.isEmpty()) throw new ConnectorException("its body is empty, but must hold text");
+        if (text == null || text.isEmpty()) throw new ConnectorException("its body is empty");
         checkSize(text);
         return text;
     }
@@ -138,7 +138,8 @@ final class MessageReader {
      */
     private static String epochSeconds(Date date) {
         // java.sql.Timestamp has more digits than its milliseconds; java.sql.Date and Time know no instant.
-        boolean hasInstant = date.getClass() == Date.class || date.getClass().getSimpleName().equals("Timestamp");
+        String kind = date.getClass().getName();
+        boolean hasInstant = kind.equals("java.util.Date") || kind.equals("java.sql.Timestamp");
         Instant instant = hasInstant ? date.toInstant() : Instant.ofEpochMilli(date.getTime());
         int micros = instant.getNano() / 1_000;
         String fraction = micros % 1_000 == 0 ? String.format(Locale.ROOT, "%03d", micros / 1_000)
@@ -164,7 +165,7 @@ final class MessageReader {
                 + " are allowed (system property kel.jms.maxMessageBytes)");
     }
 
-    /** Counts bytes only where the number of characters leaves it open: counting costs more than handing on. */
+    /** Counts bytes only where the number of characters leaves it open: counting takes its time. */
     private void checkSize(String... texts) {
         long characters = 0;
         for (String text : texts) characters += text == null ? 0 : text.length();
@@ -175,7 +176,13 @@ final class MessageReader {
     }
 
     private static long utf8Length(String text) {
-        return text.chars().mapToLong(c -> c < 0x80 ? 1 : c < 0x800 || Character.isSurrogate((char) c) ? 2 : 3).sum();
+        long bytes = 0;
+        for (int i = 0; i < text.length(); ++i) {
+            char c = text.charAt(i);
+            bytes += c < 0x80 ? 1 : 3;
+            if (c >= 0x80 && (c < 0x800 || Character.isSurrogate(c))) --bytes;
+        }
+        return bytes;
     }
 
     private static String kindOf(Message message) {

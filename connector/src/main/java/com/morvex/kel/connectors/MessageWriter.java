@@ -13,17 +13,17 @@ final class MessageWriter {
     private static final Set<String> RESERVED =
             Set.of("NULL", "TRUE", "FALSE", "NOT", "AND", "OR", "BETWEEN", "LIKE", "IN", "IS", "ESCAPE");
 
-    private final String[] propertyNames;
+    private final String[] names;
 
     /** @param propertyNames name of each column as a property; null when the columns are not known */
-    MessageWriter(String[] propertyNames) { this.propertyNames = propertyNames == null ? new String[0] : propertyNames; }
+    MessageWriter(String[] propertyNames) { names = propertyNames == null ? new String[0] : propertyNames; }
 
     /** The body as it stands; every field that is not null becomes a String property named by its column. */
     Message text(Session session, String body, String[] fields) throws JMSException {
         int count = fields == null ? 0 : fields.length;
-        if (count > propertyNames.length) {
-            throw new ConnectorException("The row has " + count + " fields, but the stream has "
-                    + propertyNames.length + " columns to name them by.");
+        if (count > names.length) {
+            String tooMany = "The row has %d fields, but the stream has %d columns to name them by.";
+            throw new ConnectorException(tooMany.formatted(count, names.length));
         }
         TextMessage message = session.createTextMessage(body);
         for (int i = 0; i < count; ++i) {
@@ -38,13 +38,19 @@ final class MessageWriter {
     }
 
     private String checkedName(int column) {
-        String name = propertyNames[column];
-        boolean valid = name != null && !name.isEmpty() && Character.isJavaIdentifierStart(name.charAt(0))
-                && name.chars().allMatch(Character::isJavaIdentifierPart)
-                && !name.startsWith("JMS") && !RESERVED.contains(name.toUpperCase(Locale.ROOT));
-        if (valid) return name;
-        throw new ConnectorException("The column name \"" + name + "\" (column " + column
-                + ") cannot name a message property: it must be an identifier that does not begin with JMS and is no"
-                + " word of the selector language.");
+        String name = names[column];
+        if (isIdentifier(name) && !name.startsWith("JMS")
+                && !RESERVED.contains(name.toUpperCase(Locale.ROOT))) {
+            return name;
+        }
+        String invalid =
+                "The name \"%s\" (column %d) cannot name a message property: it must be an identifier, not"
+                + " begin with JMS and not be a word of the selector language.";
+        throw new ConnectorException(invalid.formatted(name, column));
+    }
+
+    private static boolean isIdentifier(String name) {
+        return name != null && !name.isEmpty() && Character.isJavaIdentifierStart(name.charAt(0))
+                && name.chars().allMatch(Character::isJavaIdentifierPart);
     }
 }
