@@ -39,9 +39,9 @@ TEST_F(Lifecycle, ClearsTheRowBeforeEachMessage) {
     start("CSV");
     nextText("Trades,u,IBM,100");
     adapter.getNext();
-    nextText("Trades,i,HP");
+    nextText("Trades,i,ACME");
     adapter.getNext();
-    EXPECT_EQ(toolkit.posted, (Calls{"u IBM,100", "i HP"}));
+    EXPECT_EQ(toolkit.posted, (Calls{"u IBM,100", "i ACME"}));
 }
 
 TEST_F(Lifecycle, TakesObjectArraysAndCustomMessages) {
@@ -121,13 +121,13 @@ TEST_F(Lifecycle, CommitsWholeBatches) {
     EXPECT_TRUE(jvm.takeCalls().empty());
 }
 
-'TEST_F(Lifecycle, ACommitThatFailsAndOneBeforeAnyMessage) { start("XML", {{"subscriptionMode", "DURABLE"},
-                                                                           {"clientID", "c"},
-                                                                           {"subscriptionName", "s"},
-                                                                           {"batchsize", "2"}});
-jvm.answer("commitTransaction", {nullptr, JNI_TRUE, true});
-EXPECT_EQ(adapter.commitTransaction(), 0);  // zero is a multiple
-EXPECT_EQ(jvm.takeCalls(), (Calls{"commitTransaction()", "ExceptionDescribe"}));
+TEST_F(Lifecycle, ACommitThatFailsAndOneBeforeAnyMessage) {
+    start(
+        "XML",
+        {{"subscriptionMode", "DURABLE"}, {"clientID", "c"}, {"subscriptionName", "s"}, {"batchsize", "2"}});
+    jvm.answer("commitTransaction", {nullptr, JNI_TRUE, true});
+    EXPECT_EQ(adapter.commitTransaction(), 0);  // zero is a multiple
+    EXPECT_EQ(jvm.takeCalls(), (Calls{"commitTransaction()", "ExceptionDescribe"}));
 }
 
 // Each operation with the traces that it leaves, in order.
