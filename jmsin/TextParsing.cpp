@@ -1,0 +1,78 @@
+// CSV and XML messages into the connection row.
+#include "jmsin/JmsInAdapter.h"
+#include "jmsin/MessageKeys.h"
+#include "jmsin/XmlPatterns.h"
+#include "toolkit/kel_intl.h"
+
+namespace {
+
+constexpr char kOpcodeAttribute[] = "KEL_OPS";
+
+// Where a CSV token goes when it is no field.
+constexpr int kStreamName = -2;
+constexpr int kOpcode = -1;
+
+}  // namespace
+
+bool JmsInAdapter::matchesStream(std::string_view name) { return name == callGetStreamName(); }
+
+bool JmsInAdapter::parseCsvMessage(std::string& text, bool allFields) {
+    trace(keys::kParseCsv);
+    int field = allFields || !expectStreamNameOpcode_ ? 0 : kStreamName;
+    for (size_t begin = 0;;) {
+        const size_t found = delimiter_.empty() ? std::string::npos : text.find(delimiter_, begin);
+        const bool isLast = found == std::string::npos;
+        token_.assign(text, begin, isLast ? found : found - begin);
+        if (!placeToken(token_, field, text)) return false;
+        ++field;
+        if (isLast) break;
+        begin = found + delimiter_.size();
+        if (begin == text.size()) {
+            // A delimiter at the very end: one more, null field. Behind the stream name alone that is field
+            // -1, which the toolkit refuses without harm.
+            setFieldAsStringWithIndex(row_, field, nullptr);
+            break;
+        }
+    }
+    trace(keys::kParseCsvEnd);
+    return true;
+}
+
+bool JmsInAdapter::placeToken(const std::string& token, int field, const std::string& text) {
+    if (field == kStreamName) return token.empty() ? refuse(keys::kNoStreamName, text) : matchesStream(token);
+    if (field == kOpcode) {
+        if (token.empty()) return refuse(keys::kNoStreamOp, text);
+        setOp(row_, token.front());
+    } else {
+        setFieldAsStringWithIndex(row_, field, token.empty() ? nullptr : token.c_str());
+    }
+    return true;
+}
+
+bool JmsInAdapter::parseXmlMessage(std::string& text, std::vector<std::string>* names) {
+    trace(keys::kParseXml);
+    const std::string_view whole = text;
+    const auto textOf = [](std::string_view from, size_t begin, size_t end) {
+        return std::string(from.substr(begin, end - begin));
+    };
+    const auto element = elementPattern_->match(whole);
+    if (!element) return refuse(keys::kParseXmlFailed);
+    if (matchStreamName_ && !matchesStream(textOf(whole, element->nameBegin, element->nameEnd))) return false;
+
+    size_t position = element->valueBegin;
+    while (position < element->valueEnd) {
+        const std::string_view rest = whole.substr(position);
+        const auto attribute = attributePattern_->match(rest);
+        if (!attribute) {
+            char offset[25];
+            MORVEX::Kel::intl_snprintf(offset, sizeof offset, "%d", static_cast<int>(position));
+            return refuse(keys::kParseXmlBadAttribute, offset);
+        }
+        const std::string name = textOf(rest, attribute->nameBegin, attribute->nameEnd);
+        const std::string value = textOf(rest, attribute->valueBegin, attribute->valueEnd);
+        setFieldAsStringWithKey(row_, name.c_str(), value.c_str());
+        if (names != nullptr && name != kOpcodeAttribute) names->push_back(name);
+        position += attribute->end;
+    }
+    return true;
+}
