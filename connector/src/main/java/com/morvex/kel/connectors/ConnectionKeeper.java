@@ -1,5 +1,6 @@
 package com.morvex.kel.connectors;
 
+import java.io.IOException;
 import javax.jms.InvalidClientIDException;
 
 /**
@@ -103,12 +104,18 @@ final class ConnectionKeeper {
 
     private Link openFirst(long mine) {
         long end = System.nanoTime() + CLIENT_ID_GRACE_MILLIS * 1_000_000;
-        while (true) {
+        ConnectorException inUse = null;
+        for (boolean first = true;; first = false) {
             try {
                 return open(mine);
             } catch (ConnectorException e) {
-                boolean inUse = ConnectorException.stemsFrom(e, InvalidClientIDException.class);
-                if (!inUse || System.nanoTime() > end || !pause(mine, CLIENT_ID_PAUSE_MILLIS)) throw e;
+                if (ConnectorException.stemsFrom(e, InvalidClientIDException.class)) inUse = e;
+                // A broker that refuses a client ID also cuts the connection, and now and then a client reports
+                // the cut alone.
+                boolean cut = first && opener.usesClientId()
+                        && ConnectorException.stemsFrom(e, IOException.class);
+                boolean again = (inUse != null || cut) && System.nanoTime() < end;
+                if (!again || !pause(mine, CLIENT_ID_PAUSE_MILLIS)) throw inUse != null ? inUse : e;
             }
         }
     }
