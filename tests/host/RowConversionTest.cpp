@@ -127,7 +127,10 @@ TEST(RowFormats, JsonIsExact) {
     const auto format = host::makeJsonLines(type);
     const std::string begin = "{\"stream\":\"S\\\"\xF0\x9F\x98\x80\",\"op\":\"u\",\"seq\":7,\"row\":{\"v\":";
     constexpr double kInfinity = std::numeric_limits<double>::infinity();
-    const std::pair<host::Value, const char*> rows[] = {
+    struct {
+        host::Value value;
+        const char* text;
+    } const rows[] = {
         {host::Value(), "null"},
         {int64_t{-9007199254740993}, "-9007199254740993"},
         {0.1, "0.1"},
