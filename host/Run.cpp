@@ -1,6 +1,7 @@
 #include "host/Run.h"
 
 #include <atomic>
+#include <fstream>
 #include <memory>
 #include <mutex>
 
@@ -97,6 +98,7 @@ private:
         const int64_t total = plugin.getTotalRowsProcessed(adapter_.handle());
         if (total == totals_.total) {
             idle_ = secondsBetween(lastMessage_, now);
+            silent_.add(0, now);
             return now;
         }
         // The row is in the system's hands: only now may the provider forget its message.
@@ -132,6 +134,11 @@ private:
     double seconds_ = 0;
 };
 
+void checkReadable(const std::string& feed) {
+    if (!feed.empty() && feed != "-" && !std::ifstream(feed))
+        throw Failure("The file " + feed + " cannot be read; --feed needs one with a message in each line.");
+}
+
 void reset(LoadedAdapter& adapter, const Session& session) {
     if (adapter.plugin().reset(adapter.handle())) return;
     if (adapter.isStopped()) throw Failure("Stopped before the connection was ready.");
@@ -142,6 +149,7 @@ void reset(LoadedAdapter& adapter, const Session& session) {
 }  // namespace
 
 int runRows(const RunOptions& options) {
+    checkReadable(options.feed);
     Output output(options.out);
     Session session(options.session);
     const std::string pluginName = !options.plugin.empty() ? options.plugin : session.settings.plugin;

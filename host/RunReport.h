@@ -27,8 +27,8 @@ class SilentBadMessages {
 public:
     explicit SilentBadMessages(std::string stream) : stream_(std::move(stream)) {}
 
-    void add(std::int64_t count, Clock::time_point now);
-    void tell(Clock::time_point now);  // what is untold so far
+    void add(std::int64_t count, Clock::time_point now);  // call it with 0 too, as time goes on
+    void tell(Clock::time_point now);                     // what is untold so far
 
 private:
     std::string stream_;
