@@ -92,13 +92,12 @@ std::vector<std::string> connectionProblems(const Settings& settings) { return C
 int checkConfiguration(const std::string& file, const std::vector<std::string>& overrides) {
     std::vector<std::string> problems;
     if (const auto settings = readSettings(file, overrides, problems)) {
-        for (const std::string& problem : connectionProblems(*settings)) {
-            problems.push_back(file + ": " + problem);
-        }
+        const std::string place = file + ": ";
+        for (const std::string& problem : connectionProblems(*settings)) problems.push_back(place + problem);
         try {
             classPath(*settings);
         } catch (const Failure& failure) {
-            problems.push_back(file + ": " + failure.what());
+            problems.push_back(place + failure.what());
         }
     }
     for (const std::string& problem : problems) std::printf("%s\n", oneLine(problem).c_str());

@@ -33,7 +33,7 @@ SignalWatch::SignalWatch(std::function<void()> onFirst)
 
 SignalWatch::~SignalWatch() {
     finished_ = true;
-    pthread_kill(thread_.native_handle(), SIGTERM);
+    pthread_kill(thread_.native_handle(), SIGINT);
     thread_.join();
 }
 

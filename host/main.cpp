@@ -112,9 +112,6 @@ int execute(int argc, char** argv) {
     } catch (const host::Failure& failure) {
         host::say(failure.what());
         return failure.code;
-    } catch (const std::exception& exception) {
-        host::say(std::string("The program failed: ") + exception.what() + ".");
-        return host::kFailed;
     }
 }
 
@@ -124,7 +121,12 @@ int main(int argc, char** argv) {
     // Before any thread exists: all of them inherit it. A closed pipe is an error of the write.
     host::blockSignals();
     std::signal(SIGPIPE, SIG_IGN);
-    const int code = execute(argc, argv);
+    int code = host::kFailed;
+    try {
+        code = execute(argc, argv);
+    } catch (const std::exception& exception) {
+        std::fprintf(stderr, "The program failed: %s.\n", exception.what());
+    }
     std::fflush(nullptr);
     // Java threads may still run; ending the process the ordinary way would tear down what they use.
     std::_Exit(code);

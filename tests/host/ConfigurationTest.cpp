@@ -6,6 +6,7 @@
 #include <fstream>
 
 #include "host/Check.h"
+#include "host/ClassPath.h"
 #include "host/Console.h"
 
 namespace {
@@ -123,6 +124,23 @@ TEST_F(Configuration, EveryColumnFaultNamesTheColumn) {
     EXPECT_EQ(problems.size(), 2U) << "no name, no columns";
     EXPECT_EQ(host::readSettings(file + ".absent", {}, problems), std::nullopt);
     EXPECT_THROW(host::loadSettings(file + ".absent", {}), host::Failure);
+}
+
+TEST(ClassPath, NamesEveryMissingJarWithItsPackage) {
+    host::Settings settings;
+    settings.classPath = {"/a/kel-connectors.jar", "/a/activemq-client.jar", "absent.jar"};
+    settings.addClassPath = {"/", "hawtbuf.jar"};
+    try {
+        host::classPath(settings);
+        ADD_FAILURE() << "nothing is missing";
+    } catch (const host::Failure& failure) {
+        EXPECT_STREQ(failure.what(),
+                     "The Java class path lacks /a/kel-connectors.jar, /a/activemq-client.jar "
+                     "(Debian package libactivemq-java), absent.jar.");
+    }
+    settings.classPath = {"/"};
+    EXPECT_THROW(host::classPath(settings), host::Failure)
+        << "the connector is added, and is not beside this test";
 }
 
 TEST_F(Configuration, CheckNamesWhatWouldBeTakenForSomethingElse) {
