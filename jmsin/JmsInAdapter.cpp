@@ -14,9 +14,9 @@ constexpr int kStateStopped = 4;
 }  // namespace
 
 JmsInAdapter::JmsInAdapter()
-    : elementPattern_(std::make_unique<xml::Pattern>(xml::kElement, xml::scanElement)),
-      attributePattern_(std::make_unique<xml::Pattern>(xml::kAttribute, xml::scanAttribute)),
-      jms_(std::make_unique<JmsUtils>()) {
+    : jms_(std::make_unique<JmsUtils>()),
+      elementPattern_(std::make_unique<xml::Pattern>(xml::kElement, xml::scanElement)),
+      attributePattern_(std::make_unique<xml::Pattern>(xml::kAttribute, xml::scanAttribute)) {
     connectionErrors = createConnectionErrors();
 }
 
@@ -76,6 +76,7 @@ void* JmsInAdapter::getNext() {
         setState(kStateStopped);
         return nullptr;
     }
+    if (row_ == nullptr) return nullptr;  // never connected
     clearData(row_);
     const Received received = receive();
     if (received == Received::kNothing) return nullptr;
@@ -88,9 +89,8 @@ void* JmsInAdapter::getNext() {
 JmsInAdapter::Received JmsInAdapter::receive() {
     switch (dataFormat_) {
         case DataFormat::kCsv:
-            return receiveText(&JmsInAdapter::parseCsvRow);
         case DataFormat::kXml:
-            return receiveText(&JmsInAdapter::parseXmlRow);
+            return receiveText();
         case DataFormat::kFix:
             break;
         case DataFormat::kObjectArray:
@@ -101,10 +101,12 @@ JmsInAdapter::Received JmsInAdapter::receive() {
     return Received::kBad;
 }
 
-JmsInAdapter::Received JmsInAdapter::receiveText(bool (JmsInAdapter::*parse)(std::string&)) {
+JmsInAdapter::Received JmsInAdapter::receiveText() {
     if (!jms_->receiveTextMessage(text_)) return Received::kBad;
     if (text_.empty()) return Received::kNothing;
-    return (this->*parse)(text_) ? Received::kRow : Received::kBad;
+    const bool parsed =
+        dataFormat_ == DataFormat::kXml ? parseXmlMessage(text_, nullptr) : parseCsvMessage(text_, false);
+    return parsed ? Received::kRow : Received::kBad;
 }
 
 JmsInAdapter::Received JmsInAdapter::receiveObjectArray() {

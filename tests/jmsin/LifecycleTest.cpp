@@ -1,4 +1,6 @@
 // The receive loop, its counters, stop and commit.
+#include <set>
+
 #include "jmsin/MessageKeys.h"
 #include "tests/jmsin/AdapterFixture.h"
 
@@ -119,11 +121,58 @@ TEST_F(Lifecycle, CommitsWholeBatches) {
     EXPECT_TRUE(jvm.takeCalls().empty());
 }
 
-TEST_F(Lifecycle, OnlyLogsRowsPutIntoIt) {
-    toolkit.takeCalls();
+'TEST_F(Lifecycle, ACommitThatFailsAndOneBeforeAnyMessage) { start("XML", {{"subscriptionMode", "DURABLE"},
+                                                                           {"clientID", "c"},
+                                                                           {"subscriptionName", "s"},
+                                                                           {"batchsize", "2"}});
+jvm.answer("commitTransaction", {nullptr, JNI_TRUE, true});
+EXPECT_EQ(adapter.commitTransaction(), 0);  // zero is a multiple
+EXPECT_EQ(jvm.takeCalls(), (Calls{"commitTransaction()", "ExceptionDescribe"}));
+}
+
+// Each operation with the traces that it leaves, in order.
+TEST_F(Lifecycle, TracesItsOperations) {
+    const auto traces = [&] {
+        std::string all;
+        for (const std::string& call : toolkit.takeCalls("logMessage")) {
+            EXPECT_EQ(call.substr(0, 16), "logMessage(cb,7,");
+            all += call.substr(16, call.size() - 17) + " ";
+        }
+        return all;
+    };
+    toolkit.params = params(
+        "XML",
+        {{"subscriptionMode", "DURABLE"}, {"clientID", "c"}, {"subscriptionName", "s"}, {"batchsize", "2"}});
+    ASSERT_TRUE(adapter.reset());
+    EXPECT_EQ(traces(), "300281-7_JMSIN_ADAPTER_RESET 300304-7_JMSIN_ADAPTER_GETPARAM ");
+    nextText("<Trades A='1'/>");
+    EXPECT_EQ(adapter.getNext(), nullptr);
+    EXPECT_EQ(traces(), "300283-7_JMSIN_ADAPTER_GETNEXT 300291-7_JMSIN_ADAPTER_PARSEXMLMSG ");
+    adapter.commitTransaction();
+    EXPECT_EQ(traces(), "300539-7_JMSIN_ADAPTER_COMMITTRANSACTION ");
+    nextText("<Trades A=\"1\" KEL_OPS=\"u\"/>");
+    EXPECT_NE(adapter.getNext(), nullptr);
+    EXPECT_EQ(toolkit.posted.back(), "- A=1,KEL_OPS=u");
+    traces();
+    adapter.commitTransaction();
+    EXPECT_EQ(traces(),
+              "300539-7_JMSIN_ADAPTER_COMMITTRANSACTION "
+              "300540-7_JMSIN_ADAPTER_COMMITTRANSACTION_DURABLE_SUBSCRIPTION_MODE_COMMIT ");
     adapter.putNext(fake::handle("row"));
-    EXPECT_EQ(toolkit.takeCalls("logMessage"),
-              (Calls{std::string("logMessage(cb,7,") + keys::kPutNext + ")"}));
+    EXPECT_EQ(traces(), "300285-7_JMSIN_ADAPTER_PUTNEXT ");
+    adapter.canDiscover();
+    EXPECT_EQ(traces(), "300282-7_JMSIN_ADAPTER_CANDISCOVER ");
+    adapter.stop();
+    EXPECT_EQ(traces(), "300286-7_JMSIN_ADAPTER_STOP ");
+    EXPECT_TRUE(toolkit.takeCalls().empty());
+}
+
+TEST_F(Lifecycle, ASecondResetReplacesTheRow) {
+    start("CSV");
+    toolkit.takeCalls();
+    ASSERT_TRUE(adapter.reset());
+    EXPECT_EQ(toolkit.takeCalls("deleteConnectionRow").size(), 1U);
+    EXPECT_EQ(toolkit.liveRows(), 1U);
 }
 
 TEST_F(Lifecycle, CanDiscoverSomeFormats) {

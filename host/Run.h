@@ -1,0 +1,26 @@
+// kel-adapter-host run: feeds the configured stream from the destination and writes its rows.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace host {
+
+struct RunOptions {
+    std::string config;
+    std::vector<std::string> overrides;  // section.name=value
+    std::string plugin;                  // "": the configured one, else the one beside this program
+    std::string feed;                    // "": nothing is fed
+    std::int64_t rows = 0;               // end after so many good rows; 0: no such end
+    double idle = 0;                     // end after so many seconds with nothing waiting; 0: no such end
+    std::string output = "jsonl";        // jsonl, csv, table
+    std::string out;                     // "": standard output
+    std::optional<int> logLevel;
+};
+
+// The exit code. Throws Failure.
+int runRows(const RunOptions& options);
+
+}  // namespace host
