@@ -51,13 +51,12 @@ Elements readArray(const std::string& line) {
 
 }  // namespace
 
-Sender::Sender(Context& context, RowType& rowType, Parameters& parameters)
-    : row_(createConnectionRow("RowByOrder")) {
+Sender::Sender(Session& session) : row_(createConnectionRow("RowByOrder")) {
     connectionErrors = createConnectionErrors();
     outputAdapter = true;
-    setCallbackReference(&context);
-    setConnectionRowType(&rowType);
-    setConnectionParams(&parameters);
+    setCallbackReference(&session.context);
+    setConnectionRowType(&session.rowType);
+    setConnectionParams(&session.settings.connection);
 }
 
 Sender::~Sender() {
@@ -86,8 +85,8 @@ bool Sender::reset() {
 
 void Sender::stop() { jms_.disconnect(); }
 
-void Sender::sendLine(const std::string& line) {
-    if (isObjectArray_ ? sendObjectArray(line) : sendText(line)) return;
+void Sender::send(const std::string& text) {
+    if (isObjectArray_ ? sendObjectArray(text) : sendText(text)) return;
     jms_.exceptionOccurred(jms_.getJniEnv());
     throw Failure("the message could not be sent; the connector's warning above says why.");
 }

@@ -1,12 +1,11 @@
 // Puts messages on the configured destination, through the same bridge that the adapter receives through.
 #pragma once
 
-#include <istream>
 #include <map>
 #include <string>
 
 #include "adapter/Adapter.h"
-#include "host/Configuration.h"
+#include "host/Session.h"
 #include "jms/JmsUtils.h"
 
 namespace host {
@@ -15,17 +14,16 @@ namespace host {
 // one sentence each, to follow the place of the line where there is one.
 class Sender : public Adapter {
 public:
-    // The arguments stay with the caller and outlive the sender.
-    Sender(Context& context, RowType& rowType, Parameters& parameters);
+    explicit Sender(Session& session);  // outlives the sender
     ~Sender() override;
 
     // Connects as a producer. False: the error sink and the connector's log have the reason.
     bool reset() override;
     void stop() override;  // disconnects
 
-    // Sends one line of a file as one message: for object arrays a JSON array of strings and nulls, its
-    // elements as they stand; else a text message. Throws Failure.
-    void sendLine(const std::string& line);
+    // Sends a text, a file's line say, as one message: for object arrays a JSON array of strings and nulls,
+    // its elements as they stand; else a text message. Throws Failure.
+    void send(const std::string& text);
 
     // An adapter that only sends.
     void* getNext() override { return nullptr; }
