@@ -11,7 +11,7 @@ namespace host {
 Feeder::Feeder(std::string file, Session& session, std::function<void()> onFailure)
     : file_(std::move(file)),
       onFailure_(std::move(onFailure)),
-      sender_(session),
+      sender_(session.context, session.rowType, session.settings.connection),
       thread_([this] { run(); }) {}
 
 Feeder::~Feeder() { close(); }

@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "host/Sender.h"
+#include "host/Session.h"
 
 namespace host {
 

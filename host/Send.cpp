@@ -83,7 +83,7 @@ int sendMessages(const SendOptions& options) {
         throw Failure("Standard input can be read only once; --repeat needs a file.", kUsage);
     refuseInJvmBroker(loadSettings(options.session.config, options.session.overrides));
     Session session(options.session);
-    Sender sender(session);
+    Sender sender(session.context, session.rowType, session.settings.connection);
     std::atomic<bool> isStopped{false};
     SignalWatch signals([&] {
         const JvmThread thisThread;

@@ -51,12 +51,13 @@ Elements readArray(const std::string& line) {
 
 }  // namespace
 
-Sender::Sender(Session& session) : row_(createConnectionRow("RowByOrder")) {
+Sender::Sender(Context& context, RowType& rowType, Parameters& parameters)
+    : row_(createConnectionRow("RowByOrder")) {
     connectionErrors = createConnectionErrors();
     outputAdapter = true;
-    setCallbackReference(&session.context);
-    setConnectionRowType(&session.rowType);
-    setConnectionParams(&session.settings.connection);
+    setCallbackReference(&context);
+    setConnectionRowType(&rowType);
+    setConnectionParams(&parameters);
 }
 
 Sender::~Sender() {

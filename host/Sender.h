@@ -5,7 +5,7 @@
 #include <string>
 
 #include "adapter/Adapter.h"
-#include "host/Session.h"
+#include "host/toolkit/HostContext.h"
 #include "jms/JmsUtils.h"
 
 namespace host {
@@ -14,7 +14,8 @@ namespace host {
 // one sentence each, to follow the place of the line where there is one.
 class Sender : public Adapter {
 public:
-    explicit Sender(Session& session);  // outlives the sender
+    // The arguments stay with the caller and outlive the sender.
+    Sender(Context& context, RowType& rowType, Parameters& parameters);
     ~Sender() override;
 
     // Connects as a producer. False: the error sink and the connector's log have the reason.
