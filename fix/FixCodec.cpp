@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <optional>
 #include <string_view>
 
@@ -12,6 +13,7 @@
 #include "fix/FieldWalk.h"
 #include "fix/FixColumns.h"
 #include "fix/LogLevels.h"
+#include "fix/MessageWriter.h"
 #include "util/StringUtils.h"
 
 using MORVEX::Kel::strprintf;
@@ -66,6 +68,27 @@ private:
     std::array<fix::FieldPlace, kCapacity> places_;
     std::array<uint64_t, kCapacity> order_;
 };
+
+int checkSumOf(std::string_view text) {
+    // Each byte with its top bit turned is 128 above its value as a signed character, and so can be summed
+    // eight at a time by an instruction for unsigned ones.
+    constexpr uint64_t kOffset = 128;
+    constexpr size_t kBlock = sizeof(__m128i);
+    const char* at = text.data();
+    const char* const end = at + text.size();
+    const __m128i turn = _mm_set1_epi8(static_cast<char>(kOffset));
+    const __m128i zero = _mm_setzero_si128();
+    __m128i sums = zero;
+    for (; static_cast<size_t>(end - at) >= kBlock; at += kBlock) {
+        const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+        sums = _mm_add_epi64(sums, _mm_sad_epu8(_mm_xor_si128(block, turn), zero));
+    }
+    uint64_t sum = static_cast<uint64_t>(_mm_cvtsi128_si64(sums)) +
+                   static_cast<uint64_t>(_mm_cvtsi128_si64(_mm_unpackhi_epi64(sums, sums)));
+    for (; at < end; ++at) sum += static_cast<unsigned char>(*at) ^ kOffset;
+    sum -= kOffset * text.size();
+    return static_cast<int32_t>(static_cast<uint32_t>(sum)) % 256;
+}
 
 }  // namespace
 
@@ -131,7 +154,7 @@ const NewFixUtils::Column& NewFixUtils::column(int index) {
     if (at >= columns_.size()) columns_.resize(at + 1);
     Column& known = columns_[at];
     // A look-up costs ten comparisons of strings, this one tells whether the last answer still holds.
-    if (known.name == name) return known;
+    if (std::strcmp(known.name.c_str(), name) == 0) return known;
     const auto entry = tagByName_.find(name);
     if (entry == tagByName_.end()) {
         known = {name, nullptr, 0};
@@ -161,13 +184,26 @@ bool NewFixUtils::fixMsgToRowBuf(const FieldMap& fields, void* row) {
 
 bool NewFixUtils::rowBufToFixMsg(void* row, std::string& message, const std::string& messageType) {
     trace("NewFixUtils::rowBufToFixMsg()");
-    message.clear();
-    const auto append = [&message, this](std::string_view tag, std::string_view value) {
-        message.append(tag).append(1, '=').append(value).append(1, fieldSeparator);
-    };
-    append(beginStringTag, "FIX." + fixVersion_);
-    const size_t bodyStart = message.size();
-    append(msgTypeTag, messageType);
+    using fix::MessageWriter;
+    constexpr char kAnyLength[] = "18446744073709551615";
+    const std::string version = "FIX." + fixVersion_;
+    const size_t front =
+        MessageWriter::lengthOf(beginStringTag, version) + MessageWriter::lengthOf(bodyLengthTag, kAnyLength);
+    MessageWriter writer(message, front, fieldSeparator);
+    writer.append(msgTypeTag, messageType);
+    const bool complete = appendColumns(row, writer);
+    if (complete) writer.prepend(bodyLengthTag, std::to_string(writer.message().size()));
+    writer.prepend(beginStringTag, version);
+    if (!complete) return false;
+
+    std::string checkSum = std::to_string(checkSumOf(writer.message()));
+    // One zero at the most: a one-digit sum goes out with two digits, as receivers of this program know it.
+    if (checkSum.size() < 3) checkSum.insert(0, 1, '0');
+    writer.append(checkSumTag, checkSum);
+    return true;
+}
+
+bool NewFixUtils::appendColumns(void* row, fix::MessageWriter& writer) {
     const int count = adapter_->getColumnCount();
     for (int i = 0; i < count; ++i) {
         const Column& wanted = column(i);
@@ -177,36 +213,9 @@ bool NewFixUtils::rowBufToFixMsg(void* row, std::string& message, const std::str
             log(fix::kError, strprintf("Cannot get value of column at %d", i));
             return false;
         }
-        append(*wanted.tag, value != nullptr ? value : "");
+        writer.append(*wanted.tag, value != nullptr ? value : "");
     }
-
-    const std::string bodyLength = std::to_string(message.size() - bodyStart);
-    message.insert(bodyStart, bodyLengthTag + "=" + bodyLength + fieldSeparator);
-
-    std::string checkSum = std::to_string(calculateCheckSum(message));
-    // One zero at the most: a one-digit sum goes out with two digits, as receivers of this program know it.
-    if (checkSum.size() < 3) checkSum.insert(0, 1, '0');
-    append(checkSumTag, checkSum);
     return true;
 }
 
-int NewFixUtils::calculateCheckSum(const std::string& text) const {
-    // Each byte with its top bit turned is 128 above its value as a signed character, and so can be summed
-    // eight at a time by an instruction for unsigned ones.
-    constexpr uint64_t kOffset = 128;
-    constexpr size_t kBlock = sizeof(__m128i);
-    const char* at = text.data();
-    const char* const end = at + text.size();
-    const __m128i turn = _mm_set1_epi8(static_cast<char>(kOffset));
-    const __m128i zero = _mm_setzero_si128();
-    __m128i sums = zero;
-    for (; static_cast<size_t>(end - at) >= kBlock; at += kBlock) {
-        const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
-        sums = _mm_add_epi64(sums, _mm_sad_epu8(_mm_xor_si128(block, turn), zero));
-    }
-    uint64_t sum = static_cast<uint64_t>(_mm_cvtsi128_si64(sums)) +
-                   static_cast<uint64_t>(_mm_cvtsi128_si64(_mm_unpackhi_epi64(sums, sums)));
-    for (; at < end; ++at) sum += static_cast<unsigned char>(*at) ^ kOffset;
-    sum -= kOffset * text.size();
-    return static_cast<int32_t>(static_cast<uint32_t>(sum)) % 256;
-}
+int NewFixUtils::calculateCheckSum(const std::string& text) const { return checkSumOf(text); }

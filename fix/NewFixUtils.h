@@ -19,6 +19,9 @@
 #include <vector>
 
 class Adapter;
+namespace fix {
+class MessageWriter;
+}
 
 class NewFixUtils {
 public:
@@ -127,6 +130,7 @@ private:
     bool isExpected(std::optional<std::string_view> beginString, std::optional<std::string_view> type,
                     const std::string& expectedType) const;
     const Column& column(int index);
+    bool appendColumns(void* row, fix::MessageWriter& writer);
     bool refuseColumn(const Column& unknown) const;
 
     std::unique_ptr<LinePattern> linePattern_;

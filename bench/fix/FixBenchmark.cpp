@@ -21,26 +21,26 @@ struct Row {
 
 constexpr std::array<const char*, 10> kColumns = {"Symbol",  "Side",    "OrderQty",     "Price",    "OrdType",
                                                   "ClOrdID", "Account", "TransactTime", "Currency", "Text"};
-constexpr std::array<int, 10> kTags = {55, 54, 38, 44, 40, 11, 1, 60, 15, 58};
+constexpr std::array<int, 10> kTags = {55, 54, 38, 44, 40, 11, 1, 60, 15, 58};  // of the columns
 
 }  // namespace
 
-// The toolkit's part, as lean as a toolkit can be.
+// The toolkit's part, as lean as a toolkit can be: what is measured is the codec. These stand before the
+// functions of the same names in the stand-in server's library.
 extern "C" {
 void logMessage(void*, int, const char*) {}
 int getColumnCount(void*, void*) { return kColumns.size(); }
 const char* getColumnName(void*, void*, int index) { return kColumns[static_cast<size_t>(index)]; }
 bool setFieldAsStringWithIndex(void* handle, int index, const char* value) {
     Row& row = *static_cast<Row*>(handle);
-    const auto at = static_cast<size_t>(index);
-    row.present[at] = value != nullptr;
-    if (value != nullptr) row.values[at] = value;
+    row.present[static_cast<size_t>(index)] = value != nullptr;
+    if (value != nullptr) row.values[static_cast<size_t>(index)] = value;
     return true;
 }
 bool getFieldAsStringWithIndex(void* handle, int index, const char** value) {
     const Row& row = *static_cast<Row*>(handle);
-    const auto at = static_cast<size_t>(index);
-    *value = row.present[at] ? row.values[at].c_str() : nullptr;
+    *value =
+        row.present[static_cast<size_t>(index)] ? row.values[static_cast<size_t>(index)].c_str() : nullptr;
     return true;
 }
 void setOp(void* handle, char op) { static_cast<Row*>(handle)->op = op; }
