@@ -1,10 +1,12 @@
 package com.morvex.kel.connectors;
 
+import javax.jms.JMSException;
+
 /**
  * A failure whose message is one sentence for the user: what was wrong, where, what is allowed.
  *
  * <p>It carries no stack trace of its own, because the bridge prints what it receives; the cause has one.
- * Unchecked, since the methods that native code calls cannot be made to handle it by a compiler.
+ * Unchecked, since no compiler makes the native callers handle it.
  */
 public final class ConnectorException extends RuntimeException {
     private static final long serialVersionUID = 1L;
@@ -12,4 +14,11 @@ public final class ConnectorException extends RuntimeException {
     public ConnectorException(String sentence) { this(sentence, null); }
 
     public ConnectorException(String sentence, Throwable cause) { super(sentence, cause, false, false); }
+
+    /** Whether the failure, or what led to it, is of a kind. */
+    static boolean stemsFrom(Throwable failure, Class<? extends Throwable> kind) {
+        if (failure == null || kind.isInstance(failure)) return failure != null;
+        boolean linked = failure.getCause() == null && failure instanceof JMSException;
+        return stemsFrom(linked ? ((JMSException) failure).getLinkedException() : failure.getCause(), kind);
+    }
 }

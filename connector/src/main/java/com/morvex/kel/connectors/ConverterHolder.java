@@ -17,28 +17,28 @@ final class ConverterHolder {
     }
 
     static ConverterHolder load(String className, String parameter) {
+        String name = "The converter class \"" + className + "\" (parameter converterClassName) ";
         MessageConverter converter;
         try {
-            converter = Class.forName(className).asSubclass(MessageConverter.class).getConstructor().newInstance();
+            Class<?> found = Class.forName(className);
+            converter = found.asSubclass(MessageConverter.class).getConstructor().newInstance();
         } catch (ClassNotFoundException e) {
-            throw new ConnectorException("The converter class \"" + className
-                    + "\" (parameter converterClassName) was not found on the class path.", e);
+            throw new ConnectorException(name + "was not found on the class path.", e);
         } catch (ClassCastException e) {
-            throw new ConnectorException("The converter class \"" + className
-                    + "\" (parameter converterClassName) must implement " + MessageConverter.class.getName() + ".", e);
+            throw new ConnectorException(
+                    name + "must implement " + MessageConverter.class.getName() + ".", e);
         } catch (NoSuchMethodException | IllegalAccessException | InstantiationException e) {
-            throw new ConnectorException("The converter class \"" + className
-                    + "\" (parameter converterClassName) must be public, not abstract, and have a public constructor"
-                    + " without arguments.", e);
+            throw new ConnectorException(
+                    name + "must be public, not abstract, with a public constructor without arguments.", e);
         } catch (Exception | LinkageError e) {
-            throw new ConnectorException("The converter class \"" + className
-                    + "\" (parameter converterClassName) could not be made: " + Log.reason(rootOf(e)) + ".", e);
+            Throwable own = e.getCause() == null ? e : e.getCause();
+            throw new ConnectorException(name + "could not be made: " + Log.reason(own) + ".", e);
         }
         try {
             converter.init(parameter);
         } catch (Exception | LinkageError e) {
-            throw new ConnectorException("The converter class \"" + className + "\" refused its parameter \""
-                    + parameter + "\" (parameter converterParam): " + Log.reason(e) + ".", e);
+            String refused = "%srefused \"%s\" (parameter converterParam): %s.";
+            throw new ConnectorException(refused.formatted(name, parameter, Log.reason(e)), e);
         }
         return new ConverterHolder(className, converter);
     }
@@ -62,15 +62,11 @@ final class ConverterHolder {
         } catch (Exception | LinkageError | StackOverflowError e) {
             throw failed("toMessage", e);
         }
-        if (message == null) throw new ConnectorException("the converter " + className + " made no message of the row");
+        if (message == null) throw new ConnectorException("The converter " + className + " made no message.");
         return message;
     }
 
     private ConnectorException failed(String operation, Throwable e) {
-        return new ConnectorException("the converter's " + className + "." + operation + " failed: " + Log.reason(e), e);
-    }
-
-    private static Throwable rootOf(Throwable failure) {
-        return failure.getCause() == null ? failure : failure.getCause();
+        return new ConnectorException("%s.%s failed: %s".formatted(className, operation, Log.reason(e)), e);
     }
 }

@@ -3,9 +3,7 @@ package com.morvex.kel.connectors;
 import java.util.Hashtable;
 import javax.jms.ConnectionFactory;
 import javax.jms.Destination;
-import javax.jms.JMSException;
 import javax.jms.Queue;
-import javax.jms.Session;
 import javax.jms.Topic;
 import javax.naming.Context;
 import javax.naming.InitialContext;
@@ -14,7 +12,7 @@ import javax.naming.NameNotFoundException;
 import javax.naming.NamingException;
 import javax.naming.NoInitialContextException;
 
-/** What the connector takes from the provider's naming service. Every failure is a {@link ConnectorException}. */
+/** What the connector takes from the provider's naming service. Whatever fails is a ConnectorException. */
 final class JndiLookup {
     /**
      * What a connection is made from.
@@ -25,7 +23,9 @@ final class JndiLookup {
     record Found(ConnectionFactory factory, Destination destination, String user, String password) {
         /** Hides the password. */
         @Override
-        public String toString() { return "Found[user=" + user + "]"; }
+        public String toString() {
+            return "Found[user=" + user + "]";
+        }
     }
 
     private final ConnectionSettings settings;
@@ -33,6 +33,8 @@ final class JndiLookup {
     JndiLookup(ConnectionSettings settings) { this.settings = settings; }
 
     Found lookUp() {
+        requireText("jndiContextFactory", settings.jndiContextFactory());
+        requireText("jndiURL", settings.jndiUrl());
         requireText("connectionFactory", settings.connectionFactory());
         requireText("destinationName", settings.destinationName());
         Context context = openContext();
@@ -43,13 +45,6 @@ final class JndiLookup {
         } finally {
             closeQuietly(context);
         }
-    }
-
-    /** The destination that was bound, or the one that the provider makes of the configured name. */
-    Destination destinationFor(Found found, Session session) throws JMSException {
-        if (found.destination() != null) return found.destination();
-        String name = settings.destinationName();
-        return settings.isQueue() ? session.createQueue(name) : session.createTopic(name);
     }
 
     private Context openContext() {
@@ -65,12 +60,13 @@ final class JndiLookup {
         try {
             return new InitialContext(environment);
         } catch (NoInitialContextException e) {
-            throw new ConnectorException("The class \"" + factory + "\" (parameter jndiContextFactory) cannot be used"
-                    + " as JNDI context factory: " + rootReason(e)
-                    + "; it must be a context factory whose jars are on the class path.", e);
+            String unusable =
+                    "The class \"%s\" (parameter jndiContextFactory) must be a JNDI context factory whose"
+                    + " jars are on the class path: %s.";
+            throw new ConnectorException(unusable.formatted(factory, rootReason(e)), e);
         } catch (NamingException e) {
-            throw new ConnectorException("The JNDI provider at \"" + settings.jndiUrl()
-                    + "\" (parameter jndiURL) cannot be used: " + rootReason(e) + ".", e);
+            throw new ConnectorException(
+                    settings.provider() + " has no naming service: " + rootReason(e) + ".", e);
         } catch (LinkageError e) {
             throw missingJar(e);
         }
@@ -82,11 +78,10 @@ final class JndiLookup {
         try {
             bound = context.lookup(name);
         } catch (NameNotFoundException e) {
-            throw new ConnectorException("The name \"" + name + "\" (parameter connectionFactory) is not bound in the"
-                    + " JNDI provider at \"" + settings.jndiUrl() + "\".", e);
+            String unbound = "The name \"%s\" (parameter connectionFactory) is not bound at \"%s\".";
+            throw new ConnectorException(unbound.formatted(name, settings.jndiUrl()), e);
         } catch (NamingException e) {
-            throw new ConnectorException("The look-up of \"" + name + "\" (parameter connectionFactory) failed: "
-                    + rootReason(e) + ".", e);
+            throw failedLookup("connectionFactory", name, e);
         } catch (LinkageError e) {
             throw missingJar(e);
         }
@@ -102,8 +97,7 @@ final class JndiLookup {
         } catch (NameNotFoundException | InvalidNameException | NoInitialContextException e) {
             return null;
         } catch (NamingException e) {
-            throw new ConnectorException("The look-up of \"" + name + "\" (parameter destinationName) failed: "
-                    + rootReason(e) + ".", e);
+            throw failedLookup("destinationName", name, e);
         }
         Class<?> wanted = settings.isQueue() ? Queue.class : Topic.class;
         if (wanted.isInstance(bound)) return (Destination) bound;
@@ -121,19 +115,26 @@ final class JndiLookup {
 
     private static void requireText(String parameter, String value) {
         if (value == null || value.isEmpty()) {
-            throw new ConnectorException("The parameter " + parameter + " is empty, but must hold a name.");
+            throw new ConnectorException("The parameter " + parameter + " is empty.");
         }
     }
 
-    private static ConnectorException wrongType(String parameter, String name, Object bound, Class<?> wanted) {
-        return new ConnectorException("The name \"" + name + "\" (parameter " + parameter + ") is bound to a "
-                + (bound == null ? "null" : bound.getClass().getName()) + ", but must be bound to a "
-                + wanted.getName() + ".");
+    private static ConnectorException failedLookup(String parameter, String name, NamingException e) {
+        String failed = "The look-up of \"%s\" (parameter %s) failed: %s.";
+        return new ConnectorException(failed.formatted(name, parameter, rootReason(e)), e);
+    }
+
+    private static ConnectorException wrongType(
+            String parameter, String name, Object bound, Class<?> wanted) {
+        String found = bound == null ? "null" : "a " + bound.getClass().getName();
+        String wrong = "The name \"%s\" (parameter %s) is bound to %s, but must be bound to a %s.";
+        return new ConnectorException(wrong.formatted(name, parameter, found, wanted.getName()));
     }
 
     static ConnectorException missingJar(LinkageError e) {
-        return new ConnectorException("A class of the provider cannot be loaded (" + rootReason(e)
-                + "); all jars of its client must be on the class path.", e);
+        String missing =
+                "A class cannot be loaded; all jars of the provider's client must be on the class path: %s.";
+        return new ConnectorException(missing.formatted(rootReason(e)), e);
     }
 
     private static String rootReason(Throwable failure) {

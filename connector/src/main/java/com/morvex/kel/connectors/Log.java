@@ -10,6 +10,8 @@ final class Log {
 
     static void warn(String sentence) { LOGGER.log(Level.WARNING, sentence); }
 
+    static void info(String sentence) { LOGGER.log(Level.INFO, sentence); }
+
     static void warn(String sentence, Throwable cause) {
         warn(sentence);
         detail(sentence, cause);
@@ -17,7 +19,7 @@ final class Log {
 
     static void detail(String text, Throwable cause) { LOGGER.log(Level.DEBUG, text, cause); }
 
-    /** What went wrong in one line, ending without a full stop: the class stands in where there is no text. */
+    /** What went wrong, in one line without a full stop; the class's name where there is no text. */
     static String reason(Throwable cause) {
         String text = cause.getMessage();
         if (text == null || text.isBlank()) return cause.getClass().getName();

@@ -46,9 +46,16 @@ final class MessageReader {
             throw new ConnectorException("it is " + kindOf(message)
                     + ", but the text formats take a TextMessage or a BytesMessage in UTF-8");
         }
-        if (text == null || text.isEmpty()) throw new ConnectorException("its body is empty, but must hold text");
-        checkSize(utf8Length(text));
+        if (text == null || text.isEmpty()) throw new ConnectorException("its body is empty");
+        checkSize(text);
         return text;
+    }
+
+    /** Refuses what must not reach a converter: an unguarded object, a text or bytes beyond the limit. */
+    void checkForConverter(Message message) throws JMSException {
+        checkObjectFilter(message);
+        if (message instanceof BytesMessage bytes) checkSize(bytes.getBodyLength());
+        if (message instanceof TextMessage text && text.getText() != null) checkSize(text.getText());
     }
 
     /**
@@ -67,12 +74,8 @@ final class MessageReader {
                     + ", but the object array format takes an ObjectMessage or a StreamMessage");
         }
         String[] texts = new String[values.size()];
-        long size = 0;
-        for (int i = 0; i < texts.length; ++i) {
-            texts[i] = valueText(values.get(i), i);
-            size += texts[i] == null ? 0 : utf8Length(texts[i]);
-        }
-        checkSize(size);
+        for (int i = 0; i < texts.length; ++i) texts[i] = valueText(values.get(i), i);
+        checkSize(texts);
         checkFields(texts, prefixLength);
         return texts;
     }
@@ -88,7 +91,7 @@ final class MessageReader {
      * Refuses an object message while nothing limits the classes that reading it would bring to life: the
      * provider makes the objects before anybody can look at them.
      */
-    void checkObjectFilter(Message message) {
+    private void checkObjectFilter(Message message) {
         if (!(message instanceof ObjectMessage) || tuning.trustObjectMessages()) return;
         if (ObjectInputFilter.Config.getSerialFilter() != null) return;
         throw new ConnectorException("it is an ObjectMessage, which is read only when the system property"
@@ -135,7 +138,8 @@ final class MessageReader {
      */
     private static String epochSeconds(Date date) {
         // java.sql.Timestamp has more digits than its milliseconds; java.sql.Date and Time know no instant.
-        boolean hasInstant = date.getClass() == Date.class || date.getClass().getSimpleName().equals("Timestamp");
+        String kind = date.getClass().getName();
+        boolean hasInstant = kind.equals("java.util.Date") || kind.equals("java.sql.Timestamp");
         Instant instant = hasInstant ? date.toInstant() : Instant.ofEpochMilli(date.getTime());
         int micros = instant.getNano() / 1_000;
         String fraction = micros % 1_000 == 0 ? String.format(Locale.ROOT, "%03d", micros / 1_000)
@@ -161,14 +165,24 @@ final class MessageReader {
                 + " are allowed (system property kel.jms.maxMessageBytes)");
     }
 
-    /** An upper bound when far below any limit, since counting costs more than the text's own hand-over. */
-    private long utf8Length(String text) {
-        long bound = 3L * text.length();
-        return bound <= tuning.maxMessageBytes() ? bound : exactUtf8Length(text);
+    /** Counts bytes only where the number of characters leaves it open: counting takes its time. */
+    private void checkSize(String... texts) {
+        long characters = 0;
+        for (String text : texts) characters += text == null ? 0 : text.length();
+        if (3 * characters <= tuning.maxMessageBytes()) return;
+        long bytes = 0;
+        for (String text : texts) bytes += text == null ? 0 : utf8Length(text);
+        checkSize(bytes);
     }
 
-    private static long exactUtf8Length(String text) {
-        return text.chars().mapToLong(c -> c < 0x80 ? 1 : c < 0x800 || Character.isSurrogate((char) c) ? 2 : 3).sum();
+    private static long utf8Length(String text) {
+        long bytes = 0;
+        for (int i = 0; i < text.length(); ++i) {
+            char c = text.charAt(i);
+            bytes += c < 0x80 ? 1 : 3;
+            if (c >= 0x80 && (c < 0x800 || Character.isSurrogate(c))) --bytes;
+        }
+        return bytes;
     }
 
     private static String kindOf(Message message) {

@@ -1,22 +1,13 @@
 package com.morvex.kel.connectors;
 
 /** The connector's limits, each a system property that is read once, when a connector is made. */
-record Tuning(
-        long receiveTimeoutMillis,
-        long connectTimeoutMillis,
-        long maxMessageBytes,
-        long browseLimit,
-        long browseMillis,
-        boolean trustObjectMessages) {
-
+record Tuning(long receiveTimeoutMillis, long connectTimeoutMillis, long maxMessageBytes, long browseLimit,
+        long browseMillis, boolean trustObjectMessages) {
     static Tuning fromSystemProperties() {
-        return new Tuning(
-                positive("kel.jms.receiveTimeoutMillis", 250),
+        return new Tuning(positive("kel.jms.receiveTimeoutMillis", 250),
                 positive("kel.jms.connectTimeoutMillis", 10_000),
-                positive("kel.jms.maxMessageBytes", 64L << 20),
-                positive("kel.jms.browseLimit", 100),
-                positive("kel.jms.browseMillis", 3_000),
-                Boolean.getBoolean("kel.jms.trustObjectMessages"));
+                positive("kel.jms.maxMessageBytes", 64L << 20), positive("kel.jms.browseLimit", 100),
+                positive("kel.jms.browseMillis", 3_000), Boolean.getBoolean("kel.jms.trustObjectMessages"));
     }
 
     private static long positive(String property, long standard) {
