@@ -31,7 +31,7 @@ public:
 
     bool match(const std::string& line, std::string& tag, std::string& name) const {
         constexpr int kPairs = 3;
-        std::array<int, kPairs * 3> offsets{};  // the library works in the last third
+        std::array<int, 9> offsets{};  // three pairs; the library works in the last third
         const int pairs = pcre_exec(code_, nullptr, line.data(), static_cast<int>(line.size()), 0, 0,
                                     offsets.data(), static_cast<int>(offsets.size()));
         if (pairs != kPairs) return false;
