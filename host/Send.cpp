@@ -1,5 +1,6 @@
 #include "host/Send.h"
 
+#include <algorithm>
 #include <atomic>
 #include <fstream>
 #include <iostream>
@@ -46,7 +47,9 @@ private:
             send(line, placeOf(options_.file) + ":" + std::to_string(number));
     }
 
-    void send(const std::string& text, const std::string& place) {
+    void send(std::string text, const std::string& place) {
+        constexpr char kSoh = '\x01';
+        if (!options_.soh.empty()) std::replace(text.begin(), text.end(), options_.soh.front(), kSoh);
         try {
             sender_.send(text);
             ++sent_;

@@ -13,6 +13,7 @@ struct SendOptions {
     std::string file = "-";   // "-": standard input
     std::int64_t repeat = 1;  // how often the file is sent
     bool whole = false;       // the file is one message, else each line is one
+    std::string soh;          // the character that stands for FIX' separator in the file; empty: none does
 };
 
 // The exit code. Throws Failure.

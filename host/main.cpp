@@ -59,6 +59,11 @@ void addSend(CLI::App& send, host::SendOptions& options) {
     addLogLevel(send, options.session);
     send.add_option("--repeat", options.repeat, "send the file N times")->type_name("N")->check(aboveZero());
     send.add_flag("--whole", options.whole, "the file is one message; else each line is one");
+    send.add_option("--soh", options.soh, "this character in the file stands for the FIX field separator")
+        ->type_name("CHARACTER")
+        ->check([](const std::string& text) {
+            return text.size() == 1 ? std::string() : "must be one ASCII character, such as |";
+        });
     send.add_option("file", options.file, "file to send, - is standard input")
         ->type_name("FILE")
         ->capture_default_str();
