@@ -67,6 +67,18 @@ final class TestBroker implements AutoCloseable {
         for (var connection : service.getTransportConnectors().get(0).getConnections()) connection.stop();
     }
 
+    /** How many messages of a queue were acknowledged. */
+    long dequeued(String queue) {
+        try {
+            return service.getDestination(queueNamed(queue))
+                    .getDestinationStatistics()
+                    .getDequeues()
+                    .getCount();
+        } catch (Exception e) {
+            throw new AssertionError(e);
+        }
+    }
+
     int connections() { return service.getTransportConnectors().get(0).getConnections().size(); }
 
     JmsConnector queue(String name) { return connector(url(), "QUEUE", name, false, "", ""); }
