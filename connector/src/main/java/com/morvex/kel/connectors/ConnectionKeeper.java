@@ -12,8 +12,8 @@ import javax.jms.InvalidClientIDException;
  */
 final class ConnectionKeeper {
     /** A broker may need a moment to see that a crashed process has left its client ID. */
-    private static final long CLIENT_ID_GRACE_MILLIS = 2_000;
-    private static final long CLIENT_ID_PAUSE_MILLIS = 100;
+    private static final long GRACE_MILLIS = 2_000;
+    private static final long GRACE_PAUSE_MILLIS = 100;
 
     /** A link that fails sooner was none: the pauses between reconnects go on growing. */
     private static final long PROVEN_NANOS = 1_000_000_000L;
@@ -102,13 +102,16 @@ final class ConnectionKeeper {
     }
 
     private Link openFirst(long mine) {
-        long end = System.nanoTime() + CLIENT_ID_GRACE_MILLIS * 1_000_000;
+        long end = System.nanoTime() + GRACE_MILLIS * 1_000_000;
+        ConnectorException reason = null;
         while (true) {
             try {
                 return open(mine);
             } catch (ConnectorException e) {
-                boolean inUse = ConnectorException.stemsFrom(e, InvalidClientIDException.class);
-                if (!inUse || System.nanoTime() > end || !pause(mine, CLIENT_ID_PAUSE_MILLIS)) throw e;
+                // Of several failures the one that names the client ID says most.
+                if (!ConnectorException.stemsFrom(reason, InvalidClientIDException.class)) reason = e;
+                boolean again = e.isPassing() && System.nanoTime() < end;
+                if (!again || !pause(mine, GRACE_PAUSE_MILLIS)) throw e.isPassing() ? reason : e;
             }
         }
     }

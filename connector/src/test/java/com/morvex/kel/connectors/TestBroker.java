@@ -12,6 +12,7 @@ import org.apache.activemq.ActiveMQConnectionFactory;
 import org.apache.activemq.broker.BrokerPlugin;
 import org.apache.activemq.broker.BrokerService;
 import org.apache.activemq.broker.TransportConnector;
+import org.apache.activemq.broker.region.DestinationStatistics;
 import org.apache.activemq.command.ActiveMQQueue;
 import org.apache.activemq.command.ActiveMQTopic;
 
@@ -67,13 +68,10 @@ final class TestBroker implements AutoCloseable {
         for (var connection : service.getTransportConnectors().get(0).getConnections()) connection.stop();
     }
 
-    /** How many messages of a queue were acknowledged. */
-    long dequeued(String queue) {
+    /** What the broker counts for a queue. */
+    DestinationStatistics counts(String queue) {
         try {
-            return service.getDestination(queueNamed(queue))
-                    .getDestinationStatistics()
-                    .getDequeues()
-                    .getCount();
+            return service.getDestination(queueNamed(queue)).getDestinationStatistics();
         } catch (Exception e) {
             throw new AssertionError(e);
         }
