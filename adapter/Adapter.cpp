@@ -66,8 +66,8 @@ bool Adapter::discover(const char* /*schema*/, std::string /*table*/) {
 }
 
 bool Adapter::createTable(const char* /*schema*/, const char* /*table*/, unsigned long /*count*/,
-                          const char** /*names*/, const char** /*types*/, const bool* /*keys*/, bool /*flag1*/,
-                          bool /*flag2*/) {
+                          const char** /*names*/, const char** /*types*/, const bool* /*keys*/,
+                          bool /*flag1*/, bool /*flag2*/) {
     addGeneral(connectionErrors, kCreateTableUnsupported);
     return false;
 }

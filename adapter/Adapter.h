@@ -23,13 +23,14 @@ public:
 
     // ---- what the server drives, in the order of the virtual table
     virtual ~Adapter();
-    virtual void* getNext() = 0;           // the next server row, or null
-    virtual void putNext(void* row) = 0;   // takes a row, in an output adapter
-    virtual void putNextBlock(void** rows, int count, bool flag);  // putNext for each of the first `count` rows
+    virtual void* getNext() = 0;          // the next server row, or null
+    virtual void putNext(void* row) = 0;  // takes a row, in an output adapter
+    virtual void putNextBlock(void** rows, int count,
+                              bool flag);  // putNext for each of the first `count` rows
     virtual void start();
     virtual void stop() = 0;
-    virtual void stopRequested();          // raises stopRequestedFlag; any thread
-    virtual bool reset() = 0;              // reads the parameters and connects; false: see the connection errors
+    virtual void stopRequested();  // raises stopRequestedFlag; any thread
+    virtual bool reset() = 0;      // reads the parameters and connects; false: see the connection errors
     virtual bool canDiscover() = 0;
     // One element, "false", whatever the name; outer array and element are from array new. Returns 1.
     virtual int getCapability(const char* name, char*** values);
@@ -54,14 +55,15 @@ public:
 
     // ---- members with a rule of their own (Adapter.cpp)
 
-    // Every subclass' reset begins with it: counters, flags, discovery lists and guaranteed delivery go back to
-    // their start values; the discovered flag and the connection errors stay.
+    // Every subclass' reset begins with it: counters, flags, discovery lists and guaranteed delivery go back
+    // to their start values; the discovered flag and the connection errors stay.
     void resetCommon();
 
     // Reads a connection parameter; true when it is not empty. An absent one reads as empty.
     bool getParam(const std::string& name, std::string& value);
 
-    // The connection row type's columns; in PSP GD mode without the two hidden ones, which the toolkit places last.
+    // The connection row type's columns; in PSP GD mode without the two hidden ones, which the toolkit places
+    // last.
     int getColumnCount();
     const char* getColumnName(int index);  // null when out of range; borrowed from the row type
     uint32_t getColumnDatatype(int index);
@@ -102,7 +104,8 @@ public:
     int checkErrorSeverity(const char* key);
     int getErrorSeverity(const char* key);
 
-    // ---- forwards to the toolkit function of the same name (AdapterToolkit.cpp); its header has the contracts
+    // ---- forwards to the toolkit function of the same name (AdapterToolkit.cpp); its header has the
+    // contracts
     void setState(int state);
     int getState();
     char* getAdapterName();
@@ -209,9 +212,9 @@ public:
     int64_t goodRows = 0;              // rows handed to the server
     int64_t totalRows = 0;             // messages taken
     int64_t latency = 0;
-    bool stopFlag = false;             // set by stop
-    bool stopRequestedFlag = false;    // set by stopRequested
-    bool discovered = false;           // a discovery has succeeded
+    bool stopFlag = false;           // set by stop
+    bool stopRequestedFlag = false;  // set by stopRequested
+    bool discovered = false;         // a discovery has succeeded
     std::vector<std::string> schemaNames;
     std::vector<std::string> tableNames;
     std::vector<std::string> fieldNames;

@@ -41,7 +41,9 @@ extern "C" {
 
 void* createAdapter() { return static_cast<Adapter*>(new JmsInAdapter); }  // a handle is always an Adapter*
 void deleteAdapter(void* handle) { delete static_cast<Adapter*>(handle); }
-void setCallBackReference(void* handle, void* reference) { adapterOf(handle).setCallbackReference(reference); }
+void setCallBackReference(void* handle, void* reference) {
+    adapterOf(handle).setCallbackReference(reference);
+}
 void setConnectionRowType(void* handle, void* rowType) { adapterOf(handle).setConnectionRowType(rowType); }
 void setConnectionParams(void* handle, void* params) { adapterOf(handle).setConnectionParams(params); }
 bool reset(void* handle) { return adapterOf(handle).reset(); }
@@ -56,7 +58,9 @@ void putStartSync(void* handle) { adapterOf(handle).putStartSync(); }
 void putEndSync(void* handle) { adapterOf(handle).putEndSync(); }
 void purgePending(void* handle) { adapterOf(handle).purgePending(); }
 void cleanup(void* handle) { adapterOf(handle).cleanup(); }
-void getStatistics(void* handle, AdapterStatistics* statistics) { adapterOf(handle).getStatistics(statistics); }
+void getStatistics(void* handle, AdapterStatistics* statistics) {
+    adapterOf(handle).getStatistics(statistics);
+}
 int64_t getLatency(void* handle) { return adapterOf(handle).getLatency(); }
 int getState(void* handle) { return adapterOf(handle).getState(); }
 void setState(void* handle, int state) { adapterOf(handle).setState(state); }

@@ -51,7 +51,8 @@ int getSchemaNames(void* handle, char*** names);
 int getTableNames(void* handle, char*** names, const char* schema);
 int getFieldNames(void* handle, char*** names, const char* table, const char* schema);
 int getFieldTypes(void* handle, char*** types, const char* table, const char* schema);
-int getFieldKeys(void* handle, bool** flags, const char* table, const char* schema);  // flags: release with free
+int getFieldKeys(void* handle, bool** flags, const char* table,
+                 const char* schema);  // flags: release with free
 // 0, with *values untouched, for a row index that is not below the number of sample rows; indexes are not
 // negative.
 int getSampleRow(void* handle, char*** values, const char* table, const char* schema, int row);

@@ -41,10 +41,10 @@ int checkErrorSeverity(const char* key);  // 1 when the key's severity digit is 
 int getErrorSeverity(const char* key);    // the severity digit, -1 when there is none
 
 // ---- connection parameters (handle: the parameter set)
-char* getConnectionParamString(void* params, const char* name);       // "" when absent
-int64_t getConnectionParamInt64_t(void* params, const char* name);    // 0 when absent or not a number
-char* getConnectionParamAsString(void* params, const char* name);     // integers and flags as text
-bool doesConnectionParamExist(void* params, const char* name);        // true for one that is there but empty
+char* getConnectionParamString(void* params, const char* name);     // "" when absent
+int64_t getConnectionParamInt64_t(void* params, const char* name);  // 0 when absent or not a number
+char* getConnectionParamAsString(void* params, const char* name);   // integers and flags as text
+bool doesConnectionParamExist(void* params, const char* name);      // true for one that is there but empty
 void addConnectionParam(void* params, const char* name, const char* value);
 void addParam(void* params, const char* name, const char* value);
 char* getConfiguredSections(void* params);
@@ -60,9 +60,9 @@ int getAdapterError(void* errors, char** text);  // number of texts; *text: all 
 
 // ---- row types (handle: the connection row type); null has 0 columns and the stream name ""
 int getColumnCount(void* callback, void* rowType);
-const char* getColumnName(void* callback, void* rowType, int index);       // null when out of range
-uint32_t getColumnDatatype(void* callback, void* rowType, int index);      // 6 when out of range
-bool isKeyColumn(void* callback, void* rowType, int index);                // false when out of range
+const char* getColumnName(void* callback, void* rowType, int index);   // null when out of range
+uint32_t getColumnDatatype(void* callback, void* rowType, int index);  // 6 when out of range
+bool isKeyColumn(void* callback, void* rowType, int index);            // false when out of range
 const char* getStreamName(void* callback, void* rowType);
 
 // ---- connection rows (handle: the row); a null value makes the field null
@@ -71,8 +71,8 @@ void deleteConnectionRow(void* row);
 void clearData(void* row);  // no fields, no opcode
 int size(void* row);        // highest index set + 1; for "RowByNames" the number of names set
 bool setFieldAsStringWithIndex(void* row, int index, const char* value);
-bool getFieldAsStringWithIndex(void* row, int index, const char** value);  // false: no such field; null field:
-                                                                           // true with *value null
+bool getFieldAsStringWithIndex(void* row, int index, const char** value);  // false: no such field; null
+                                                                           // field: true with *value null
 bool setFieldAsStringWithKey(void* row, const char* name, const char* value);
 bool getFieldAsStringWithKey(void* row, const char* name, const char** value);
 void setOp(void* row, char op);

@@ -1,0 +1,99 @@
+// The bridge to the JMS provider: one Java connector object, driven through JNI in the JVM that the server
+// hosts (it never starts one).
+//
+// Threads: the thread that runs `init` is attached to the JVM and its environment is kept; every other
+// operation but `disconnect` must run on that thread. `disconnect` may run on any. No thread is detached and
+// no lock is taken. Before a successful `init` every operation returns false without touching the JVM.
+//
+// Failures return false; a Java exception is described on standard error and cleared. Texts pass through in
+// the JVM's modified UTF-8, unconverted, in both directions.
+#pragma once
+
+#include <jni.h>
+
+#include <map>
+#include <string>
+
+class Adapter;
+
+class JmsUtils {
+public:
+    JmsUtils() = default;
+    virtual ~JmsUtils() = default;  // the connector lives on until the JVM ends
+    JmsUtils(const JmsUtils&) = delete;
+    JmsUtils& operator=(const JmsUtils&) = delete;
+
+    // Binds the adapter (not owned): its errors, columns and rows are used. Comes before every `init`.
+    void reset(Adapter* owner);
+
+    // Takes the server's JVM; false, with "No JVM instance found" in the adapter's errors, when there is
+    // none.
+    bool initJvm();
+
+    // The kept environment, else that of the calling thread, which is attached; null, with a text in the
+    // adapter's errors, when it cannot be.
+    JNIEnv* getJniEnv();
+
+    // Whether a Java exception was pending; it is described and cleared.
+    bool exceptionOccurred(JNIEnv* environment);
+
+    // Attaches the calling thread, creates the connector and connects it: as a consumer when `forInput`, else
+    // as a producer. `bindSchema` hands it the columns' type codes, names and names mapped by `columnMap`,
+    // and has it consume; without, it only connects, for browsing. A connector of an earlier `init` is
+    // dropped, not disconnected. At most 4096 columns.
+    bool init(const std::string& connectionFactory, const std::string& destinationType,
+              const std::string& destinationName, bool durable, bool forInput, bool bindSchema,
+              std::map<std::string, std::string>& columnMap, const std::string& jndiContextFactory,
+              const std::string& jndiURL, const std::string& clientID, const std::string& subscriptionName);
+
+    // Loads the user's converter class into the connector, for incoming or outgoing messages.
+    bool initConverter(const std::string& className, const std::string& param, bool forInput);
+
+    // Acknowledges to the provider all that was received since the last commit.
+    bool commitTransaction();
+
+    // Closes the connection; a receive that waits on another thread ends at once.
+    bool disconnect();
+
+    // ---- one message in. False: no message can be had, or one was taken that is no use here.
+
+    // Sets `text` to the next body, "" when nothing is waiting; untouched on false.
+    bool receiveTextMessage(std::string& text);
+
+    // Fills `row` (a "RowByOrder" row) with the next array; no field is set when nothing is waiting. With the
+    // prefix, element 0 must be the stream's name and element 1 is the opcode (null keeps the row's).
+    bool receiveObjectArrayMessage(const std::string& streamName, void* row, bool expectStreamNameOpcode);
+
+    // The same for what the converter makes of a message, always with the prefix: a null stream name passes,
+    // a null opcode is 'p'.
+    bool receiveCustomMessage(const std::string& streamName, void* row);
+
+    // ---- one message out. True when the connector took it; a null field is a null element. A Java exception
+    // stays pending until the next operation that looks for one.
+
+    bool sendTextMessage(const std::string& text, void* row);
+    bool sendObjectArrayMessage(const std::string& streamName, void* row, bool withStreamNameOpcode);
+    bool sendCustomMessage(const std::string& streamName, void* row);
+
+    // ---- state
+    Adapter* adapter = nullptr;
+    jobject connector = nullptr;  // global reference
+    jmethodID sendTextMessageId = nullptr;
+    jmethodID receiveTextMessageId = nullptr;
+    jmethodID sendObjectArrayMessageId = nullptr;
+    jmethodID receiveObjectArrayMessageId = nullptr;
+    jmethodID sendCustomMessageId = nullptr;
+    jmethodID receiveCustomMessageId = nullptr;
+    jmethodID commitTransactionId = nullptr;
+    JavaVM* jvm = nullptr;
+    JNIEnv* env = nullptr;
+
+private:
+    JNIEnv* environmentFor(jmethodID method);
+    bool report(const char* text);
+    bool connect(jclass connectorClass, bool forInput, bool bindSchema);
+    void storeFields(jobjectArray message, jsize first, void* row);
+    void loadFields(void* row, jobjectArray message, jsize first);
+    bool sendArray(jmethodID method, const std::string& streamName, void* row, bool withPrefix,
+                   bool passFlag);
+};

@@ -1,0 +1,143 @@
+// The adapter's life and its receive loop.
+#include "jmsin/JmsInAdapter.h"
+
+#include "jms/JmsUtils.h"
+#include "jmsin/MessageKeys.h"
+#include "jmsin/XmlPatterns.h"
+
+namespace {
+
+constexpr int kTraceLevel = 7;
+constexpr int kStateRunning = 2;
+constexpr int kStateStopped = 4;
+
+}  // namespace
+
+JmsInAdapter::JmsInAdapter()
+    : elementPattern_(std::make_unique<xml::Pattern>(xml::kElement, xml::scanElement)),
+      attributePattern_(std::make_unique<xml::Pattern>(xml::kAttribute, xml::scanAttribute)),
+      jms_(std::make_unique<JmsUtils>()) {
+    connectionErrors = createConnectionErrors();
+}
+
+JmsInAdapter::~JmsInAdapter() {
+    if (row_ != nullptr) deleteConnectionRow(row_);
+    deleteConnectionErrors(connectionErrors);
+}
+
+void JmsInAdapter::trace(const char* key) { callLogMessage(kTraceLevel, getL10NMessageAsString(key)); }
+
+bool JmsInAdapter::refuse(const char* key) {
+    addGeneral(connectionErrors, getL10NMessageAsString(key).c_str());
+    return false;
+}
+
+bool JmsInAdapter::refuse(const char* key, const std::string& parameter) {
+    addGeneral(connectionErrors, getL10NMessageAsString(key, parameter.c_str()).c_str());
+    return false;
+}
+
+bool JmsInAdapter::reset() {
+    trace(keys::kReset);
+    resetCommon();
+    if (!getParams()) return false;
+
+    if (dataFormat_ == DataFormat::kFix) {
+        addGeneral(connectionErrors,
+                   "The data format FIX is not part of this build; CSV, XML, OBJECTARRAY and CUSTOM are.");
+        return false;
+    }
+
+    constexpr bool kForInput = true;
+    jms_->reset(this);
+    if (!jms_->init(connectionFactory_, destinationType_, destinationName_, durable_, kForInput,
+                    !discoveryMode, columnMap_, jndiContextFactory_, jndiURL_, clientID_,
+                    subscriptionName_)) {
+        return false;
+    }
+    if (dataFormat_ == DataFormat::kCustom &&
+        !jms_->initConverter(converterClassName_, converterParam_, kForInput)) {
+        return false;
+    }
+
+    if (row_ != nullptr) deleteConnectionRow(row_);
+    row_ = createConnectionRow(dataFormat_ == DataFormat::kXml ? "RowByNames" : "RowByOrder");
+    setTimeFormat(row_, timeFormat_.c_str());
+    setDateFormat(row_, dateFormat_.c_str());
+    setTimestampFormat(row_, timestampFormat_.c_str());
+    setStreamType(row_, connectionRowType, false);
+    setState(kStateRunning);
+    return true;
+}
+
+void* JmsInAdapter::getNext() {
+    trace(keys::kGetNext);
+    if (stopFlag) {
+        setState(kStateStopped);
+        return nullptr;
+    }
+    clearData(row_);
+    const Received received = receive();
+    if (received == Received::kNothing) return nullptr;
+    void* serverRow = received == Received::kRow ? toRow(row_, totalRows, connectionErrors) : nullptr;
+    ++(serverRow != nullptr ? goodRows : badRows);
+    ++totalRows;
+    return serverRow;
+}
+
+JmsInAdapter::Received JmsInAdapter::receive() {
+    switch (dataFormat_) {
+        case DataFormat::kCsv:
+            return receiveText(&JmsInAdapter::parseCsvRow);
+        case DataFormat::kXml:
+            return receiveText(&JmsInAdapter::parseXmlRow);
+        case DataFormat::kFix:
+            break;
+        case DataFormat::kObjectArray:
+            return receiveObjectArray();
+        case DataFormat::kCustom:
+            return receiveCustom();
+    }
+    return Received::kBad;
+}
+
+JmsInAdapter::Received JmsInAdapter::receiveText(bool (JmsInAdapter::*parse)(std::string&)) {
+    if (!jms_->receiveTextMessage(text_)) return Received::kBad;
+    if (text_.empty()) return Received::kNothing;
+    return (this->*parse)(text_) ? Received::kRow : Received::kBad;
+}
+
+JmsInAdapter::Received JmsInAdapter::receiveObjectArray() {
+    if (!jms_->receiveObjectArrayMessage(callGetStreamName(), row_, expectStreamNameOpcode_))
+        return Received::kBad;
+    return size(row_) == 0 ? Received::kNothing : Received::kRow;
+}
+
+JmsInAdapter::Received JmsInAdapter::receiveCustom() {
+    if (!jms_->receiveCustomMessage(callGetStreamName(), row_)) return Received::kBad;
+    if (size(row_) > 0) return Received::kRow;
+    trace(keys::kRowBufSize);
+    return Received::kNothing;
+}
+
+void JmsInAdapter::putNext(void* /*row*/) { trace(keys::kPutNext); }
+
+void JmsInAdapter::stop() {
+    trace(keys::kStop);
+    stopFlag = true;
+    setState(kStateStopped);
+    jms_->disconnect();
+}
+
+int64_t JmsInAdapter::commitTransaction() {
+    trace(keys::kCommit);
+    if (!durable_) return 0;
+    if (totalRows % batchSize_ != 0) return totalRows / batchSize_;
+    trace(keys::kCommitDurable);
+    return jms_->commitTransaction() ? 1 : 0;
+}
+
+bool JmsInAdapter::canDiscover() {
+    trace(keys::kCanDiscover);
+    return dataFormat_ != DataFormat::kFix && dataFormat_ != DataFormat::kCustom;
+}

@@ -1,0 +1,104 @@
+// The JMS input adapter: takes one message at a time from a queue or topic and returns it as a server row.
+//
+// Life: constructed; `reset` reads the connection parameters and connects; `getNext` again and again; `stop`.
+// Threads: `reset`, `getNext`, `commitTransaction` and `discover` on one thread; `stop` from any.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "adapter/Adapter.h"
+
+class JmsUtils;
+namespace xml {
+class Pattern;
+}
+
+enum class DataFormat { kCsv = 0, kXml = 1, kFix = 2, kObjectArray = 3, kCustom = 4 };
+
+class JmsInAdapter : public Adapter {
+public:
+    JmsInAdapter();
+    ~JmsInAdapter() override;
+
+    void* getNext() override;
+    void putNext(void* row) override;  // an input adapter takes no rows: only logged
+    void stop() override;              // a receive that waits ends at once
+    bool reset() override;
+    bool canDiscover() override;
+
+    // Durable subscriptions: commits when the total of messages is a multiple of the batch size (1 when it
+    // succeeded, else 0), and otherwise returns how many whole batches there were. Not durable: 0.
+    int64_t commitTransaction() override;
+
+    // Reads and checks the connection parameters in a fixed order. The first fault is appended to the
+    // connection errors; what was read before it stays.
+    bool getParams();
+
+    // Lays a message's text into the connection row: field strings and opcode. False: the message is for
+    // another stream, or is malformed, which the connection errors then say; fields set before stay set.
+    // `allFields`: every token is a field, whether or not messages begin with stream name and opcode. The
+    // text is changed while the call runs and is as before when it returns.
+    bool parseCsvMessage(std::string& text, bool allFields);
+
+    // The same for the first self-closing element of the text. `names`, when given, gets the name of every
+    // attribute but the opcode's appended, in message order.
+    bool parseXmlMessage(std::string& text, std::vector<std::string>* names);
+
+private:
+    enum class Received { kRow, kNothing, kBad };
+    Received receive();
+    Received receiveText(bool (JmsInAdapter::*parse)(std::string&));
+    Received receiveObjectArray();
+    Received receiveCustom();
+    bool parseCsvRow(std::string& text) { return parseCsvMessage(text, false); }
+    bool parseXmlRow(std::string& text) { return parseXmlMessage(text, nullptr); }
+    bool matchesStream(const char* name);
+
+    bool readDataFormat();
+    bool readFormatParams();
+    bool readJndi();
+    bool readSubscription();
+    void readMessageLayout();
+    bool readFlag(const char* name);
+
+    void trace(const char* key);   // logs the key's text at level 7
+    bool refuse(const char* key);  // appends it to the errors; false
+    bool refuse(const char* key, const std::string& parameter);
+
+    // ---- configuration, as the connection parameters give it
+    std::string dataFormatName_;
+    DataFormat dataFormat_ = DataFormat::kCsv;
+    std::string delimiter_;
+    std::string fixMessageType_;
+    std::string fixVersion_;
+    std::string converterClassName_;
+    std::string converterParam_;
+    std::string connectionFactory_;
+    std::string jndiContextFactory_;
+    std::string jndiURL_;
+    std::string destinationType_;
+    std::string destinationName_;
+    std::string subscriptionMode_;
+    bool durable_ = false;
+    std::string clientID_;
+    std::string subscriptionName_;
+    int64_t batchSize_ = 1;  // messages a commit
+    bool expectStreamNameOpcode_ = true;
+    bool matchStreamName_ = true;
+    // "%s", seconds since the epoch, is what object arrays and custom messages carry; the other formats'
+    // parameters replace it.
+    std::string timeFormat_ = "%s";
+    std::string dateFormat_ = "%s";
+    std::string timestampFormat_ = "%s";
+
+    std::unique_ptr<xml::Pattern> elementPattern_;
+    std::unique_ptr<xml::Pattern> attributePattern_;
+    void* row_ = nullptr;  // the connection row, cleared and filled for every message
+    std::unique_ptr<JmsUtils> jms_;
+    std::map<std::string, std::string> columnMap_;  // no parameter fills it
+    std::string text_;                              // the message in hand; kept for its capacity
+};
