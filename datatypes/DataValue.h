@@ -24,11 +24,11 @@ struct DataValue {
         int16_t int16Value;    // int16
         int32_t integerValue;  // integer
         int64_t longValue;     // long, interval, money in counts of its smallest fraction; date and time in
-                            // seconds, timestamp in milliseconds, bigdatetime in microseconds since 1970
-        double floatValue;                 // float
-        uint8_t booleanValue;              // boolean, 0 or 1
-        char* stringValue;                 // string, NUL-terminated
-        Binary binaryValue;                // binary
+                               // seconds, timestamp in milliseconds, bigdatetime in microseconds since 1970
+        double floatValue;     // float
+        uint8_t booleanValue;  // boolean, 0 or 1
+        char* stringValue;     // string, NUL-terminated
+        Binary binaryValue;    // binary
         FixedDecimalValue decimalValue{};  // decimal; the widest, so that a new holder is all zero
     };
     bool isNull = true;

@@ -24,7 +24,9 @@ constexpr std::string_view kWeekdays[] = {"Sunday",   "Monday", "Tuesday", "Wedn
 constexpr size_t kAbbreviation = 3;  // letters of a name's short form
 
 enum class Action {
+    kNone,
     kNumber,
+    kDiscard,
     kTwelveHour,
     kCentury,
     kYearOfCentury,
@@ -42,12 +44,13 @@ struct Conversion {
     Action action;
     int low = 0;
     int high = 0;
-    int tm::*field = nullptr;  // where a number goes, less the bias; none: read and discarded
+    int tm::*field = nullptr;  // where a number goes, less the bias
     int bias = 0;
     const char* composite = nullptr;  // the format it stands for
 };
 
 constexpr Conversion kConversions[] = {
+    {'\0', "", Action::kNone},
     {'%', "", Action::kPercent},
     {'A', "", Action::kWeekday},
     {'a', "", Action::kWeekday},
@@ -75,176 +78,185 @@ constexpr Conversion kConversions[] = {
     {'S', "O", Action::kNumber, 0, 61, &tm::tm_sec, 0},
     {'T', "", Action::kComposite, 0, 0, nullptr, 0, "%H:%M:%S"},
     {'X', "E", Action::kComposite, 0, 0, nullptr, 0, "%H:%M:%S"},
-    {'U', "O", Action::kNumber, 0, 53},
-    {'W', "O", Action::kNumber, 0, 53},
+    {'U', "O", Action::kDiscard, 0, 53},
+    {'W', "O", Action::kDiscard, 0, 53},
     {'w', "O", Action::kNumber, 0, 6, &tm::tm_wday, 0},
     {'Y', "E", Action::kNumber, 0, 9999, &tm::tm_year, kYearBase},
     {'y', "EO", Action::kYearOfCentury, 0, 99},
 };
 
-constexpr uint8_t kNoConversion = 0xff;
-
-// The row of each letter.
+// The row of each letter; characters without one have the first.
 constexpr auto kRowOfLetter = [] {
-    std::array<uint8_t, 128> rows{};
-    rows.fill(kNoConversion);
-    for (size_t row = 0; row < std::size(kConversions); ++row) {
+    std::array<uint8_t, 256> rows{};
+    for (size_t row = 1; row < std::size(kConversions); ++row) {
         rows[static_cast<size_t>(kConversions[row].letter)] = static_cast<uint8_t>(row);
     }
     return rows;
 }();
 
-const Conversion* conversionOf(char letter) {
-    const unsigned char index = static_cast<unsigned char>(letter);
-    if (index >= kRowOfLetter.size() || kRowOfLetter[index] == kNoConversion) return nullptr;
-    return &kConversions[kRowOfLetter[index]];
+const Conversion& conversionOf(char letter) {
+    return kConversions[kRowOfLetter[static_cast<unsigned char>(letter)]];
 }
 
+// Reads a text by a format. Operations take the position in the text and return the one after what they read,
+// null when the text does not match.
 class DateReader {
 public:
-    DateReader(const char* text, const char* end, tm& time) : position_(text), end_(end), time_(time) {}
+    DateReader(const char* end, tm& time) : end_(end), time_(time) {}
 
-    bool read(const char* format);
-    const char* position() const { return position_; }
+    const char* read(const char* text, const char* format);
 
 private:
-    bool convert(const Conversion& conversion);
-    bool readNumber(const Conversion& conversion, int& value);
-    bool readCentury(const Conversion& conversion);
-    bool readYearOfCentury(const Conversion& conversion);
-    bool readHalfDay();
-    bool readLiteral(char literal);
-    void skipSpace();
-    bool startsWith(std::string_view name) const;
+    const char* readOther(const char* text, const Conversion& conversion);
+    const char* readNumber(const char* text, const Conversion& conversion, int& value) const;
+    const char* readHalfDay(const char* text);
+    const char* skipSpace(const char* text) const;
+    void takeCentury(int century);
+    void takeYearOfCentury(int year);
+    bool startsWith(const char* text, std::string_view name) const;
 
     template <size_t size>
-    bool readName(const std::string_view (&names)[size], int& index);
+    const char* readName(const char* text, const std::string_view (&names)[size], int& index) const;
 
-    const char* position_;
     const char* const end_;
     tm& time_;
     bool splitYear_ = false;  // a century or a year within one has been read
 };
 
-bool DateReader::read(const char* format) {
+const char* DateReader::read(const char* text, const char* format) {
     for (; *format != '\0'; ++format) {
-        if (isSpace(*format)) {
-            skipSpace();
-        } else if (*format != '%') {
-            if (!readLiteral(*format)) return false;
-        } else {
-            char modifier = '\0';
-            ++format;
-            if (*format == 'E' || *format == 'O') modifier = *format++;
-            const Conversion* conversion = conversionOf(*format);
-            if (conversion == nullptr) return false;
-            if (modifier != '\0' && std::strchr(conversion->modifiers, modifier) == nullptr) return false;
-            if (!convert(*conversion)) return false;
+        if (*format != '%') {
+            if (isSpace(*format)) {
+                text = skipSpace(text);
+            } else {
+                if (text == end_ || *text != *format) return nullptr;
+                ++text;
+            }
+            continue;
         }
+        char modifier = *++format;
+        if (modifier == 'E' || modifier == 'O') {
+            ++format;
+        } else {
+            modifier = '\0';
+        }
+        const Conversion& conversion = conversionOf(*format);
+        if (modifier != '\0' && std::strchr(conversion.modifiers, modifier) == nullptr) return nullptr;
+        if (conversion.action == Action::kNumber) {
+            int value = 0;
+            text = readNumber(text, conversion, value);
+            time_.*conversion.field = value - conversion.bias;
+        } else {
+            text = readOther(text, conversion);
+        }
+        if (text == nullptr) return nullptr;
     }
-    return true;
+    return text;
 }
 
-bool DateReader::convert(const Conversion& conversion) {
+const char* DateReader::readOther(const char* text, const Conversion& conversion) {
     int value = 0;
     switch (conversion.action) {
+        case Action::kNone:
+            return nullptr;
         case Action::kNumber:
-            if (!readNumber(conversion, value)) return false;
-            if (conversion.field != nullptr) time_.*conversion.field = value - conversion.bias;
-            return true;
+        case Action::kDiscard:
+            return readNumber(text, conversion, value);
         case Action::kTwelveHour:
-            if (!readNumber(conversion, value)) return false;
+            text = readNumber(text, conversion, value);
             time_.tm_hour = value % 12;
-            return true;
+            return text;
         case Action::kCentury:
-            return readCentury(conversion);
+            text = readNumber(text, conversion, value);
+            takeCentury(value);
+            return text;
         case Action::kYearOfCentury:
-            return readYearOfCentury(conversion);
+            text = readNumber(text, conversion, value);
+            takeYearOfCentury(value);
+            return text;
         case Action::kComposite:
-            return read(conversion.composite);
+            return read(text, conversion.composite);
         case Action::kMonth:
-            return readName(kMonths, time_.tm_mon);
+            return readName(text, kMonths, time_.tm_mon);
         case Action::kWeekday:
-            return readName(kWeekdays, time_.tm_wday);
+            return readName(text, kWeekdays, time_.tm_wday);
         case Action::kHalfDay:
-            return readHalfDay();
+            return readHalfDay(text);
         case Action::kSpace:
-            skipSpace();
-            return true;
+            return skipSpace(text);
         case Action::kPercent:
-            return readLiteral('%');
+            return text != end_ && *text == '%' ? text + 1 : nullptr;
     }
-    return false;
+    return nullptr;
 }
 
 // Digits are taken while one more could still be within the maximum, and no more than the maximum has.
-bool DateReader::readNumber(const Conversion& conversion, int& value) {
-    if (position_ == end_ || !isDigit(*position_)) return false;
-    int room = conversion.high;
-    do {
-        value = value * 10 + (*position_++ - '0');
-        room /= 10;
-    } while (room != 0 && value * 10 <= conversion.high && position_ != end_ && isDigit(*position_));
-    return conversion.low <= value && value <= conversion.high;
+inline const char* DateReader::readNumber(const char* text, const Conversion& conversion, int& value) const {
+    const int high = conversion.high;
+    if (10 <= high && high <= 99 && end_ - text >= 2) {  // most fields: two digits, and no loop
+        const unsigned int first = internal::digitOf(text[0]);
+        const unsigned int second = internal::digitOf(text[1]);
+        if (first <= 9 && second <= 9 && static_cast<int>(first) * 10 <= high) {
+            value = static_cast<int>(first * 10 + second);
+            return conversion.low <= value && value <= high ? text + 2 : nullptr;
+        }
+    }
+    int number = 0;
+    int least = 1;  // number with so many digits
+    for (; text != end_ && least <= high && number * 10 <= high; least *= 10) {
+        const unsigned int digit = internal::digitOf(*text);
+        if (digit > 9) break;
+        number = number * 10 + static_cast<int>(digit);
+        ++text;
+    }
+    value = number;
+    return least != 1 && conversion.low <= number && number <= high ? text : nullptr;
 }
 
-bool DateReader::readCentury(const Conversion& conversion) {
-    int century = 0;
-    if (!readNumber(conversion, century)) return false;
-    // The first century stands as it is read, not reduced by the base: a later year within it is added.
+void DateReader::takeCentury(int century) {
+    // The first one stands as it is read, not reduced by the base: a later year within it is added.
     time_.tm_year = century * 100 + (splitYear_ ? time_.tm_year % 100 : 0);
     splitYear_ = true;
-    return true;
 }
 
-bool DateReader::readYearOfCentury(const Conversion& conversion) {
+void DateReader::takeYearOfCentury(int year) {
     constexpr int kFirstYearOf1900s = 69;
-    int year = 0;
-    if (!readNumber(conversion, year)) return false;
     const int century = year < kFirstYearOf1900s ? 100 : 0;  // counted from the base
     time_.tm_year = year + (splitYear_ ? time_.tm_year / 100 * 100 : century);
     splitYear_ = true;
-    return true;
 }
 
 // Compared with all that is left of the text, so nothing may follow it.
-bool DateReader::readHalfDay() {
-    const bool afternoon = startsWith("PM");
-    if (end_ - position_ != 2 || (!afternoon && !startsWith("AM")) || time_.tm_hour > 11) return false;
+const char* DateReader::readHalfDay(const char* text) {
+    const bool afternoon = startsWith(text, "PM");
+    if (end_ - text != 2 || (!afternoon && !startsWith(text, "AM")) || time_.tm_hour > 11) return nullptr;
     if (afternoon) time_.tm_hour += 12;
-    position_ = end_;
-    return true;
+    return end_;
 }
 
-bool DateReader::readLiteral(char literal) {
-    if (position_ == end_ || *position_ != literal) return false;
-    ++position_;
-    return true;
-}
-
-void DateReader::skipSpace() {
-    while (position_ != end_ && isSpace(*position_)) ++position_;
+const char* DateReader::skipSpace(const char* text) const {
+    while (text != end_ && isSpace(*text)) ++text;
+    return text;
 }
 
 constexpr char lowerCase(char c) { return 'A' <= c && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
-bool DateReader::startsWith(std::string_view name) const {
-    if (static_cast<size_t>(end_ - position_) < name.size()) return false;
+bool DateReader::startsWith(const char* text, std::string_view name) const {
+    if (static_cast<size_t>(end_ - text) < name.size()) return false;
     for (size_t i = 0; i < name.size(); ++i) {
-        if (lowerCase(position_[i]) != lowerCase(name[i])) return false;
+        if (lowerCase(text[i]) != lowerCase(name[i])) return false;
     }
     return true;
 }
 
 template <size_t size>
-bool DateReader::readName(const std::string_view (&names)[size], int& index) {
+const char* DateReader::readName(const char* text, const std::string_view (&names)[size], int& index) const {
     for (size_t i = 0; i < size; ++i) {
-        if (!startsWith(names[i].substr(0, kAbbreviation))) continue;
-        position_ += startsWith(names[i]) ? names[i].size() : kAbbreviation;
+        if (!startsWith(text, names[i].substr(0, kAbbreviation))) continue;
         index = static_cast<int>(i);
-        return true;
+        return text + (startsWith(text, names[i]) ? names[i].size() : kAbbreviation);
     }
-    return false;
+    return nullptr;
 }
 
 }  // namespace
@@ -253,8 +265,7 @@ const char* internal::scanDate(const char* text, const char* end, const char* fo
     result = tm{};
     result.tm_year = 70;
     result.tm_mday = 1;
-    DateReader reader(text, end, result);
-    return reader.read(format) ? reader.position() : nullptr;
+    return DateReader(end, result).read(text, format);
 }
 
 const char* strptime(const char* text, const char* format, tm* result) {

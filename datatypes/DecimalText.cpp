@@ -18,46 +18,52 @@ using internal::kPowersOfTen64;
 // More digits than a decimal has, yet few enough for 127 bits.
 constexpr int kMaxSignificant = internal::kMaxPower;
 
-// A run of digits read so far, with or without the point: the number is magnitude * 10^dropped, and a bit
-// more when `inexact`.
+// The digits of a text, without their point: the number is magnitude * 10^dropped, and a bit more when
+// `inexact`.
 struct Digits {
     UInt128 magnitude = 0;
-    int significant = 0;   // digits in the magnitude, not counting leading zeros
-    int64_t dropped = 0;   // digits that followed a full magnitude
-    bool inexact = false;  // one of them was not zero
+    int significant = 0;          // digits in the magnitude, not counting leading zeros
+    int64_t dropped = 0;          // digits that followed a full magnitude
+    bool inexact = false;         // one of them was not zero
+    const char* point = nullptr;  // where it is, if it is
 };
 
-bool areEightDigits(uint64_t bytes) {
-    constexpr uint64_t kUpperHalves = 0xf0f0f0f0f0f0f0f0;
-    constexpr uint64_t kZeros = 0x3030303030303030;
-    return (bytes & kUpperHalves) == kZeros && ((bytes + 0x0606060606060606) & kUpperHalves) == kZeros;
+// Up to eight characters, the first in the lowest byte and zeros after the last. Two loads that overlap stand
+// for those that would read beyond it.
+uint64_t loadCharacters(const char* text, const char* end) {
+    const size_t left = static_cast<size_t>(end - text);
+    const auto load = [text](auto word, size_t at) {
+        std::memcpy(&word, text + at, sizeof word);
+        return static_cast<uint64_t>(word);
+    };
+    if (left >= 8) return load(uint64_t{}, 0);
+    if (left >= 4) return load(uint32_t{}, 0) | load(uint32_t{}, left - 4) << 8 * (left - 4);
+    if (left >= 2) return load(uint16_t{}, 0) | load(uint16_t{}, left - 2) << 8 * (left - 2);
+    return left == 1 ? load(uint8_t{}, 0) : 0;
 }
 
-// The number in eight digit characters, the first in the lowest byte: neighbours are joined to pairs, pairs
-// to fours, fours to the whole.
-uint64_t numberOfEight(uint64_t bytes) {
-    bytes -= 0x3030303030303030;
-    bytes = bytes * 10 + (bytes >> 8);
-    return (((bytes & 0x000000ff000000ff) * 0x000f424000000064) +
-            ((bytes >> 16 & 0x000000ff000000ff) * 0x0000271000000001)) >>
+// How many of the characters are digits before the first that is none: one below "0" turns negative with the
+// first term, one above "9" with the second.
+int countDigits(uint64_t characters) {
+    const uint64_t others =
+        ((characters - 0x3030303030303030) | (characters + 0x4646464646464646)) & 0x8080808080808080;
+    return others == 0 ? 8 : __builtin_ctzll(others) / 8;
+}
+
+// The number in the first digits: neighbours are joined to pairs, pairs to fours, fours to the whole.
+uint64_t numberOf(uint64_t characters, int count) {
+    if (count == 0) return 0;
+    uint64_t digits = (characters & 0x0f0f0f0f0f0f0f0f) << 8 * (8 - count);
+    digits = digits * 10 + (digits >> 8);
+    return ((digits & 0x000000ff000000ff) * 0x000f424000000064 +
+            (digits >> 16 & 0x000000ff000000ff) * 0x0000271000000001) >>
            32;
 }
 
-// Reads digits up to the first other character, which it returns.
-const char* readDigits(const char* text, const char* end, Digits& digits) {
-    if (digits.significant == 0) {
-        while (text != end && *text == '0') ++text;
-    }
-    uint64_t bytes = 0;
-    while (end - text >= 8 && digits.significant + 8 <= kMaxSignificant) {
-        std::memcpy(&bytes, text, sizeof bytes);
-        if (!areEightDigits(bytes)) break;
-        digits.magnitude = digits.magnitude * 100000000 + numberOfEight(bytes);
-        digits.significant += 8;
-        text += 8;
-    }
+// Goes on where the magnitude is nearly full, a digit at a time.
+const char* readRest(const char* text, const char* end, Digits& digits) {
     for (; text != end && isDigit(*text); ++text) {
-        const unsigned digit = static_cast<unsigned>(*text - '0');
+        const unsigned int digit = internal::digitOf(*text);
         if (digits.significant < kMaxSignificant) {
             digits.magnitude = digits.magnitude * 10 + digit;
             ++digits.significant;
@@ -66,6 +72,30 @@ const char* readDigits(const char* text, const char* end, Digits& digits) {
             digits.inexact = digits.inexact || digit != 0;
         }
     }
+    return text;
+}
+
+// Reads digits with at most one point among them; returns the first other character.
+const char* readDigits(const char* text, const char* end, Digits& result) {
+    Digits digits;
+    for (;;) {
+        if (digits.significant == 0) {
+            while (text != end && *text == '0') ++text;
+        }
+        int count = 8;
+        while (count == 8 && digits.significant + 8 <= kMaxSignificant) {
+            const uint64_t characters = loadCharacters(text, end);
+            count = countDigits(characters);
+            digits.magnitude =
+                digits.magnitude * kPowersOfTen64[static_cast<size_t>(count)] + numberOf(characters, count);
+            digits.significant += count;
+            text += count;
+        }
+        if (count == 8) text = readRest(text, end, digits);
+        if (text == end || *text != '.' || digits.point != nullptr) break;
+        digits.point = text++;
+    }
+    result = digits;
     return text;
 }
 
@@ -114,23 +144,18 @@ bool setFromText(FixedDecimalValue& target, int precision, int scale, const char
     if (text != end && (*text == '+' || *text == '-')) ++text;
 
     Digits digits;
-    const char* const integer = text;
+    const char* const first = text;
     text = readDigits(text, end, digits);
-    int64_t count = text - integer;
-    int64_t shift = scale;
-    if (text != end && *text == '.') {
-        const char* const fraction = ++text;
-        text = readDigits(text, end, digits);
-        count += text - fraction;
-        shift -= text - fraction;
-    }
+    const int64_t fraction = digits.point != nullptr ? text - digits.point - 1 : 0;
+    const int64_t count = text - first - (digits.point != nullptr ? 1 : 0);
     int64_t exponent = 0;
     if (count == 0 || !readExponent(text, end, exponent)) return false;
     while (text != end && isSpace(*text)) ++text;
     if (text != end) return false;
 
     UInt128 whole = 0;
-    if (!toWhole(digits, shift + exponent, whole) || whole >= kPowersOfTen[precision].value) return false;
+    if (!toWhole(digits, scale + exponent - fraction, whole) || whole >= kPowersOfTen[precision].value)
+        return false;
     internal::Coefficient coefficient(internal::highOf(whole), internal::lowOf(whole));
     coefficient.negative = negative;
     coefficient.store(target.high, target.low);

@@ -37,8 +37,10 @@ constexpr bool isSign(char c) { return c == '+' || c == '-'; }
 
 template <typename Int>
 bool readWhole(const char* text, const IntegerTexts& texts, Int& value, const char*& error) {
-    if (!isSign(*text) && !isDigit(*text)) return fail(error, texts.badStart);
-    const LongReading reading = scanLong(text);
+    const char* const digits = text + (isSign(*text) ? 1 : 0);
+    // A sign alone is a good start, but of no number.
+    if (!isDigit(*digits)) return fail(error, digits == text ? texts.badStart : texts.badEnd);
+    const LongReading reading = scanDigits(digits, *text == '-');
     if (*reading.end != '\0') return fail(error, texts.badEnd);
     const int64_t wide = reading.value;
     if (reading.overflow || wide < std::numeric_limits<Int>::min() ||

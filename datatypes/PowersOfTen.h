@@ -91,4 +91,12 @@ constexpr UInt128 scaleDown(UInt128 magnitude, int digits) {
     return multiplyHigh(magnitude, power.reciprocal) >> (power.bits - 1);
 }
 
+// The same of a magnitude of at most 2^63, for up to 18 digits: the reciprocal's upper half, rounded up, does
+// there.
+constexpr uint64_t scaleDown64(uint64_t magnitude, int digits) {
+    if (digits == 0) return magnitude;
+    const PowerOfTen& power = kPowersOfTen[static_cast<size_t>(digits)];
+    return highOf(UInt128{magnitude} * (highOf(power.reciprocal) + 1)) >> (power.bits - 1);
+}
+
 }  // namespace DataTypes::internal

@@ -1,6 +1,5 @@
 // Dates and times as text, always in UTC.
 #include <cstdio>
-#include <limits>
 
 #include "datatypes/TextWriting.h"
 
@@ -8,7 +7,7 @@ namespace DataTypes::internal {
 namespace {
 
 constexpr int64_t kSecondsPerDay = 86400;
-constexpr size_t kMaxText = 64;
+constexpr size_t kMaxText = 48;
 
 // Quotient rounded down, and the remainder from 0 up.
 struct FloorDivision {
@@ -47,13 +46,11 @@ Moment momentOf(int64_t seconds) {
     return moment;
 }
 
-// A moment whose year does not fit a tm counts as the epoch.
-Moment representable(int64_t seconds) {
-    constexpr int64_t kYearBase = 1900;
-    const Moment moment = momentOf(seconds);
-    const int64_t tmYear = moment.year - kYearBase;
-    const bool fits = std::numeric_limits<int>::min() <= tmYear && tmYear <= std::numeric_limits<int>::max();
-    return fits ? moment : momentOf(0);
+// Seconds whose year does not fit a tm count as the epoch.
+int64_t representable(int64_t seconds) {
+    constexpr int64_t kFirst = -67768040609740800;  // the year -2147481748
+    constexpr int64_t kLast = 67768036191676799;    // the year 2147485547
+    return kFirst <= seconds && seconds <= kLast ? seconds : 0;
 }
 
 // As "%04d".
@@ -70,58 +67,69 @@ char* appendDate(char* end, const Moment& moment) {
     return appendTwo(end, moment.day);
 }
 
-char* appendTime(char* end, const Moment& moment) {
-    end = appendTwo(end, moment.second / 3600);
+char* appendTime(char* end, unsigned int secondOfDay) {
+    end = appendTwo(end, secondOfDay / 3600);
     *end++ = ':';
-    end = appendTwo(end, moment.second / 60 % 60);
+    end = appendTwo(end, secondOfDay / 60 % 60);
     *end++ = ':';
-    return appendTwo(end, moment.second % 60);
+    return appendTwo(end, secondOfDay % 60);
 }
 
 char* appendDateTime(char* end, int64_t seconds) {
-    const Moment moment = representable(seconds);
+    const Moment moment = momentOf(representable(seconds));
     end = appendDate(end, moment);
     *end++ = ' ';
-    return appendTime(end, moment);
+    return appendTime(end, moment.second);
 }
 
-void finish(char* text, char* end, bool utcSuffix, char* out, size_t outSize) {
+// Has `append` write a text from a beginning to the end that it returns: in place when the buffer holds any
+// of them.
+template <typename Append>
+void write(bool utcSuffix, char* out, size_t outSize, Append append) {
+    char text[kMaxText];
+    char* const first = outSize > kMaxText ? out : text;
+    char* end = append(first);
     if (utcSuffix) {
         std::memcpy(end, "+00", 3);
         end += 3;
     }
-    copyText(text, static_cast<size_t>(end - text), out, outSize);
+    if (first == out) {
+        *end = '\0';
+    } else {
+        copyText(text, static_cast<size_t>(end - text), out, outSize);
+    }
 }
 
 }  // namespace
 
 void writeDate(int64_t seconds, bool utcSuffix, char* out, size_t outSize) {
-    char text[kMaxText];
-    finish(text, appendDateTime(text, seconds), utcSuffix, out, outSize);
+    write(utcSuffix, out, outSize, [=](char* text) { return appendDateTime(text, seconds); });
 }
 
 void writeTime(int64_t seconds, bool utcSuffix, char* out, size_t outSize) {
-    char text[kMaxText];
-    finish(text, appendTime(text, representable(seconds)), utcSuffix, out, outSize);
+    const FloorDivision days(representable(seconds), kSecondsPerDay);
+    const auto second = static_cast<unsigned int>(days.remainder);
+    write(utcSuffix, out, outSize, [=](char* text) { return appendTime(text, second); });
 }
 
 void writeTimestamp(int64_t millis, bool utcSuffix, char* out, size_t outSize) {
     const FloorDivision split(millis, 1000);
-    char text[kMaxText];
-    char* end = appendDateTime(text, split.quotient);
-    end = appendFour(end, static_cast<unsigned int>(split.remainder));
-    end[-4] = '.';  // in place of the leading zero
-    finish(text, end, utcSuffix, out, outSize);
+    write(utcSuffix, out, outSize, [&](char* text) {
+        text = appendDateTime(text, split.quotient);
+        appendFour(text, static_cast<unsigned int>(split.remainder));
+        *text = '.';  // in place of the leading zero
+        return text + 4;
+    });
 }
 
 void writeBigdatetime(int64_t micros, bool utcSuffix, char* out, size_t outSize) {
     const FloorDivision split(micros, 1000000);
     const auto fraction = static_cast<unsigned int>(split.remainder);
-    char text[kMaxText];
-    char* end = appendDateTime(text, split.quotient);
-    *end++ = '.';
-    end = appendFour(appendTwo(end, fraction / 10000), fraction % 10000);
-    finish(text, end, utcSuffix, out, outSize);
+    write(utcSuffix, out, outSize, [&](char* text) {
+        text = appendDateTime(text, split.quotient);
+        *text++ = '.';
+        return appendFour(appendTwo(text, fraction / 10000), fraction % 10000);
+    });
 }
 
 }  // namespace DataTypes::internal

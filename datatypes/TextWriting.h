@@ -7,6 +7,7 @@
 
 #include "datatypes/FixedDecimal.h"
 #include "datatypes/FourDigits.h"
+#include "datatypes/PowersOfTen.h"
 
 namespace DataTypes::internal {
 
@@ -19,6 +20,13 @@ void writeDate(int64_t seconds, bool utcSuffix, char* out, size_t outSize);
 void writeTime(int64_t seconds, bool utcSuffix, char* out, size_t outSize);
 void writeTimestamp(int64_t millis, bool utcSuffix, char* out, size_t outSize);
 void writeBigdatetime(int64_t micros, bool utcSuffix, char* out, size_t outSize);
+
+// A sign, the digits of the whole part, and unless `places` is 0 a point and so many digits of the fraction.
+void writePlain(bool negative, uint64_t whole, uint64_t fraction, int places, char* out, size_t outSize);
+
+inline uint64_t magnitudeOf(int64_t value) {
+    return value < 0 ? 0 - static_cast<uint64_t>(value) : static_cast<uint64_t>(value);
+}
 
 // As snprintf with "%s".
 inline void copyText(const char* text, size_t length, char* out, size_t outSize) {
@@ -38,17 +46,54 @@ inline char* appendFour(char* end, unsigned int number) {
     return end + 4;
 }
 
-// Writes the digits of a number that end before `end`, at least `least` of them (zero has none of its own);
-// returns the first.
-inline char* prependDigits(char* end, uint64_t number, int least) {
-    char* first = end;
-    for (; number >= 10000; number /= 10000) {
-        first -= 4;
-        std::memcpy(first, PlixTypes::four2ascii[number % 10000], 4);
+// Has `write` put a text of a known length, at most kCapacity, into the caller's buffer, or into one of its
+// own when that is too small for all of it.
+template <size_t kCapacity, typename Write>
+void writeText(size_t length, char* out, size_t outSize, Write write) {
+    if (length < outSize) {
+        write(out);
+        out[length] = '\0';
+    } else {
+        char text[kCapacity];
+        write(text);
+        copyText(text, length, out, outSize);
     }
-    for (; number != 0; number /= 10) *--first = static_cast<char>('0' + number % 10);
-    while (end - first < least) *--first = '0';
-    return first;
+}
+
+// The digits that a number has; one of zero.
+inline int countDigits(uint64_t number) {
+    number |= 1;
+    const int bits = 64 - __builtin_clzll(number);
+    const int digits =
+        bits * 1233 >> 12;  // the logarithm of two, close enough for 64 bits; at most one too few
+    return digits + (number >= kPowersOfTen64[static_cast<size_t>(digits)] ? 1 : 0);
+}
+
+// Writes exactly `count` digits of a number that has no more; returns the end.
+inline char* writeDigits(char* first, uint64_t number, int count) {
+    char* at = first + count;
+    for (; at - first >= 8; number /= 100000000) {
+        const auto eight = static_cast<unsigned int>(number % 100000000);
+        at -= 8;
+        appendFour(appendFour(at, eight / 10000), eight % 10000);
+    }
+    if (at - first >= 4) {
+        at -= 4;
+        appendFour(at, static_cast<unsigned int>(number % 10000));
+        number /= 10000;
+    }
+    const char* const rest = PlixTypes::four2ascii[number] + 4 - (at - first);
+    switch (at - first) {
+        case 3:
+            first[2] = rest[2];
+            [[fallthrough]];
+        case 2:
+            first[1] = rest[1];
+            [[fallthrough]];
+        case 1:
+            first[0] = rest[0];
+    }
+    return first + count;
 }
 
 }  // namespace DataTypes::internal

@@ -46,7 +46,7 @@ void convertToString(const unsigned int& type, bool swapBytes, bool utcSuffix, u
 void convertToString(const unsigned int& type, bool, bool utcSuffix, DataValue& value, char* out,
                      unsigned long outSize) {
     const unsigned int kind = kindOf(type);
-    if (value.isNull || !internal::hasFixedWidth(kind)) return;
+    if (value.isNull) return;
     switch (kind) {
         case kInt16:
             return internal::writeInteger(value.int16Value, out, outSize);
@@ -70,6 +70,7 @@ void convertToString(const unsigned int& type, bool, bool utcSuffix, DataValue& 
         case kDecimal:
             return internal::writeDecimal(scaledByType(type, value.decimalValue), out, outSize);
         default:
+            if (kind != kMoney && !isNumberedMoney(kind)) return;
             return internal::writeMoney(value.longValue, internal::moneyPlaces(kind), out, outSize);
     }
 }

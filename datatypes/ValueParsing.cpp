@@ -18,21 +18,18 @@ constexpr unsigned int kFailed = 0xffffffff;
 constexpr char kOverflow[] = "output buffer overflow";
 constexpr char kUnknownType[] = "conversion to unknown type";
 
+// As the caller gave them; they are resolved only for the kinds that need one.
 struct Formats {
     const char* date;
     const char* timestamp;
     const char* bigdatetime;
     const char* time;
-};
 
-Formats resolve(const char* date, const char* timestamp, const char* bigdatetime, const char* time) {
-    Formats formats{};
-    formats.date = date != nullptr ? date : g_date_format;
-    formats.timestamp = timestamp != nullptr ? timestamp : formats.date;
-    formats.bigdatetime = bigdatetime != nullptr ? bigdatetime : formats.timestamp;
-    formats.time = time != nullptr ? time : g_time_format;
-    return formats;
-}
+    const char* forDate() const { return date != nullptr ? date : g_date_format; }
+    const char* forTimestamp() const { return timestamp != nullptr ? timestamp : forDate(); }
+    const char* forBigdatetime() const { return bigdatetime != nullptr ? bigdatetime : forTimestamp(); }
+    const char* forTime() const { return time != nullptr ? time : g_time_format; }
+};
 
 bool readDecimal(const unsigned int& type, const char* text, FixedDecimalValue& value, const char*& error) {
     return value.setDecimalValue(precisionOf(type), scaleOf(type), text) ||
@@ -58,16 +55,17 @@ bool readFixed(const unsigned int& type, const char* text, const Formats& format
         case kBoolean:
             return internal::readBoolean(present, value.booleanValue, error);
         case kDate:
-            return internal::readDate(present, formats.date, value.longValue, error);
+            return internal::readDate(present, formats.forDate(), value.longValue, error);
         case kTime:
-            return internal::readTime(present, formats.time, value.longValue, error);
+            return internal::readTime(present, formats.forTime(), value.longValue, error);
         case kTimestamp:
-            return internal::readTimestamp(text, formats.timestamp, value.longValue, error);
+            return internal::readTimestamp(text, formats.forTimestamp(), value.longValue, error);
         case kBigdatetime:
-            return internal::readBigdatetime(text, formats.bigdatetime, value.longValue, error);
+            return internal::readBigdatetime(text, formats.forBigdatetime(), value.longValue, error);
         case kDecimal:
             return readDecimal(type, present, value.decimalValue, error);
         default:
+            if (kind != kMoney && !isNumberedMoney(kind)) return fail(error, kUnknownType);
             return internal::readMoney(present, internal::moneyPlaces(kind), value.longValue, error);
     }
 }
@@ -144,8 +142,10 @@ unsigned int convertFromStringAndPack(const unsigned int& type, bool swapBytes, 
         return kFailed;
     }
     DataValue value;
-    const Formats formats = resolve(dateFormat, timestampFormat, bigdatetimeFormat, timeFormat);
-    if (!readFixed(type, text, formats, value, error)) return kFailed;
+    if (!convertFromString(type, text, value, error, dateFormat, timestampFormat, bigdatetimeFormat,
+                           timeFormat)) {
+        return kFailed;
+    }
     internal::pack(type, swapBytes, value, out);
     return width;
 }
@@ -156,8 +156,7 @@ bool convertFromString(const unsigned int& type, const char* text, DataValue& va
     const unsigned int kind = kindOf(type);
     if (kind == kString) return takeString(text != nullptr ? text : "", value, error);
     if (kind == kBinary) return takeBinary(text != nullptr ? text : "", value, error);
-    if (!internal::hasFixedWidth(kind)) return fail(error, kUnknownType);
-    const Formats formats = resolve(dateFormat, timestampFormat, bigdatetimeFormat, timeFormat);
+    const Formats formats{dateFormat, timestampFormat, bigdatetimeFormat, timeFormat};
     if (!readFixed(type, text, formats, value, error)) return false;
     value.isNull = false;
     return true;
