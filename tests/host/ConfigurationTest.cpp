@@ -1,5 +1,6 @@
 // A configuration read: what comes of a good one, and the sentence for each fault of a bad one.
 #include "host/Configuration.h"
+#include "host/toolkit/ValueTyping.h"
 
 #include <gtest/gtest.h>
 
@@ -99,16 +100,15 @@ TEST_F(Configuration, EveryFaultIsASentence) {
 }
 
 TEST_F(Configuration, EveryColumnFaultNamesTheColumn) {
-    const std::pair<const char*, const char*> rows[] = {
+    const std::pair<const char*, std::string> rows[] = {
         {"5",
          "1: stream.columns is the integer 5; allowed is a list of tables such as { name = \"Symbol\", type "
          "= "
          "\"string\", key = true }."},
         {"[{ type = \"long\" }]", "1: this column has no name; it needs one, as in name = \"Symbol\"."},
         {"[{ name = \"A\", type = \"Long\" }]",
-         "1: column \"A\" has the unknown type \"Long\"; the types are int16, integer, long, float, string."},
-        {"[{ name = \"A\" }]",
-         "1: column \"A\" has no type; the types are int16, integer, long, float, string."},
+         "1: column \"A\" has the unknown type \"Long\"; the types are " + host::typeNames() + "."},
+        {"[{ name = \"A\" }]", "1: column \"A\" has no type; the types are " + host::typeNames() + "."},
         {"[{ name = \"A\", type = \"long\", kye = true }]",
          "1: a column has no key kye; the nearest known one is key."},
         {"[{ name = \"A\", type = \"long\", key = 1 }]",
