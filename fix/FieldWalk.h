@@ -22,6 +22,7 @@ struct FieldPlace {
 
 // Calls take(FieldPlace) for every field of [begin, end), in order. A piece between separators that holds no
 // "=" or more than one is no field. Sixteen bytes are compared at a time: "=" and separator alone decide.
+// `take` may change the text up to and with the field's end, which has been passed.
 template <typename Take>
 void forEachField(const char* begin, const char* end, char separator, Take take) {
     const char* piece = begin;

@@ -29,9 +29,9 @@ public:
     // Of several fields with one tag the last one counts.
     void read(const std::string& message, char separator);
 
-    // Values of the message last read, if it has one; text is terminated, or null.
+    // The value in the message last read, if it has one; as text it is terminated, or null.
     std::optional<std::string_view> find(int slot) const { return values_[slot]; }
-    const char* text(int slot);
+    const char* text(int slot) const;
 
 private:
     int slotOf(std::string_view tag) const;

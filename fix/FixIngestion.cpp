@@ -49,19 +49,19 @@ int NewFixUtils::WantedFields::want(const std::string& tag) {
 void NewFixUtils::WantedFields::read(const std::string& message, char separator) {
     for (auto& value : values_) value.reset();
     message_ = message;
-    fix::forEachField(message_.data(), message_.data() + message_.size(), separator,
-                      [this](const fix::FieldPlace& field) {
-                          const int slot = slotOf({field.tag, field.tagLength()});
-                          if (slot != 0) values_[slot].emplace(field.value(), field.valueLength());
-                      });
+    char* const text = message_.data();
+    fix::forEachField(text, text + message_.size(), separator, [this, text](const fix::FieldPlace& field) {
+        const int slot = slotOf({field.tag, field.tagLength()});
+        if (slot == 0) return;
+        values_[slot].emplace(field.value(), field.valueLength());
+        text[field.end - text] = '\0';  // over the separator, which the walk has passed, or the terminator
+    });
     incomplete_ = false;
 }
 
-const char* NewFixUtils::WantedFields::text(int slot) {
+const char* NewFixUtils::WantedFields::text(int slot) const {
     const auto value = find(slot);
-    if (!value) return nullptr;
-    message_[value->data() + value->size() - message_.data()] = '\0';  // on a separator, or the terminator
-    return value->data();
+    return value ? value->data() : nullptr;
 }
 
 NewFixUtils::Outcome NewFixUtils::messageToRow(const std::string& message, const std::string& messageType,

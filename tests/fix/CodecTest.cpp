@@ -104,7 +104,8 @@ TEST_F(FixCodec, FieldsToRow) {
     EXPECT_EQ(fake::show(*toolkit.row), "i null,IBM,");
     expectLogs("fixMsgToRowBuf", "");
 
-    start({"Symbol", "Bogus", "Side"});
+    useColumns({"Symbol", "Bogus", "Side"});  // the columns are looked at for every message
+    clearData(row);
     EXPECT_FALSE(fix.fixMsgToRowBuf({{"55", "IBM"}}, row));
     EXPECT_EQ(fake::show(*toolkit.row), "- IBM");
     expectLogs("fixMsgToRowBuf", "Column name Bogus not found in FIX dictionary");

@@ -25,10 +25,11 @@ TEST_F(FixDictionary, TakesTheFirstPairOfWordsOfEachLine) {
         EXPECT_EQ(nameOf(tag), kNames.contains(tag) ? kNames.at(tag) : "untouched");
 
     // Both names of a tag stay, and a further dictionary adds to them.
+    useColumns({"MsgType", "MessageType", "Symbol", "Instrument"});
+    EXPECT_FALSE(fix.fixMsgToRowBuf({{"35", "D"}, {"55", "IBM"}}, row));
     writeDictionary("y", "7=BeginSeqNo\n55=Instrument\n");
     ASSERT_TRUE(fix.makeDictionary("y"));
     EXPECT_EQ(nameOf("55") + nameOf("7") + nameOf("54"), "InstrumentBeginSeqNoSide");
-    useColumns({"MsgType", "MessageType", "Symbol", "Instrument"});
     EXPECT_TRUE(fix.fixMsgToRowBuf({{"35", "D"}, {"55", "IBM"}}, row));
     EXPECT_EQ(fake::show(*toolkit.row), "i D,D,IBM,IBM");
 }

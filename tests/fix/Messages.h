@@ -31,7 +31,8 @@ private:
     const std::vector<std::string> pieces_ = split(
         "8=FIX.4.4|8=FIX.4.4|8=FIX.4.4|8=FIX.4.4|8=FIX.4.2|8=FIX|8=FIXT.1.1|35=D|35=D|35=D|35=8|35=|49=BUY|"
         "52=20240215-14:30:15.123|11=ORD-1|55=IBM|55=|38=100|44=1.5|44=1=2|58=caf\xC3\xA9 \xFF|=x|=|abc||"
-        "word=w|055=leading zero|55 =space|65537=big|123456789=long|1234567=a|1234568=b|10=064|58=" +
+        "word=w|055=leading zero|55 =space|65537=big|4294967351=wraps to "
+        "55|123456789=long|1234567=a|1234568=b|10=064|58=" +
         std::string(200, 'x') + std::string("|5\0005=zero|55=a\0b", 16));
     std::mt19937 random_{20240215};
 };

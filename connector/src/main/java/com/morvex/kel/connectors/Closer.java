@@ -10,42 +10,33 @@ final class Closer {
     private Closer() {}
 
     /** Starts the closing and comes back at once. */
-    static void inBackground(Connection connection) { start(new Closing(connection)); }
+    static void inBackground(Connection connection) { start(connection); }
 
-    /** True when the connection was closed without an error, and within five seconds. */
+    /** True when the closing ended within five seconds; where it failed, the connection was gone already. */
     static boolean close(Connection connection) {
-        Closing closing = new Closing(connection);
-        Thread thread = start(closing);
+        Thread thread = start(connection);
         try {
             thread.join(CLOSE_MILLIS);
         } catch (InterruptedException e) {
             Thread.currentThread().interrupt();
         }
-        if (thread.isAlive()) Log.warn("The connection is still closing; that is left to the provider.");
-        return !thread.isAlive() && closing.succeeded;
+        if (!thread.isAlive()) return true;
+        Log.warn("The connection is still closing; that is left to the provider.");
+        return false;
     }
 
-    private static Thread start(Closing closing) {
-        Thread thread = new Thread(closing, "kel-jms-close");
+    private static Thread start(Connection connection) {
+        Thread thread = new Thread(() -> run(connection), "kel-jms-close");
         thread.setDaemon(true);
         thread.start();
         return thread;
     }
 
-    private static final class Closing implements Runnable {
-        private final Connection connection;
-        private boolean succeeded;   // read after the thread has ended
-
-        Closing(Connection connection) { this.connection = connection; }
-
-        @Override
-        public void run() {
-            try {
-                connection.close();
-                succeeded = true;
-            } catch (JMSException | RuntimeException e) {
-                Log.detail("The connection could not be closed cleanly.", e);
-            }
+    private static void run(Connection connection) {
+        try {
+            connection.close();
+        } catch (JMSException | RuntimeException e) {
+            Log.detail("The connection could not be closed cleanly.", e);
         }
     }
 }

@@ -1,6 +1,5 @@
 package com.morvex.kel.connectors;
 
-import java.io.IOException;
 import javax.jms.InvalidClientIDException;
 
 /**
@@ -13,8 +12,8 @@ import javax.jms.InvalidClientIDException;
  */
 final class ConnectionKeeper {
     /** A broker may need a moment to see that a crashed process has left its client ID. */
-    private static final long CLIENT_ID_GRACE_MILLIS = 2_000;
-    private static final long CLIENT_ID_PAUSE_MILLIS = 100;
+    private static final long GRACE_MILLIS = 2_000;
+    private static final long GRACE_PAUSE_MILLIS = 100;
 
     /** A link that fails sooner was none: the pauses between reconnects go on growing. */
     private static final long PROVEN_NANOS = 1_000_000_000L;
@@ -103,19 +102,16 @@ final class ConnectionKeeper {
     }
 
     private Link openFirst(long mine) {
-        long end = System.nanoTime() + CLIENT_ID_GRACE_MILLIS * 1_000_000;
-        ConnectorException inUse = null;
-        for (boolean first = true;; first = false) {
+        long end = System.nanoTime() + GRACE_MILLIS * 1_000_000;
+        ConnectorException reason = null;
+        while (true) {
             try {
                 return open(mine);
             } catch (ConnectorException e) {
-                if (ConnectorException.stemsFrom(e, InvalidClientIDException.class)) inUse = e;
-                // A broker that refuses a client ID also cuts the connection, and now and then a client reports
-                // the cut alone.
-                boolean cut = first && opener.usesClientId()
-                        && ConnectorException.stemsFrom(e, IOException.class);
-                boolean again = (inUse != null || cut) && System.nanoTime() < end;
-                if (!again || !pause(mine, CLIENT_ID_PAUSE_MILLIS)) throw inUse != null ? inUse : e;
+                // Of several failures the one that names the client ID says most.
+                if (!ConnectorException.stemsFrom(reason, InvalidClientIDException.class)) reason = e;
+                boolean again = e.isPassing() && System.nanoTime() < end;
+                if (!again || !pause(mine, GRACE_PAUSE_MILLIS)) throw e.isPassing() ? reason : e;
             }
         }
     }

@@ -11,9 +11,23 @@ import javax.jms.JMSException;
 public final class ConnectorException extends RuntimeException {
     private static final long serialVersionUID = 1L;
 
+    private final boolean passing;
+
     public ConnectorException(String sentence) { this(sentence, null); }
 
-    public ConnectorException(String sentence, Throwable cause) { super(sentence, cause, false, false); }
+    public ConnectorException(String sentence, Throwable cause) { this(sentence, cause, false); }
+
+    private ConnectorException(String sentence, Throwable cause, boolean passing) {
+        super(sentence, cause, false, false);
+        this.passing = passing;
+    }
+
+    /** A failure that may be over at once, so that another try is worth its while. */
+    static ConnectorException passing(String sentence, Throwable cause) {
+        return new ConnectorException(sentence, cause, true);
+    }
+
+    boolean isPassing() { return passing; }
 
     /** Whether the failure, or what led to it, is of a kind. */
     static boolean stemsFrom(Throwable failure, Class<? extends Throwable> kind) {

@@ -43,22 +43,21 @@ final class LinkOpener {
                     "A durable subscription needs a topic, but destinationType is QUEUE.");
         }
         JndiLookup.Found found = new JndiLookup(settings).lookUp();
+        Connection connection = null;
+        Link link = null;
         try {
-            Connection connection = found.user() == null
+            connection = found.user() == null
                     ? found.factory().createConnection()
                     : found.factory().createConnection(found.user(), found.password());
-            Link link = null;
-            try {
-                onConnection.accept(connection);
-                link = openOn(connection, found);
-                return link;
-            } finally {
-                if (link == null) Closer.inBackground(connection);
-            }
+            onConnection.accept(connection);
+            link = openOn(connection, found);
+            return link;
         } catch (JMSException e) {
-            throw explained(e, found.user());
+            throw explained(e, found.user(), connection != null);
         } catch (LinkageError e) {
             throw JndiLookup.missingJar(e);
+        } finally {
+            if (connection != null && link == null) Closer.inBackground(connection);
         }
     }
 
@@ -90,13 +89,13 @@ final class LinkOpener {
         return settings.isQueue() ? session.createQueue(name) : session.createTopic(name);
     }
 
-    private ConnectorException explained(JMSException e, String user) {
+    private ConnectorException explained(JMSException e, String user, boolean reached) {
         String provider = settings.provider();
         String destination = settings.destination();
         String reason = Log.reason(e) + ".";
         if (ConnectorException.stemsFrom(e, InvalidClientIDException.class)) {
             String taken = "The client ID \"%s\" (parameter clientID) must be free and valid: %s";
-            return new ConnectorException(taken.formatted(settings.clientId(), reason), e);
+            return ConnectorException.passing(taken.formatted(settings.clientId(), reason), e);
         }
         if (ConnectorException.stemsFrom(e, JMSSecurityException.class)
                 || ConnectorException.stemsFrom(e, SecurityException.class)) {
@@ -105,7 +104,9 @@ final class LinkOpener {
             return new ConnectorException(refused.formatted(provider, login, destination, reason), e);
         }
         if (ConnectorException.stemsFrom(e, IOException.class)) {
-            return new ConnectorException(provider + " is not reachable: " + reason, e);
+            if (!reached) return new ConnectorException(provider + " is not reachable: " + reason, e);
+            // A broker that refuses a login or a client ID sometimes hangs up before it has said so.
+            return ConnectorException.passing(provider + " ended the connection at once: " + reason, e);
         }
         return new ConnectorException(provider + " cannot be used for " + destination + ": " + reason, e);
     }

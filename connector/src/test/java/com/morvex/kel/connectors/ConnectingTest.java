@@ -4,24 +4,16 @@ import static org.junit.Assert.assertEquals;
 import static org.junit.Assert.assertFalse;
 import static org.junit.Assert.assertTrue;
 
-import java.lang.reflect.Proxy;
 import java.net.InetAddress;
 import java.net.ServerSocket;
 import java.net.URL;
 import java.net.URLClassLoader;
 import java.nio.file.Files;
 import java.nio.file.Path;
-import java.util.Hashtable;
 import java.util.List;
 import java.util.concurrent.CountDownLatch;
-import java.util.concurrent.atomic.AtomicInteger;
 import javax.jms.Connection;
-import javax.jms.ConnectionFactory;
-import javax.jms.Queue;
-import javax.naming.Context;
-import javax.naming.InitialContext;
-import javax.naming.NamingException;
-import javax.naming.spi.InitialContextFactory;
+import javax.jms.JMSException;
 import org.apache.activemq.broker.BrokerPlugin;
 import org.apache.activemq.security.AuthenticationUser;
 import org.apache.activemq.security.SimpleAuthenticationPlugin;
@@ -153,55 +145,47 @@ public class ConnectingTest {
         }
     }
 
-    /** Binds one connection factory, whose connections start when the test says so. */
-    public static final class SlowProvider implements InitialContextFactory {
-        static CountDownLatch mayStart;
-        static AtomicInteger closed;
-
-        @Override
-        public Context getInitialContext(Hashtable<?, ?> environment) throws NamingException {
-            return new InitialContext(true) {
-                @Override
-                public Object lookup(String name) {
-                    return name.equals("Slow") ? proxy(ConnectionFactory.class) : proxy(Queue.class);
-                }
-
-                @Override
-                public Hashtable<?, ?> getEnvironment() {
-                    return environment;
-                }
-            };
-        }
-
-        private static Object proxy(Class<?> type) {
-            return Proxy.newProxyInstance(
-                    type.getClassLoader(), new Class<?>[] {type}, (self, method, arguments) -> {
-                        if (method.getName().equals("start")) {
-                            while (mayStart.getCount() > 0) Thread.onSpinWait();   // deaf to interruption
-                        } else if (method.getName().equals("close")) {
-                            closed.incrementAndGet();
-                        }
-                        Class<?> result = method.getReturnType();
-                        if (result == boolean.class) return false;
-                        return result.isInterface() ? proxy(result) : null;
-                    });
-        }
-    }
-
     @Test
     public void aConnectionThatAppearsLateIsClosed() throws Exception {
         System.setProperty("kel.jms.connectTimeoutMillis", "100");
-        SlowProvider.mayStart = new CountDownLatch(1);
-        SlowProvider.closed = new AtomicInteger();
-        try {
-            checkFails("within 100 ms",
-                    connector("Slow", "QUEUE", "q", SlowProvider.class.getName(), "slow://"));
-        } finally {
-            System.clearProperty("kel.jms.connectTimeoutMillis");
-        }
-        TestBroker.waitUntil("closed while starting", () -> SlowProvider.closed.get() == 1);
-        SlowProvider.mayStart.countDown();
-        TestBroker.waitUntil("closed when started", () -> SlowProvider.closed.get() == 2);
+        JmsConnector connector = FakeProvider.connector();
+        System.clearProperty("kel.jms.connectTimeoutMillis");
+        CountDownLatch start = FakeProvider.block("Connection.start");
+        checkFails("within 100 ms", connector);
+        TestBroker.waitUntil(
+                "closed while starting", () -> FakeProvider.callsTo("Connection.close").size() == 1);
+        start.countDown();
+        TestBroker.waitUntil(
+                "closed when started", () -> FakeProvider.callsTo("Connection.close").size() == 2);
+    }
+
+    @Test
+    public void aLostConnectionIsClosedBeforeTheNextIsMade() throws Exception {
+        String create = "ConnectionFactory.createConnection";
+        String close = "Connection.close";
+        JmsConnector connector = FakeProvider.connector();
+        assertTrue(connector.connectForInput(true));
+        FakeProvider.listener.onException(new JMSException("gone"));
+        TestBroker.waitUntil("connected again", () -> FakeProvider.callsTo(create).size() == 2);
+        assertEquals(List.of(create, close, create), FakeProvider.callsTo(create, close));
+        assertTrue(connector.disconnect());
+    }
+
+    @Test
+    public void aProviderThatHoldsUpACallDoesNotHoldUpAStop() throws Exception {
+        JmsConnector connector = FakeProvider.connector();
+        assertTrue(connector.connectForInput(true));
+        CountDownLatch take = FakeProvider.block("MessageConsumer.receiveNoWait");
+        Thread reader = new Thread(connector::receiveTextMessage);
+        reader.start();
+        TestBroker.waitUntil("reading", () -> FakeProvider.CALLS.contains("MessageConsumer.receiveNoWait"));
+        long start = System.nanoTime();
+        assertFalse(connector.disconnect());
+        assertTrue(System.nanoTime() - start < 2_000_000_000L);
+        assertTrue(LogCapture.lines(), LogCapture.lines().contains("does not return from a call"));
+        assertEquals(List.of("Connection.close"), FakeProvider.callsTo("Connection.close"));
+        take.countDown();
+        reader.join();
     }
 
     @Test
@@ -221,7 +205,9 @@ public class ConnectingTest {
         leaving.start();
         assertTrue(LogCapture.lines(), broker.durable("t", "taken").connectForInput(true));
         leaving.join();
+        LogCapture.clear();
         assertTrue("browsing needs no client ID", broker.durable("t", "taken").connectForInput(false));
+        assertEquals("and leaves its holder alone", "", LogCapture.lines());
     }
 
     @Test

@@ -12,6 +12,7 @@ import org.apache.activemq.ActiveMQConnectionFactory;
 import org.apache.activemq.broker.BrokerPlugin;
 import org.apache.activemq.broker.BrokerService;
 import org.apache.activemq.broker.TransportConnector;
+import org.apache.activemq.broker.region.DestinationStatistics;
 import org.apache.activemq.command.ActiveMQQueue;
 import org.apache.activemq.command.ActiveMQTopic;
 
@@ -65,6 +66,15 @@ final class TestBroker implements AutoCloseable {
     /** Ends every connection on the broker's side, as a broken network does. */
     void cut() throws Exception {
         for (var connection : service.getTransportConnectors().get(0).getConnections()) connection.stop();
+    }
+
+    /** What the broker counts for a queue. */
+    DestinationStatistics counts(String queue) {
+        try {
+            return service.getDestination(queueNamed(queue)).getDestinationStatistics();
+        } catch (Exception e) {
+            throw new AssertionError(e);
+        }
     }
 
     int connections() { return service.getTransportConnectors().get(0).getConnections().size(); }
