@@ -1,5 +1,5 @@
-// An adapter's connection errors: the last thousand texts, fewer where they are long, because an error may hold
-// a whole message. Each is also given to the error sink as it is added.
+// An adapter's connection errors: the last thousand texts, fewer where they are long, because an error may
+// hold a whole message. Each is also given to the error sink as it is added.
 #pragma once
 
 #include <deque>
