@@ -149,6 +149,7 @@ TEST_F(Configuration, CheckNamesWhatWouldBeTakenForSomethingElse) {
         "[connection]\ndataFormat = \"XML\"\nconnectionFactory = \"C\"\n"
         "jndiContextFactory = \"F\"\njndiURL = \"tcp://h:1\"\ndestinationType = \"TOPIC\"\n"
         "destinationName = \"D\"\n";
+    ::setenv("KEL_HOME", "/nowhere", 1);
     EXPECT_EQ(host::connectionProblems(read(good)), Texts());
     struct {
         Texts overrides;
@@ -160,6 +161,11 @@ TEST_F(Configuration, CheckNamesWhatWouldBeTakenForSomethingElse) {
          {"delimiter is missing; it must be the text between two values, such as \",\"."}},
         {{"connection.dataFormat=CUSTOM"},
          {"converterClassName is missing; it must be the full name of the converter's Java class."}},
+        {{"connection.dataFormat=FIX", "connection.fixVersion=9.9"},
+         {"fixMessageType is missing; it must be the type of the messages wanted, such as \"D\": all others "
+          "are "
+          "skipped.",
+          "fixVersion is \"9.9\"; its dictionary /nowhere/etc/fix/dictionary9.9.txt cannot be read."}},
         {{"connection.destinationType=queue"},
          {"destinationType is \"queue\"; allowed are \"QUEUE\", \"TOPIC\"."}},
         {{"connection.subscriptionMode=durable"},
