@@ -3,6 +3,7 @@
 #include <toml++/toml.h>
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <optional>
 #include <set>
 
@@ -33,16 +34,20 @@ std::string describe(const toml::node& node) {
 // Reads one document into Settings; every fault becomes a problem and reading goes on.
 class Reader {
 public:
-    Reader(std::string file, std::vector<std::string>& problems)
-        : file_(std::move(file)), problems_(problems) {}
+    explicit Reader(std::string file) : file_(std::move(file)) {}
 
-    Settings read(const std::vector<std::string>& overrides) {
+    std::optional<Settings> read(const std::vector<std::string>& overrides) {
+        std::ifstream in(file_);
+        if (!in || !fs::is_regular_file(file_)) {
+            problems_.push_back({0, file_ + " cannot be read; it must be a configuration file in TOML."});
+            return std::nullopt;
+        }
         toml::table document;
         try {
-            document = toml::parse_file(file_);
+            document = toml::parse(in, file_);
         } catch (const toml::parse_error& error) {
             problem(error.source(), "the file is no TOML: " + std::string(error.description()) + ".");
-            return {};
+            return std::nullopt;
         }
         for (const std::string& override : overrides) apply(override, document);
         for (const auto& [name, section] : document) readSection(name.str(), section);
@@ -50,12 +55,24 @@ public:
         return std::move(settings_);
     }
 
+    // In the order of the file; what the overrides brought comes first.
+    std::vector<std::string> problems() {
+        std::stable_sort(problems_.begin(), problems_.end(),
+                         [](const Problem& one, const Problem& other) { return one.line < other.line; });
+        std::vector<std::string> sentences;
+        for (const Problem& found : problems_) sentences.push_back(found.sentence);
+        return sentences;
+    }
+
 private:
-    // Values put in by an override have no place in the file.
+    struct Problem {
+        std::uint32_t line;  // 0: a value put in by an override, which has no place in the file
+        std::string sentence;
+    };
+
     void problem(const toml::source_region& where, const std::string& sentence) {
-        std::string place = where.begin ? file_ : "--set";
-        if (where.begin) place += ":" + std::to_string(where.begin.line);
-        problems_.push_back(place + ": " + sentence);
+        const std::string place = where.begin ? file_ + ":" + std::to_string(where.begin.line) : "--set";
+        problems_.push_back({where.begin.line, place + ": " + sentence});
     }
     void problem(const toml::node& node, const std::string& sentence) { problem(node.source(), sentence); }
 
@@ -63,7 +80,7 @@ private:
         const size_t equals = override.find('=');
         const size_t dot = override.find('.');
         if (equals == std::string::npos || dot == std::string::npos || dot > equals) {
-            problems_.push_back("--set " + override + ": this is not of the form section.name=value.");
+            problems_.push_back({0, "--set " + override + ": this is not of the form section.name=value."});
             return;
         }
         const std::string section = override.substr(0, dot);
@@ -112,6 +129,7 @@ private:
     }
 
     void refuse(const ConfigurationKey& key, const toml::node& value, const std::string& allowed) {
+        if (std::string_view(key.section) == "connection") settings_.malformed.insert(key.name);
         problem(value, std::string(key.section) + '.' + key.name + " is " + describe(value) +
                            "; allowed is " + allowed + ".");
     }
@@ -287,20 +305,22 @@ private:
     }
 
     std::string file_;
-    std::vector<std::string>& problems_;
+    std::vector<Problem> problems_;
     Settings settings_;
 };
 
 }  // namespace
 
-Settings readSettings(const std::string& file, const std::vector<std::string>& overrides,
-                      std::vector<std::string>& problems) {
-    Settings settings = Reader(file, problems).read(overrides);
+std::optional<Settings> readSettings(const std::string& file, const std::vector<std::string>& overrides,
+                                     std::vector<std::string>& problems) {
+    Reader reader(file);
+    std::optional<Settings> settings = reader.read(overrides);
+    for (std::string& problem : reader.problems()) problems.push_back(std::move(problem));
     if (problems.empty()) {
-        if (settings.streamName.empty())
+        if (settings->streamName.empty())
             problems.push_back(file +
                                ": the section [stream] has no name; it needs one, as in name = \"Trades\".");
-        if (settings.columns.empty())
+        if (settings->columns.empty())
             problems.push_back(file +
                                ": the section [stream] has no columns; it needs at least one, as in "
                                "columns = [{ name = \"Symbol\", type = \"string\" }].");
@@ -310,13 +330,13 @@ Settings readSettings(const std::string& file, const std::vector<std::string>& o
 
 Settings loadSettings(const std::string& file, const std::vector<std::string>& overrides) {
     std::vector<std::string> problems;
-    Settings settings = readSettings(file, overrides, problems);
+    std::optional<Settings> settings = readSettings(file, overrides, problems);
     for (const std::string& problem : problems) say(problem);
     if (!problems.empty())
         throw Failure(std::to_string(problems.size()) + (problems.size() == 1 ? " problem" : " problems") +
                           " in the configuration; nothing was started.",
                       kBadConfiguration);
-    return settings;
+    return std::move(*settings);
 }
 
 }  // namespace host

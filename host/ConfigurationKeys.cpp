@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <numeric>
 #include <vector>
 
 namespace host {
@@ -46,20 +45,25 @@ constexpr ConfigurationKey kKeys[] = {
     {"host", "logLevel", kInteger},
 };
 
-// How many letters must be changed, added or removed to make one word of the other; case does not count.
+// How many letters must be changed, added, removed or exchanged with their neighbour to make one word of the
+// other; case does not count.
 size_t distance(std::string_view one, std::string_view other) {
-    const auto lower = [](char c) { return std::tolower(static_cast<unsigned char>(c)); };
-    std::vector<size_t> row(other.size() + 1);
-    std::iota(row.begin(), row.end(), size_t{0});
-    for (size_t i = 0; i < one.size(); ++i) {
-        size_t diagonal = row[0]++;
-        for (size_t j = 0; j < other.size(); ++j) {
-            const size_t substituted = diagonal + (lower(one[i]) == lower(other[j]) ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({substituted, row[j] + 1, row[j + 1] + 1});
+    const auto isSame = [](char a, char b) {
+        return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b));
+    };
+    std::vector<std::vector<size_t>> table(one.size() + 1, std::vector<size_t>(other.size() + 1));
+    for (size_t i = 0; i <= one.size(); ++i) {
+        for (size_t j = 0; j <= other.size(); ++j) {
+            size_t& least = table[i][j];
+            least = std::max(i, j);
+            if (i == 0 || j == 0) continue;
+            const size_t changed = table[i - 1][j - 1] + (isSame(one[i - 1], other[j - 1]) ? 0 : 1);
+            least = std::min({table[i - 1][j] + 1, table[i][j - 1] + 1, changed});
+            if (i > 1 && j > 1 && isSame(one[i - 1], other[j - 2]) && isSame(one[i - 2], other[j - 1]))
+                least = std::min(least, table[i - 2][j - 2] + 1);
         }
     }
-    return row.back();
+    return table.back().back();
 }
 
 template <typename Words>

@@ -12,7 +12,23 @@ namespace host {
 
 namespace {
 
-// A message's text may be part of a line: it must neither break it nor steer the terminal.
+constexpr std::string_view kEraseLine = "\r\x1b[K";
+
+std::mutex terminalLock;  // guards standard error and what follows
+std::string shownStatus;  // "" when there is none
+
+// Nobody is left to be told when standard error itself cannot be written.
+void put(const std::string& text) {
+    [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
+}
+
+// The cursor goes back to the line's begin: what others print, the JVM say, then replaces the status.
+std::string statusLine() { return shownStatus.empty() ? std::string() : shownStatus + '\r'; }
+
+std::string eraseStatus() { return shownStatus.empty() ? std::string() : std::string(kEraseLine); }
+
+}  // namespace
+
 std::string oneLine(std::string_view text) {
     std::string line;
     for (const char c : text) {
@@ -32,16 +48,27 @@ std::string oneLine(std::string_view text) {
     return line;
 }
 
-}  // namespace
-
 void say(std::string_view text) {
-    static std::mutex lock;
     const std::string line = oneLine(text) + '\n';
-    const std::lock_guard guard(lock);
-    // Nobody is left to be told when standard error itself cannot be written.
-    [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, line.data(), line.size());
+    const std::lock_guard guard(terminalLock);
+    put(eraseStatus() + line + statusLine());
 }
 
 void sayModified(const std::string& prefix, const char* text) { say(prefix + toUtf8(text)); }
+
+bool canShowStatus() { return ::isatty(STDERR_FILENO) == 1; }
+
+void showStatus(std::string_view text) {
+    if (!canShowStatus()) return;
+    const std::lock_guard guard(terminalLock);
+    shownStatus = text;
+    put(std::string(kEraseLine) + statusLine());
+}
+
+void hideStatus() {
+    const std::lock_guard guard(terminalLock);
+    if (!shownStatus.empty()) put(std::string(kEraseLine));
+    shownStatus.clear();
+}
 
 }  // namespace host

@@ -21,10 +21,20 @@ public:
     const int code;
 };
 
-// Writes the text as one line to standard error; control characters are shown as escapes. Any thread.
+// The text in one line: control characters as escapes, so that a message's text neither breaks the line nor
+// steers the terminal.
+std::string oneLine(std::string_view text);
+
+// Writes the text as one line to standard error. Any thread.
 void say(std::string_view text);
 
 // The same for a text in modified UTF-8, as the adapter's are.
 void sayModified(const std::string& prefix, const char* text);
+
+// The last line of the terminal, renewed in place; lines that are said push it down. Does nothing where
+// standard error is no terminal.
+void showStatus(std::string_view text);
+void hideStatus();
+bool canShowStatus();
 
 }  // namespace host

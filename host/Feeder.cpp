@@ -8,11 +8,10 @@
 
 namespace host {
 
-Feeder::Feeder(std::string file, Context& context, RowType& rowType, Parameters& parameters,
-               std::function<void()> onFailure)
+Feeder::Feeder(std::string file, Session& session, std::function<void()> onFailure)
     : file_(std::move(file)),
       onFailure_(std::move(onFailure)),
-      sender_(context, rowType, parameters),
+      sender_(session.context, session.rowType, session.settings.connection),
       thread_([this] { run(); }) {}
 
 Feeder::~Feeder() { close(); }
@@ -74,7 +73,7 @@ void Feeder::sendAll() {
     std::string line;
     for (int64_t sent = 0; mayGoOn(sent) && std::getline(in, line); ++sent) {
         try {
-            sender_.sendLine(line);
+            sender_.send(line);
         } catch (const Failure& failure) {
             throw Failure(file_ + ":" + std::to_string(sent + 1) + ": " + failure.what());
         }

@@ -9,8 +9,8 @@
 #include <string>
 #include <thread>
 
-#include "host/Configuration.h"
 #include "host/Sender.h"
+#include "host/Session.h"
 
 namespace host {
 
@@ -18,8 +18,7 @@ class Feeder {
 public:
     // Starts sending the file's lines on a thread of its own; "-" is standard input. `onFailure` is called on
     // that thread after the one sentence that says what failed.
-    Feeder(std::string file, Context& context, RowType& rowType, Parameters& parameters,
-           std::function<void()> onFailure);
+    Feeder(std::string file, Session& session, std::function<void()> onFailure);
     ~Feeder();  // as close
     Feeder(const Feeder&) = delete;
     Feeder& operator=(const Feeder&) = delete;

@@ -1,13 +1,10 @@
 #include "host/Run.h"
 
-#include <algorithm>
 #include <atomic>
-#include <chrono>
+#include <fstream>
 #include <memory>
 #include <mutex>
 
-#include "host/ClassPath.h"
-#include "host/Configuration.h"
 #include "host/Console.h"
 #include "host/Feeder.h"
 #include "host/Installation.h"
@@ -15,6 +12,7 @@
 #include "host/Output.h"
 #include "host/Plugin.h"
 #include "host/RowFormat.h"
+#include "host/RunReport.h"
 #include "host/Signals.h"
 #include "host/toolkit/ModifiedUtf8.h"
 
@@ -22,20 +20,13 @@ namespace host {
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
-double secondsSince(Clock::time_point start, Clock::time_point end) {
-    return std::chrono::duration<double>(end - start).count();
-}
-
 // The adapter, created, wired and deleted.
 class LoadedAdapter {
 public:
-    LoadedAdapter(const Plugin& plugin, Context& context, RowType& rowType, Parameters& parameters)
-        : plugin_(plugin), handle_(plugin.createAdapter()) {
-        plugin.setCallBackReference(handle_, &context);
-        plugin.setConnectionRowType(handle_, &rowType);
-        plugin.setConnectionParams(handle_, &parameters);
+    LoadedAdapter(const Plugin& plugin, Session& session) : plugin_(plugin), handle_(plugin.createAdapter()) {
+        plugin.setCallBackReference(handle_, &session.context);
+        plugin.setConnectionRowType(handle_, &session.rowType);
+        plugin.setConnectionParams(handle_, &session.settings.connection);
     }
     ~LoadedAdapter() { plugin_.deleteAdapter(handle_); }
     LoadedAdapter(const LoadedAdapter&) = delete;
@@ -59,62 +50,38 @@ private:
     std::atomic<bool> isStopped_{false};
 };
 
-// Tells of bad messages for which the adapter gave no reason, at most once a second.
-class SilentBadMessages {
-public:
-    explicit SilentBadMessages(const std::string& stream) : stream_(stream) {}
-
-    void add(int64_t count, Clock::time_point now) {
-        untold_ += count;
-        if (now - told_ >= std::chrono::seconds(1)) tell(now);
-    }
-    void tell(Clock::time_point now) {
-        if (untold_ == 0) return;
-        say(std::to_string(untold_) + (untold_ == 1 ? " message was" : " messages were") +
-            " counted as bad without a reason from the adapter: for another stream than \"" + stream_ +
-            "\", or refused by the connector, which then says so above.");
-        untold_ = 0;
-        told_ = now;
-    }
-
-private:
-    std::string stream_;
-    int64_t untold_ = 0;
-    Clock::time_point told_;
-};
-
 std::unique_ptr<RowFormat> makeFormat(const std::string& name, const RowType& type, const Output& output) {
     if (name == "csv") return makeCsv(type, output.isAtStart());
     if (name == "table") return makeTable(type);
     return makeJsonLines(type);
 }
 
-struct Totals {
-    int64_t total = 0;
-    int64_t good = 0;
-    int64_t bad = 0;
-    double seconds = 0;  // from "ready" to the last message
-};
-
+// The input thread's work: next row, write it, commit, until something ends it.
 class Loop {
 public:
-    Loop(LoadedAdapter& adapter, const RowType& type, const RunOptions& options, Output& output,
-         const std::atomic<int64_t>& errors)
+    Loop(LoadedAdapter& adapter, const Session& session, const RunOptions& options, Output& output)
         : adapter_(adapter),
+          session_(session),
           options_(options),
           output_(output),
-          format_(makeFormat(options.output, type, output)),
-          errors_(errors),
-          silent_(toUtf8(type.streamName)) {}
+          format_(makeFormat(options.output, session.rowType, output)),
+          silent_(toUtf8(session.rowType.streamName)) {}
 
-    Totals run(Feeder* feeder) {
+    void run(Feeder* feeder) {
         const Clock::time_point start = Clock::now();
-        last_ = start;
-        while (!adapter_.isStopped() && !isAtEnd()) step(feeder);
-        silent_.tell(last_);
-        totals_.seconds = secondsSince(start, last_);
-        return totals_;
+        lastMessage_ = start;
+        {
+            StatusLine status(start);
+            while (!adapter_.isStopped() && !isAtEnd()) {
+                const Clock::time_point now = step(feeder);
+                status.update(totals_, now);
+            }
+        }
+        silent_.tell(lastMessage_);
+        seconds_ = secondsBetween(start, lastMessage_);
     }
+
+    void sayTotals() const { host::sayTotals(totals_, seconds_); }
 
 private:
     bool isAtEnd() const {
@@ -122,104 +89,95 @@ private:
         return hasRows || (options_.idle > 0 && idle_ >= options_.idle);
     }
 
-    void step(Feeder* feeder) {
+    Clock::time_point step(Feeder* feeder) {
         const Plugin& plugin = adapter_.plugin();
-        const int64_t errorsBefore = errors_;
+        const int64_t errorsBefore = session_.errors;
         const std::unique_ptr<ServerRow> row(static_cast<ServerRow*>(plugin.getNext(adapter_.handle())));
-        if (row) {
-            text_.clear();
-            format_->append(*row, text_);
-            output_.write(text_);
-        }
+        if (row) write(*row);
         const Clock::time_point now = Clock::now();
         const int64_t total = plugin.getTotalRowsProcessed(adapter_.handle());
         if (total == totals_.total) {
-            idle_ = secondsSince(last_, now);
-            return;
+            idle_ = secondsBetween(lastMessage_, now);
+            silent_.add(0, now);
+            return now;
         }
         // The row is in the system's hands: only now may the provider forget its message.
         plugin.commitTransaction(adapter_.handle());
         totals_.total = total;
         totals_.good = plugin.getNumberOfGoodRows(adapter_.handle());
         const int64_t bad = plugin.getNumberOfBadRows(adapter_.handle());
-        if (bad > totals_.bad && errors_ == errorsBefore) silent_.add(bad - totals_.bad, now);
+        if (bad > totals_.bad && session_.errors == errorsBefore) silent_.add(bad - totals_.bad, now);
         totals_.bad = bad;
-        last_ = now;
+        lastMessage_ = now;
         idle_ = 0;
         if (feeder != nullptr) feeder->taken(total);
+        return now;
+    }
+
+    void write(const ServerRow& row) {
+        text_.clear();
+        format_->append(row, text_);
+        if (output_.isTerminal()) hideStatus();
+        output_.write(text_);
     }
 
     LoadedAdapter& adapter_;
+    const Session& session_;
     const RunOptions& options_;
     Output& output_;
     std::unique_ptr<RowFormat> format_;
-    const std::atomic<int64_t>& errors_;
     SilentBadMessages silent_;
     Totals totals_;
     std::string text_;
-    Clock::time_point last_;
+    Clock::time_point lastMessage_;
     double idle_ = 0;
+    double seconds_ = 0;
 };
 
-void sayTotals(const Totals& totals) {
-    char text[160];
-    const double rate = totals.seconds > 0 ? static_cast<double>(totals.good) / totals.seconds : 0;
-    std::snprintf(text, sizeof text, "total %lld, good %lld, bad %lld, %.3f s, %.0f rows/s",
-                  static_cast<long long>(totals.total), static_cast<long long>(totals.good),
-                  static_cast<long long>(totals.bad), totals.seconds, rate);
-    say(text);
+void checkReadable(const std::string& feed) {
+    if (!feed.empty() && feed != "-" && !std::ifstream(feed))
+        throw Failure("The file " + feed + " cannot be read; --feed needs one with a message in each line.");
+}
+
+void reset(LoadedAdapter& adapter, const Session& session) {
+    if (adapter.plugin().reset(adapter.handle())) return;
+    if (adapter.isStopped()) throw Failure("Stopped before the connection was ready.");
+    throw Failure(session.errors > 0 ? "The adapter refuses to start; the reason stands above."
+                                     : "The adapter cannot connect; the connector's warning above says why.");
 }
 
 }  // namespace
 
 int runRows(const RunOptions& options) {
-    Settings settings = loadSettings(options.config, options.overrides);
-    const std::string path = classPath(settings);
-    provideKelHome();
-    if (std::string error; !loadCatalogue(catalogueFile(), error)) say(error);
-    const std::string pluginName = !options.plugin.empty() ? options.plugin : settings.plugin;
-    const Plugin plugin(!pluginName.empty() ? pluginName : pluginFile().string());
+    checkReadable(options.feed);
     Output output(options.out);
-    startJvm(path, settings.jvmOptions);
+    Session session(options.session);
+    const std::string pluginName = !options.plugin.empty() ? options.plugin : session.settings.plugin;
+    const Plugin plugin(!pluginName.empty() ? pluginName : pluginFile().string());
 
-    std::atomic<int64_t> errors{0};
-    setErrorSink([&errors](const char* text) {
-        ++errors;
-        sayModified("error: ", text);
-    });
-    Context context;
-    context.adapterName = settings.streamName;
-    context.logLevel = options.logLevel.value_or(settings.logLevel);
-    context.log = [](int level, const char* text) {
-        sayModified("log " + std::to_string(level) + ": ", text);
-    };
-    RowType rowType(settings.streamName, settings.columns);
-
-    LoadedAdapter adapter(plugin, context, rowType, settings.connection);
+    LoadedAdapter adapter(plugin, session);
     SignalWatch signals([&adapter] {
         const JvmThread thisThread;
         adapter.stop();
     });
-    if (!plugin.reset(adapter.handle())) {
-        if (adapter.isStopped()) throw Failure("Stopped before the connection was ready.");
-        throw Failure(errors > 0 ? "The adapter refuses to start; the reason stands above."
-                                 : "The adapter cannot connect; the connector's warning above says why.");
-    }
+    reset(adapter, session);
     say("ready");
     plugin.start(adapter.handle());
 
     std::atomic<bool> feedFailed{false};
     std::unique_ptr<Feeder> feeder;
     if (!options.feed.empty()) {
-        feeder = std::make_unique<Feeder>(options.feed, context, rowType, settings.connection, [&] {
+        // Not before reset succeeded: a topic needs its subscriber first.
+        feeder = std::make_unique<Feeder>(options.feed, session, [&] {
             feedFailed = true;
             adapter.stop();
         });
     }
-    const Totals totals = Loop(adapter, rowType, options, output, errors).run(feeder.get());
+    Loop loop(adapter, session, options, output);
+    loop.run(feeder.get());
     adapter.stop();
     if (feeder) feeder->close();
-    sayTotals(totals);
+    loop.sayTotals();
     return feedFailed ? kFailed : kDone;
 }
 

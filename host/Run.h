@@ -2,22 +2,20 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string>
-#include <vector>
+
+#include "host/Session.h"
 
 namespace host {
 
 struct RunOptions {
-    std::string config;
-    std::vector<std::string> overrides;  // section.name=value
-    std::string plugin;                  // "": the configured one, else the one beside this program
-    std::string feed;                    // "": nothing is fed
-    std::int64_t rows = 0;               // end after so many good rows; 0: no such end
-    double idle = 0;                     // end after so many seconds with nothing waiting; 0: no such end
-    std::string output = "jsonl";        // jsonl, csv, table
-    std::string out;                     // "": standard output
-    std::optional<int> logLevel;
+    SessionOptions session;
+    std::string plugin;            // "": the configured one, else the one beside this program
+    std::string feed;              // "": nothing is fed
+    std::int64_t rows = 0;         // end after so many good rows; 0: no such end
+    double idle = 0;               // end after so many seconds with nothing waiting; 0: no such end
+    std::string output = "jsonl";  // jsonl, csv, table
+    std::string out;               // "": standard output
 };
 
 // The exit code. Throws Failure.

@@ -86,8 +86,8 @@ bool Sender::reset() {
 
 void Sender::stop() { jms_.disconnect(); }
 
-void Sender::sendLine(const std::string& line) {
-    if (isObjectArray_ ? sendObjectArray(line) : sendText(line)) return;
+void Sender::send(const std::string& text) {
+    if (isObjectArray_ ? sendObjectArray(text) : sendText(text)) return;
     jms_.exceptionOccurred(jms_.getJniEnv());
     throw Failure("the message could not be sent; the connector's warning above says why.");
 }

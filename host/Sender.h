@@ -1,12 +1,11 @@
 // Puts messages on the configured destination, through the same bridge that the adapter receives through.
 #pragma once
 
-#include <istream>
 #include <map>
 #include <string>
 
 #include "adapter/Adapter.h"
-#include "host/Configuration.h"
+#include "host/toolkit/HostContext.h"
 #include "jms/JmsUtils.h"
 
 namespace host {
@@ -23,9 +22,9 @@ public:
     bool reset() override;
     void stop() override;  // disconnects
 
-    // Sends one line of a file as one message: for object arrays a JSON array of strings and nulls, its
-    // elements as they stand; else a text message. Throws Failure.
-    void sendLine(const std::string& line);
+    // Sends a text, a file's line say, as one message: for object arrays a JSON array of strings and nulls,
+    // its elements as they stand; else a text message. Throws Failure.
+    void send(const std::string& text);
 
     // An adapter that only sends.
     void* getNext() override { return nullptr; }

@@ -14,6 +14,7 @@
 #include "adapter/Adapter.h"
 
 class JmsUtils;
+class NewFixUtils;
 namespace xml {
 class Pattern;
 }
@@ -52,6 +53,7 @@ private:
     enum class Received { kRow, kNothing, kBad };
     Received receive();
     Received receiveText();
+    Received receiveFix();
     Received receiveObjectArray();
     Received receiveCustom();
     bool placeToken(const std::string& token, int field, const std::string& text);
@@ -94,6 +96,7 @@ private:
     std::string dateFormat_ = "%s";
     std::string timestampFormat_ = "%s";
 
+    std::unique_ptr<NewFixUtils> fix_;
     std::unique_ptr<JmsUtils> jms_;
     std::unique_ptr<xml::Pattern> elementPattern_;
     std::unique_ptr<xml::Pattern> attributePattern_;

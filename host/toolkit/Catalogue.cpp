@@ -41,13 +41,10 @@ std::string filled(std::string_view text, std::span<const char* const> parameter
 
 bool Catalogue::load(const std::string& file, std::string& error) {
     std::ifstream in(file);
-    if (!in) {
-        error = "The message catalogue " + file + " cannot be read; messages are shown as their keys.";
-        return false;
-    }
+    error = in ? "" : "cannot be read";
     decltype(texts_) texts;
     std::string line;
-    for (int number = 1; std::getline(in, line); ++number) {
+    for (int number = 1; error.empty() && std::getline(in, line); ++number) {
         const std::string_view content = trimmed(line);
         if (content.empty() || content.front() == '#') continue;
         const size_t equals = content.find('=');
@@ -55,18 +52,17 @@ bool Catalogue::load(const std::string& file, std::string& error) {
         std::string text = key + ": ";
         if (equals == std::string_view::npos || key.empty() ||
             !appendModifiedUtf8(trimmed(content.substr(equals + 1)), text)) {
-            error = "The message catalogue " + file + " has in line " + std::to_string(number) +
-                    " something else than \"key = text\" in UTF-8; messages are shown as their keys.";
-            return false;
-        }
-        if (!texts.emplace(key, std::move(text)).second) {
-            error = "The message catalogue " + file + " has the key " + key + " a second time in line " +
-                    std::to_string(number) + "; messages are shown as their keys.";
-            return false;
+            error = "has something else than \"key = text\" in UTF-8 in line " + std::to_string(number);
+        } else if (!texts.emplace(key, std::move(text)).second) {
+            error = "has a key for the second time in line " + std::to_string(number);
         }
     }
-    texts_ = std::move(texts);
-    return true;
+    if (error.empty()) {
+        texts_ = std::move(texts);
+        return true;
+    }
+    error = "The message catalogue " + file + ' ' + error + "; messages are shown as their keys.";
+    return false;
 }
 
 char* Catalogue::newText(const char* key, std::span<const char* const> parameters) const {

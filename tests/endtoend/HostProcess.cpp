@@ -9,20 +9,8 @@
 #include <algorithm>
 #include <fstream>
 #include <sstream>
-#include <thread>
 
 namespace endtoend {
-
-// Whether the condition comes true within the time.
-template <typename Condition>
-bool within(Seconds limit, Condition condition) {
-    const auto end = std::chrono::steady_clock::now() + limit;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > end) return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    return true;
-}
 
 Scratch::Scratch() {
     std::string name = (std::filesystem::temp_directory_path() / "kel-test-XXXXXX").string();

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <filesystem>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace endtoend {
@@ -28,6 +29,17 @@ private:
 
 std::string read(const std::string& path);  // "" when it is not there
 size_t lineCount(const std::string& path);
+
+// Whether the condition comes true within the time.
+template <typename Condition>
+bool within(Seconds limit, Condition condition) {
+    const auto end = std::chrono::steady_clock::now() + limit;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > end) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return true;
+}
 
 class HostProcess {
 public:

@@ -1,4 +1,6 @@
 // The receive loop, its counters, stop and commit.
+#include <algorithm>
+#include <cstdlib>
 #include <set>
 
 #include "jmsin/MessageKeys.h"
@@ -68,6 +70,48 @@ TEST_F(Lifecycle, TakesObjectArraysAndCustomMessages) {
                   isCustom ? (Calls{std::string(keys::kGetNext) + ")", std::string(keys::kRowBufSize) + ")"})
                            : (Calls{std::string(keys::kGetNext) + ")"}));
     }
+}
+
+TEST_F(Lifecycle, TakesFixMessagesOfTheTypeAlone) {
+    const auto receive = [&](const std::vector<std::string>& texts) {
+        jvm.script["receiveTextMessage"].clear();
+        for (std::string text : texts) {
+            std::replace(text.begin(), text.end(), '|', '\1');
+            jvm.script["receiveTextMessage"].push_back({fake::string(text), JNI_TRUE, false});
+        }
+        return adapter.getNext() != nullptr;
+    };
+    setenv("KEL_HOME", KEL_SOURCE_DIR, 1);
+    start("FIX", {{"fixVersion", "4.2"}, {"fixMessageType", "D"}});
+    const std::string kOrder = "8=FIX.4.2|35=D|55=IBM|44=25.5|";
+    EXPECT_TRUE(receive({"8=FIX.4.2|35=8|55=A|44=1|", "8=FIX.4.4|35=D|55=B|", "8=FIX.4.2|", kOrder}));
+    EXPECT_EQ(counters(), "4 1 0");
+    EXPECT_TRUE(
+        receive({"35=8|44=1|", "8=FIX.4.2|35=D|55=ACME|"}));  // no field of a skipped one is left over
+    EXPECT_FALSE(receive({"8=FIX.4.2|35=8|", ""}));
+    EXPECT_EQ(counters(), "7 2 0");
+    EXPECT_EQ(toolkit.posted, (Calls{"i IBM,25.5", "i ACME,null"}));
+    EXPECT_FALSE(receive({"8=FIX|35=D|"}));  // too short to hold a version
+    EXPECT_EQ(counters(), "8 2 1");
+    toolkit.columns.push_back({"NoFieldOfFix"});
+    EXPECT_FALSE(receive({kOrder}));
+    EXPECT_EQ(counters(), "9 2 2");
+    toolkit.columns.pop_back();
+    EXPECT_TRUE(receive({kOrder}));
+    EXPECT_EQ(counters(), "10 3 2");
+    std::vector<std::string> flood(200000, "8=FIX.4.2|35=8|");
+    flood.emplace_back("");
+    EXPECT_FALSE(receive(flood));
+    EXPECT_EQ(counters(), "200010 3 2");
+}
+
+TEST_F(Lifecycle, ADictionaryThatIsNotThereMakesEveryFixMessageBad) {
+    setenv("KEL_HOME", "/nonexistent", 1);
+    start("FIX", {{"fixVersion", "4.2"}, {"fixMessageType", "D"}});
+    EXPECT_EQ(toolkit.errors, (Calls{"Cannot open file /nonexistent/etc/fix/dictionary4.2.txt"}));
+    nextText("8=FIX.4.2\00135=D\001");
+    EXPECT_EQ(adapter.getNext(), nullptr);
+    EXPECT_EQ(counters(), "1 0 1");
 }
 
 TEST_F(Lifecycle, EndsWithStopAndNotWithARequest) {
