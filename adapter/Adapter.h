@@ -25,8 +25,8 @@ public:
     virtual ~Adapter();
     virtual void* getNext() = 0;          // the next server row, or null
     virtual void putNext(void* row) = 0;  // takes a row, in an output adapter
-    virtual void putNextBlock(void** rows, int count,
-                              bool flag);  // putNext for each of the first `count` rows
+    // putNext for each of the first `count` rows.
+    virtual void putNextBlock(void** rows, int count, bool flag);
     virtual void start();
     virtual void stop() = 0;
     virtual void stopRequested();  // raises stopRequestedFlag; any thread
@@ -78,7 +78,7 @@ public:
 
     // The key in the control stream's current transaction: -1 without a transaction, 0 when it is empty.
     int64_t getLastProcessedGDKeyFromControlStream();
-    // Posts the key and the flag to the control stream; false when the toolkit takes the row or the post not.
+    // Posts the key and the flag to the control stream; false when the toolkit refuses the row or the post.
     bool updateTruncateStream(long long key, bool flag);
     void addAdapterStatistics(AdapterStatistics* statistics, std::string name, std::string value);
 

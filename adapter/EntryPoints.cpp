@@ -30,7 +30,7 @@ int handOut(const std::vector<bool>& flags, bool** out) {
     return static_cast<int>(flags.size());
 }
 
-bool discovered(Adapter& adapter, const char* table, const char* schema) {
+bool runDiscovery(Adapter& adapter, const char* table, const char* schema) {
     const std::string name = table != nullptr ? table : "";
     return schema != nullptr ? adapter.discover(schema, name) : adapter.discover(name);
 }
@@ -88,22 +88,22 @@ int getTableNames(void* handle, char*** names, const char* schema) {
 
 int getFieldNames(void* handle, char*** names, const char* table, const char* schema) {
     Adapter& adapter = adapterOf(handle);
-    return discovered(adapter, table, schema) ? handOut(adapter.fieldNames, names) : -1;
+    return runDiscovery(adapter, table, schema) ? handOut(adapter.fieldNames, names) : -1;
 }
 
 int getFieldTypes(void* handle, char*** types, const char* table, const char* schema) {
     Adapter& adapter = adapterOf(handle);
-    return discovered(adapter, table, schema) ? handOut(adapter.fieldTypes, types) : -1;
+    return runDiscovery(adapter, table, schema) ? handOut(adapter.fieldTypes, types) : -1;
 }
 
 int getFieldKeys(void* handle, bool** flags, const char* table, const char* schema) {
     Adapter& adapter = adapterOf(handle);
-    return discovered(adapter, table, schema) ? handOut(adapter.fieldKeys, flags) : -1;
+    return runDiscovery(adapter, table, schema) ? handOut(adapter.fieldKeys, flags) : -1;
 }
 
 int getSampleRow(void* handle, char*** values, const char* table, const char* schema, int row) {
     Adapter& adapter = adapterOf(handle);
-    if (!discovered(adapter, table, schema)) return -1;
+    if (!runDiscovery(adapter, table, schema)) return -1;
     if (row >= static_cast<int>(adapter.sampleRows.size())) return 0;
     return handOut(adapter.sampleRows[static_cast<size_t>(row)], values);
 }

@@ -23,6 +23,10 @@ inline constexpr Method kInitInConverter = {"initInConverter", "(Ljava/lang/Stri
 inline constexpr Method kInitOutConverter = {"initOutConverter", "(Ljava/lang/String;Ljava/lang/String;)Z"};
 inline constexpr Method kDisconnect = {"disconnect", "()Z"};
 
+// Methods looked up where they are called.
+inline constexpr Method kUncached[] = {kConstructor,     kConnectForInput,  kConnectForOutput,
+                                       kInitInConverter, kInitOutConverter, kDisconnect};
+
 // Methods called for every message: looked up by `init`, in this order.
 struct CachedMethod {
     jmethodID JmsUtils::*id;

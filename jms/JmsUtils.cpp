@@ -1,6 +1,7 @@
 // Attaching to the JVM, the connector's life, commit and disconnect.
 #include "jms/JmsUtils.h"
 
+#include <algorithm>
 #include <array>
 
 #include "adapter/Adapter.h"
@@ -46,6 +47,9 @@ void nameColumns(JNIEnv* env, Adapter& adapter, int count,
 }
 
 }  // namespace
+
+JmsUtils::JmsUtils() = default;
+JmsUtils::~JmsUtils() = default;
 
 void JmsUtils::reset(Adapter* owner) { adapter = owner; }
 
@@ -97,7 +101,7 @@ bool JmsUtils::init(const std::string& connectionFactory, const std::string& des
     const LocalRef<jstring> clientText = newString(env, clientID);
     const LocalRef<jstring> subscriptionText = newString(env, subscriptionName);
 
-    const int count = bindSchema ? adapter->getColumnCount() : 0;
+    const int count = bindSchema ? std::max(0, adapter->getColumnCount()) : 0;
     if (count > kMaxColumns) return report("Too many columns for the JMS connector");
     const LocalRef<jintArray> kinds(env, bindSchema ? newColumnKinds(env, *adapter, count) : nullptr);
     const LocalRef<jclass> stringClass(env, bindSchema ? env->FindClass(contract::kStringClass) : nullptr);
@@ -110,12 +114,12 @@ bool JmsUtils::init(const std::string& connectionFactory, const std::string& des
 
     const jmethodID constructor = find(env, connectorClass.get(), contract::kConstructor);
     const LocalRef<jobject> created(
-        env, constructor == nullptr
-                 ? nullptr
-                 : env->NewObject(connectorClass.get(), constructor, factoryText.get(), typeText.get(),
-                                  nameText.get(), static_cast<jboolean>(durable ? JNI_TRUE : JNI_FALSE),
-                                  kinds.get(), names.get(), mappedNames.get(), contextText.get(),
-                                  urlText.get(), clientText.get(), subscriptionText.get()));
+        env,
+        constructor == nullptr
+            ? nullptr
+            : env->NewObject(connectorClass.get(), constructor, factoryText.get(), typeText.get(),
+                             nameText.get(), toJava(durable), kinds.get(), names.get(), mappedNames.get(),
+                             contextText.get(), urlText.get(), clientText.get(), subscriptionText.get()));
     const jobject previous = connector;
     connector = created ? env->NewGlobalRef(created.get()) : nullptr;
     if (previous != nullptr) env->DeleteGlobalRef(previous);
@@ -134,10 +138,8 @@ bool JmsUtils::connect(jclass connectorClass, bool forInput, bool bindSchema) {
     const jmethodID method =
         find(env, connectorClass, forInput ? contract::kConnectForInput : contract::kConnectForOutput);
     if (method == nullptr) return false;
-    const jboolean connected =
-        forInput ? env->CallBooleanMethod(connector, method,
-                                          static_cast<jboolean>(bindSchema ? JNI_TRUE : JNI_FALSE))
-                 : env->CallBooleanMethod(connector, method);
+    const jboolean connected = forInput ? env->CallBooleanMethod(connector, method, toJava(bindSchema))
+                                        : env->CallBooleanMethod(connector, method);
     return connected == JNI_TRUE;
 }
 

@@ -3,10 +3,12 @@
 //
 // Threads: the thread that runs `init` is attached to the JVM and its environment is kept; every other
 // operation but `disconnect` must run on that thread. `disconnect` may run on any. No thread is detached and
-// no lock is taken. Before a successful `init` every operation returns false without touching the JVM.
+// no lock is taken. Without a JVM or a connector every operation but `init` returns false without touching
+// the JVM.
 //
-// Failures return false; a Java exception is described on standard error and cleared. Texts pass through in
-// the JVM's modified UTF-8, unconverted, in both directions.
+// Failures return false. A Java exception is described on standard error and cleared by `init`, the receives and
+// `commitTransaction`; after `initConverter`, `disconnect` and the sends it stays pending until one of those looks.
+// Texts pass through in the JVM's modified UTF-8, unconverted, in both directions.
 #pragma once
 
 #include <jni.h>
@@ -18,8 +20,8 @@ class Adapter;
 
 class JmsUtils {
 public:
-    JmsUtils() = default;
-    virtual ~JmsUtils() = default;  // the connector lives on until the JVM ends
+    JmsUtils();
+    virtual ~JmsUtils();  // the connector lives on until the JVM ends
     JmsUtils(const JmsUtils&) = delete;
     JmsUtils& operator=(const JmsUtils&) = delete;
 
@@ -38,7 +40,8 @@ public:
     bool exceptionOccurred(JNIEnv* environment);
 
     // Attaches the calling thread, creates the connector and connects it: as a consumer when `forInput`, else
-    // as a producer. `bindSchema` hands it the columns' type codes, names and names mapped by `columnMap`,
+    // as a producer. `bindSchema` hands it the columns' kinds (low byte of the type
+    // code), names and names mapped by `columnMap`,
     // and has it consume; without, it only connects, for browsing. A connector of an earlier `init` is
     // dropped, not disconnected. At most 4096 columns.
     bool init(const std::string& connectionFactory, const std::string& destinationType,
@@ -68,8 +71,7 @@ public:
     // a null opcode is 'p'.
     bool receiveCustomMessage(const std::string& streamName, void* row);
 
-    // ---- one message out. True when the connector took it; a null field is a null element. A Java exception
-    // stays pending until the next operation that looks for one.
+    // ---- one message out. True when the connector took it; a null field is a null element.
 
     bool sendTextMessage(const std::string& text, void* row);
     bool sendObjectArrayMessage(const std::string& streamName, void* row, bool withStreamNameOpcode);

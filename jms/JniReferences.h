@@ -4,6 +4,8 @@
 
 #include <jni.h>
 
+inline jboolean toJava(bool flag) { return flag ? JNI_TRUE : JNI_FALSE; }
+
 template <typename T>
 class LocalRef {
 public:

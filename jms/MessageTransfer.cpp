@@ -1,16 +1,15 @@
 // One message between the Java connector and a row. Receiving is the hot path: one call into Java a message,
 // no look-ups, every reference and character buffer given back as soon as its text is copied.
+#include "jms/JmsUtils.h"
+
 #include "adapter/Adapter.h"
 #include "jms/ConnectorMethods.h"
-#include "jms/JmsUtils.h"
 #include "jms/JniReferences.h"
 
 namespace {
 
 constexpr jsize kPrefixLength = 2;  // stream name, opcode
 constexpr char kDefaultCustomOp = 'p';
-
-jboolean toJava(bool flag) { return flag ? JNI_TRUE : JNI_FALSE; }
 
 // A string element of an array with its characters; both null for a null element.
 struct Element {

@@ -96,7 +96,7 @@ void JmsInAdapter::readMessageLayout() {
     getParam("timestampFormat", timestampFormat_);
 }
 
-// True unless the parameter is there and is no non-zero integer.
+// Absent: true. Present: whether its integer value is non-zero.
 bool JmsInAdapter::readFlag(const char* name) {
     return !doesConnectionParamExist(connectionParams, name) ||
            getConnectionParamInt64_t(connectionParams, name) != 0;

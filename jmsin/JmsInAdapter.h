@@ -8,11 +8,13 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "adapter/Adapter.h"
 
 class JmsUtils;
+class NewFixUtils;
 namespace xml {
 class Pattern;
 }
@@ -40,8 +42,7 @@ public:
 
     // Lays a message's text into the connection row: field strings and opcode. False: the message is for
     // another stream, or is malformed, which the connection errors then say; fields set before stay set.
-    // `allFields`: every token is a field, whether or not messages begin with stream name and opcode. The
-    // text is changed while the call runs and is as before when it returns.
+    // `allFields`: every token is a field, whether or not messages begin with stream name and opcode.
     bool parseCsvMessage(std::string& text, bool allFields);
 
     // The same for the first self-closing element of the text. `names`, when given, gets the name of every
@@ -51,12 +52,12 @@ public:
 private:
     enum class Received { kRow, kNothing, kBad };
     Received receive();
-    Received receiveText(bool (JmsInAdapter::*parse)(std::string&));
+    Received receiveText();
+    Received receiveFix();
     Received receiveObjectArray();
     Received receiveCustom();
-    bool parseCsvRow(std::string& text) { return parseCsvMessage(text, false); }
-    bool parseXmlRow(std::string& text) { return parseXmlMessage(text, nullptr); }
-    bool matchesStream(const char* name);
+    bool placeToken(const std::string& token, int field, const std::string& text);
+    bool matchesStream(std::string_view name);
 
     bool readDataFormat();
     bool readFormatParams();
@@ -95,10 +96,13 @@ private:
     std::string dateFormat_ = "%s";
     std::string timestampFormat_ = "%s";
 
+    std::unique_ptr<NewFixUtils> fix_;
+    std::unique_ptr<JmsUtils> jms_;
     std::unique_ptr<xml::Pattern> elementPattern_;
     std::unique_ptr<xml::Pattern> attributePattern_;
     void* row_ = nullptr;  // the connection row, cleared and filled for every message
-    std::unique_ptr<JmsUtils> jms_;
     std::map<std::string, std::string> columnMap_;  // no parameter fills it
-    std::string text_;                              // the message in hand; kept for its capacity
+    // The message and the token in hand; kept for their capacity.
+    std::string text_;
+    std::string token_;
 };

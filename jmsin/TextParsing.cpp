@@ -1,6 +1,4 @@
 // CSV and XML messages into the connection row.
-#include <cstring>
-
 #include "jmsin/JmsInAdapter.h"
 #include "jmsin/MessageKeys.h"
 #include "jmsin/XmlPatterns.h"
@@ -10,62 +8,22 @@ namespace {
 
 constexpr char kOpcodeAttribute[] = "KEL_OPS";
 
-// Ends a token with a NUL where it stands in the text, for a setter that wants one, and puts back what stood
-// there. Spares a copy of every field.
-class TokenInPlace {
-public:
-    TokenInPlace(std::string& text, size_t begin, size_t end)
-        : begin_(text.data() + begin), end_(text.data() + end), saved_(*end_) {
-        *end_ = '\0';
-    }
-    ~TokenInPlace() { *end_ = saved_; }
-    TokenInPlace(const TokenInPlace&) = delete;
-    TokenInPlace& operator=(const TokenInPlace&) = delete;
-
-    bool empty() const { return begin_ == end_; }
-    const char* get() const { return begin_; }
-    const char* getOrNull() const { return empty() ? nullptr : begin_; }
-
-private:
-    char* begin_;
-    char* end_;
-    char saved_;
-};
+// Where a CSV token goes when it is no field.
+constexpr int kStreamName = -2;
+constexpr int kOpcode = -1;
 
 }  // namespace
 
-bool JmsInAdapter::matchesStream(const char* name) { return std::strcmp(name, callGetStreamName()) == 0; }
+bool JmsInAdapter::matchesStream(std::string_view name) { return name == callGetStreamName(); }
 
 bool JmsInAdapter::parseCsvMessage(std::string& text, bool allFields) {
     trace(keys::kParseCsv);
-    // The field that a token goes to: -2 is the stream name, -1 the opcode.
-    constexpr int kStreamName = -2;
-    constexpr int kOpcode = -1;
     int field = allFields || !expectStreamNameOpcode_ ? 0 : kStreamName;
-    size_t begin = 0;
-    for (;;) {
+    for (size_t begin = 0;;) {
         const size_t found = delimiter_.empty() ? std::string::npos : text.find(delimiter_, begin);
         const bool isLast = found == std::string::npos;
-        const char* fault = nullptr;
-        {
-            const TokenInPlace token(text, begin, isLast ? text.size() : found);
-            if (field == kStreamName) {
-                if (token.empty()) {
-                    fault = keys::kNoStreamName;
-                } else if (!matchesStream(token.get())) {
-                    return false;
-                }
-            } else if (field == kOpcode) {
-                if (token.empty()) {
-                    fault = keys::kNoStreamOp;
-                } else {
-                    setOp(row_, *token.get());
-                }
-            } else {
-                setFieldAsStringWithIndex(row_, field, token.getOrNull());
-            }
-        }
-        if (fault != nullptr) return refuse(fault, text);
+        token_.assign(text, begin, isLast ? found : found - begin);
+        if (!placeToken(token_, field, text)) return false;
         ++field;
         if (isLast) break;
         begin = found + delimiter_.size();
@@ -80,6 +38,17 @@ bool JmsInAdapter::parseCsvMessage(std::string& text, bool allFields) {
     return true;
 }
 
+bool JmsInAdapter::placeToken(const std::string& token, int field, const std::string& text) {
+    if (field == kStreamName) return token.empty() ? refuse(keys::kNoStreamName, text) : matchesStream(token);
+    if (field == kOpcode) {
+        if (token.empty()) return refuse(keys::kNoStreamOp, text);
+        setOp(row_, token.front());
+    } else {
+        setFieldAsStringWithIndex(row_, field, token.empty() ? nullptr : token.c_str());
+    }
+    return true;
+}
+
 bool JmsInAdapter::parseXmlMessage(std::string& text, std::vector<std::string>* names) {
     trace(keys::kParseXml);
     const std::string_view whole = text;
@@ -88,8 +57,7 @@ bool JmsInAdapter::parseXmlMessage(std::string& text, std::vector<std::string>* 
     };
     const auto element = elementPattern_->match(whole);
     if (!element) return refuse(keys::kParseXmlFailed);
-    if (matchStreamName_ && !matchesStream(textOf(whole, element->nameBegin, element->nameEnd).c_str()))
-        return false;
+    if (matchStreamName_ && !matchesStream(textOf(whole, element->nameBegin, element->nameEnd))) return false;
 
     size_t position = element->valueBegin;
     while (position < element->valueEnd) {

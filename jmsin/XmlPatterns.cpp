@@ -61,14 +61,15 @@ std::optional<Match> scanAttribute(std::string_view text) {
     return Match{nameBegin, nameEnd, quote + 1, stop, stop + 1};
 }
 
-Pattern::Pattern(const char* pattern, Scanner scanner) : limits_(), scanner_(scanner) {
+Pattern::Pattern(const char* pattern, Scanner scanner) : scanner_(scanner) {
     const char* error = nullptr;
     int errorOffset = 0;
     code_ = pcre_compile(pattern, 0, &error, &errorOffset, nullptr);
-    study_ = code_ != nullptr ? pcre_study(code_, PCRE_STUDY_JIT_COMPILE, &error) : nullptr;
-    if (study_ != nullptr) limits_ = *study_;
-    limits_.flags |= PCRE_EXTRA_MATCH_LIMIT | PCRE_EXTRA_MATCH_LIMIT_RECURSION;
-    limits_.match_limit = limits_.match_limit_recursion = kMatchLimit;
+    study_ = code_ != nullptr ? pcre_study(code_, PCRE_STUDY_JIT_COMPILE | PCRE_STUDY_EXTRA_NEEDED, &error)
+                              : nullptr;
+    if (study_ == nullptr) return;
+    study_->flags |= PCRE_EXTRA_MATCH_LIMIT | PCRE_EXTRA_MATCH_LIMIT_RECURSION;
+    study_->match_limit = study_->match_limit_recursion = kMatchLimit;
 }
 
 Pattern::~Pattern() {
@@ -78,9 +79,9 @@ Pattern::~Pattern() {
 
 std::optional<Match> Pattern::match(std::string_view text) const {
     if (code_ == nullptr) return std::nullopt;
-    if (text.size() > kMatchTextLimit) return scanner_(text);
+    if (study_ == nullptr || text.size() > kMatchTextLimit) return scanner_(text);
     int offsets[9];
-    const int found = pcre_exec(code_, &limits_, text.data(), static_cast<int>(text.size()), 0, 0, offsets,
+    const int found = pcre_exec(code_, study_, text.data(), static_cast<int>(text.size()), 0, 0, offsets,
                                 std::size(offsets));
     switch (found) {
         case 3:  // the whole match and two groups

@@ -42,7 +42,6 @@ public:
 private:
     pcre* code_;
     pcre_extra* study_;
-    pcre_extra limits_;
     Scanner scanner_;
 };
 

@@ -65,7 +65,8 @@ uint32_t getColumnDatatype(void* callback, void* rowType, int index);  // 6 when
 bool isKeyColumn(void* callback, void* rowType, int index);            // false when out of range
 const char* getStreamName(void* callback, void* rowType);
 
-// ---- connection rows (handle: the row); a null value makes the field null
+// ---- connection rows (handle: the row); a null value makes the field null. A field that was never set below
+// one that was reads as null. A negative index, and any index on a "RowByNames" row, is refused.
 void* createConnectionRow(const char* rowType);  // "RowByOrder" or "RowByNames"
 void deleteConnectionRow(void* row);
 void clearData(void* row);  // no fields, no opcode

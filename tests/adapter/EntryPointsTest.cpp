@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+
 #include "jmsin/JmsInAdapter.h"
 #include "tests/doubles/FakeJvm.h"
 #include "tests/doubles/FakeToolkit.h"
@@ -14,11 +16,27 @@ using Strings = std::vector<std::string>;
 struct FoundAdapter : Adapter {
     bool found = true;
     std::string asked;
-    void* getNext() override { return nullptr; }
-    void putNext(void*) override {}
-    void stop() override {}
-    bool reset() override { return true; }
-    bool canDiscover() override { return true; }
+    std::string called;
+    void* getNext() override { return called = "getNext", fake::handle("row"); }
+    void putNext(void* row) override { called = row == fake::handle("row") ? "putNext" : "?"; }
+    void start() override { called = "start"; }
+    void stop() override { called = "stop"; }
+    bool reset() override { return called = "reset", true; }
+    bool canDiscover() override { return called = "canDiscover", true; }
+    int64_t commitTransaction() override { return called = "commitTransaction", 1LL << 40; }
+    void putStartSync() override { called = "putStartSync"; }
+    void putEndSync() override { called = "putEndSync"; }
+    void purgePending() override { called = "purgePending"; }
+    void cleanup() override { called = "cleanup"; }
+    void getStatistics(AdapterStatistics* s) override {
+        called = s == fake::handle("s") ? "getStatistics" : "?";
+    }
+    bool createTable(const char* schema, const char* table, unsigned long count, const char** names,
+                     const char** types, const bool* keys, bool flag1, bool flag2) override {
+        called = std::string(schema) + table + std::to_string(count) + names[0] + types[0] +
+                 std::to_string(keys[0]) + std::to_string(flag1) + std::to_string(flag2);
+        return true;
+    }
     using Adapter::discover;
     using Adapter::discoverTables;
     bool discover(std::string table) override {
@@ -131,7 +149,38 @@ TEST_F(EntryPoints, ReadTheAdaptersFields) {
     EXPECT_EQ(adapter.callbackReference, fake::handle("cb"));
     EXPECT_EQ(adapter.connectionRowType, fake::handle("type"));
     EXPECT_EQ(adapter.connectionParams, fake::handle("params"));
-    EXPECT_EQ(createTable(handle, "s", "t", 0, nullptr, nullptr, nullptr, false, false), 0);
+}
+
+TEST_F(EntryPoints, ReachTheirOperations) {
+    const std::pair<const char*, void (*)(void*)> kVoid[] = {
+        {"start", start},
+        {"stop", stop},
+        {"putStartSync", putStartSync},
+        {"putEndSync", putEndSync},
+        {"purgePending", purgePending},
+        {"cleanup", cleanup},
+        {"putNext", [](void* a) { putNext(a, fake::handle("row")); }},
+        {"getStatistics",
+         [](void* a) { getStatistics(a, static_cast<AdapterStatistics*>(fake::handle("s"))); }},
+        {"reset", [](void* a) { EXPECT_TRUE(reset(a)); }},
+        {"canDiscover", [](void* a) { EXPECT_TRUE(canDiscover(a)); }},
+        {"getNext", [](void* a) { EXPECT_EQ(getNext(a), fake::handle("row")); }},
+        {"commitTransaction", [](void* a) { EXPECT_EQ(commitTransaction(a), 1LL << 40); }},
+    };
+    for (const auto& [name, use] : kVoid) {
+        use(handle);
+        EXPECT_EQ(adapter.called, name);
+    }
+    const char* names[] = {"n"};
+    const char* types[] = {"y"};
+    const bool keyFlags[] = {true};
+    EXPECT_EQ(createTable(handle, "s", "t", 7, names, types, keyFlags, false, true), 1);
+    EXPECT_EQ(adapter.called, "st7ny101");
+    setState(handle, 5);
+    EXPECT_EQ(getState(handle), 5);
+    char* text = nullptr;
+    EXPECT_EQ(getError(handle, &text), 7);
+    delete[] text;
 }
 
 TEST_F(EntryPoints, AnswerFalseForEveryCapability) {
@@ -147,6 +196,8 @@ TEST_F(EntryPoints, AnswerFalseForEveryCapability) {
 TEST(EntryPointsOfTheJmsAdapter, AreHarmlessBeforeReset) {
     auto& toolkit = fake::fresh();
     void* handle = createAdapter();
+    EXPECT_EQ(getNext(handle), nullptr);
+    EXPECT_EQ(getTotalRowsProcessed(handle), 0);
     stop(handle);
     EXPECT_EQ(toolkit.state, 4);
     EXPECT_EQ(getNext(handle), nullptr);

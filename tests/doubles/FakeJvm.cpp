@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cstdarg>
+#include <cstdlib>
 #include <cstring>
+#include <utility>
 
 #include "toolkit/kel_java_native.h"
 
@@ -89,6 +91,7 @@ Answer call(jmethodID method, va_list arguments) {
 
 jclass findClass(JNIEnv*, const char* name) {
     enter("FindClass");
+    jvm->lookUps.push_back(std::string("FindClass(") + name + ")");
     if (jvm->missing == name) {
         jvm->pending = true;
         return nullptr;
@@ -99,6 +102,7 @@ jclass findClass(JNIEnv*, const char* name) {
 jmethodID getMethodId(JNIEnv*, jclass type, const char* name, const char* signature) {
     static std::map<std::string, MethodId> ids;
     valueOf(type);
+    jvm->lookUps.push_back(std::string("GetMethodID(") + name + ")");
     if (jvm->missing == name) {
         jvm->pending = true;
         return nullptr;
@@ -116,7 +120,7 @@ jobject newObjectV(JNIEnv*, jclass type, jmethodID constructor, va_list argument
 
 jobject callObjectV(JNIEnv*, jobject object, jmethodID method, va_list arguments) {
     enter("CallObjectMethod");
-    valueOf(object);
+    if (!valueOf(object)) fault("a call on a null object");
     const Answer answer = call(method, arguments);
     // A void method called for an object leaves a word that is no reference.
     if (reinterpret_cast<MethodId*>(method)->signature.ends_with("V")) {
@@ -128,6 +132,8 @@ jobject callObjectV(JNIEnv*, jobject object, jmethodID method, va_list arguments
 jboolean callBooleanV(JNIEnv*, jobject object, jmethodID method, va_list arguments) {
     enter("CallBooleanMethod");
     if (!valueOf(object)) fault("a call on a null object");
+    const auto* id = reinterpret_cast<MethodId*>(method);
+    if (id != nullptr && !id->signature.ends_with("Z")) fault(id->name + " is no boolean method");
     return call(method, arguments).flag;
 }
 
@@ -150,6 +156,7 @@ JNINativeInterface_ nativeTable() {
     table.DeleteLocalRef = [](JNIEnv*, jobject object) { drop(jvm->locals, object, "local"); };
     table.NewStringUTF = [](JNIEnv*, const char* text) {
         enter("NewStringUTF");
+        jvm->lookUps.push_back(std::string("NewStringUTF(") + text + ")");
         return static_cast<jstring>(local(string(text)));
     };
     table.GetStringUTFChars = [](JNIEnv*, jstring text, jboolean*) -> const char* {
@@ -168,6 +175,7 @@ JNINativeInterface_ nativeTable() {
     };
     table.NewObjectArray = [](JNIEnv*, jsize length, jclass type, jobject) {
         enter("NewObjectArray");
+        jvm->lookUps.emplace_back("NewObjectArray");
         valueOf(type);
         const auto made = std::make_shared<Object>(Object{"Array", "", {}, {}});
         made->elements.resize(static_cast<size_t>(length));
@@ -185,6 +193,7 @@ JNINativeInterface_ nativeTable() {
     };
     table.NewIntArray = [](JNIEnv*, jsize length) {
         enter("NewIntArray");
+        jvm->lookUps.emplace_back("NewIntArray");
         const auto made = std::make_shared<Object>(Object{"int[]", "", {}, {}});
         made->numbers.resize(static_cast<size_t>(length));
         return static_cast<jintArray>(local(made));
@@ -244,7 +253,7 @@ Jvm::~Jvm() {
 
 void Jvm::answer(const std::string& method, const Answer& what) { script[method] = {what}; }
 
-std::vector<std::string> Jvm::takeCalls() { return std::move(calls); }
+std::vector<std::string> Jvm::takeCalls() { return std::exchange(calls, {}); }
 
 std::string Jvm::leftOver(size_t globalCount) {
     std::string text;

@@ -7,7 +7,7 @@
 #include <cstring>
 #include <memory>
 #include <set>
-#include <sstream>
+#include <utility>
 
 #include "toolkit/kel_adapter_util.h"
 #include "toolkit/kel_intl.h"
@@ -99,7 +99,9 @@ Toolkit& fresh() {
     return *current;
 }
 
-std::vector<std::string> Toolkit::takeCalls() { return std::move(calls); }
+size_t Toolkit::liveRows() const { return fake::liveRows.size(); }
+
+std::vector<std::string> Toolkit::takeCalls() { return std::exchange(calls, {}); }
 std::vector<std::string> Toolkit::takeCalls(const std::string& function) {
     std::vector<std::string> taken;
     for (const std::string& call : takeCalls()) {

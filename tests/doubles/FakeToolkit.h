@@ -43,6 +43,8 @@ struct Toolkit {
     std::vector<void*> controlRows;  // what the transaction of a control stream holds
     bool hasTransaction = true;
 
+    size_t liveRows() const;  // connection rows created and not deleted
+
     // The calls of the named functions alone, and none left behind.
     std::vector<std::string> takeCalls();
     std::vector<std::string> takeCalls(const std::string& function);

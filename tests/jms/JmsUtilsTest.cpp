@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "adapter/Adapter.h"
 #include "tests/doubles/FakeJvm.h"
 #include "tests/doubles/FakeToolkit.h"
@@ -74,6 +76,31 @@ TEST_F(Bridge, HandsInTheColumns) {
     toolkit.columns = {{"Symbol", 5}, {"Price", 0x1234501E}, {"Op", 1}};
     columnMap = {{"Price", "px"}, {"op", "case matters"}};
     ASSERT_TRUE(init(true, true));
+    EXPECT_EQ(jvm.lookUps, (Calls{"FindClass(com/morvex/kel/connectors/JmsConnector)",
+                                  "NewStringUTF(CF)",
+                                  "NewStringUTF(ctx)",
+                                  "NewStringUTF(url)",
+                                  "NewStringUTF(QUEUE)",
+                                  "NewStringUTF(Q)",
+                                  "NewStringUTF(id)",
+                                  "NewStringUTF(sub)",
+                                  "NewIntArray",
+                                  "FindClass(java/lang/String)",
+                                  "NewObjectArray",
+                                  "NewObjectArray",
+                                  "NewStringUTF(Symbol)",
+                                  "NewStringUTF(Price)",
+                                  "NewStringUTF(px)",
+                                  "NewStringUTF(Op)",
+                                  "GetMethodID(<init>)",
+                                  "GetMethodID(connectForInput)",
+                                  "GetMethodID(sendTextMessage)",
+                                  "GetMethodID(sendObjectArrayMessage)",
+                                  "GetMethodID(sendCustomMessage)",
+                                  "GetMethodID(receiveTextMessage)",
+                                  "GetMethodID(receiveObjectArrayMessage)",
+                                  "GetMethodID(receiveCustomMessage)",
+                                  "GetMethodID(commitTransaction)"}));
     EXPECT_EQ(jvm.takeCalls(),
               (Calls{"AttachCurrentThread",
                      "<init>(CF,QUEUE,Q,true,[5 30 1],[Symbol Price Op],[null px null],ctx,url,id,sub)",
@@ -138,14 +165,59 @@ TEST_F(Bridge, FailsToInitWithoutLeftovers) {
     }
 }
 
+TEST_F(Bridge, AnInitThatFailsGivesUpTheConnectorOfBefore) {
+    ASSERT_TRUE(init());
+    _globaljvm = nullptr;
+    EXPECT_FALSE(init());
+    EXPECT_EQ(jms.jvm, &jvm.vm);
+    _globaljvm = &jvm.vm;
+    jvm.answer("connectForInput", {nullptr, JNI_FALSE, false});
+    EXPECT_FALSE(init());
+    std::string text;
+    jvm.answer("receiveTextMessage", {fake::string("the ids are there"), JNI_TRUE, false});
+    EXPECT_TRUE(jms.receiveTextMessage(text));
+    jvm.answer("<init>", {nullptr, JNI_FALSE, true});
+    EXPECT_FALSE(init());
+    jvm.takeCalls();
+    EXPECT_FALSE(jms.receiveTextMessage(text) || jms.disconnect());
+    EXPECT_TRUE(jvm.takeCalls().empty());
+    EXPECT_EQ(jvm.leftOver(0), "");
+}
+
 TEST_F(Bridge, InitialisesTheConverter) {
     ASSERT_TRUE(init());
     jvm.takeCalls();
     EXPECT_TRUE(jms.initConverter("C", "param", true));
-    jvm.answer("initOutConverter", {nullptr, JNI_FALSE, false});
-    EXPECT_FALSE(jms.initConverter("C", "param", false));
+    EXPECT_TRUE(jms.initConverter("C", "param", false));
     EXPECT_EQ(jvm.takeCalls(), (Calls{"initInConverter(C,param)", "initOutConverter(C,param)"}));
+    for (const int answer : {0, 2}) {
+        jvm.answer("initInConverter", {nullptr, static_cast<jboolean>(answer), false});
+        jvm.answer("disconnect", {nullptr, static_cast<jboolean>(answer), false});
+        EXPECT_FALSE(jms.initConverter("C", "param", true));
+        EXPECT_FALSE(jms.disconnect());
+    }
     EXPECT_EQ(jvm.leftOver(1), "");
+}
+
+// Only the operations that are to look for an exception do; one that others meet stays for those.
+TEST_F(Bridge, LeavesAnExceptionWhereItDoesNotLook) {
+    ASSERT_TRUE(init());
+    void* row = newRow();
+    const std::pair<const char*, std::function<bool()>> kOperations[] = {
+        {"initInConverter", [&] { return jms.initConverter("C", "p", true); }},
+        {"disconnect", [&] { return jms.disconnect(); }},
+        {"sendTextMessage", [&] { return jms.sendTextMessage("t", row); }},
+        {"sendObjectArrayMessage", [&] { return jms.sendObjectArrayMessage("s", row, true); }},
+        {"sendCustomMessage", [&] { return jms.sendCustomMessage("s", row); }},
+    };
+    for (const auto& [method, use] : kOperations) {
+        SCOPED_TRACE(method);
+        jvm.answer(method, {nullptr, JNI_TRUE, true});
+        EXPECT_FALSE(use());
+        EXPECT_TRUE(jvm.pending);
+        EXPECT_TRUE(jms.exceptionOccurred(&jvm.env));
+        EXPECT_EQ(jvm.leftOver(1), "");
+    }
 }
 
 TEST_F(Bridge, JudgesACommitByTheWordThatTheVoidCallLeaves) {
@@ -162,10 +234,11 @@ TEST_F(Bridge, JudgesACommitByTheWordThatTheVoidCallLeaves) {
 TEST_F(Bridge, DisconnectsOnAnEnvironmentOfItsOwn) {
     ASSERT_TRUE(init());
     jvm.takeCalls();
-    JNIEnv* const kept = jms.env;
+    JNIEnv ofInit = jvm.env;  // another one than the attaching thread gets
+    jms.env = &ofInit;
     EXPECT_TRUE(jms.disconnect());
     EXPECT_EQ(jvm.takeCalls(), (Calls{"AttachCurrentThread", "disconnect()"}));
-    EXPECT_EQ(jms.env, kept);
+    EXPECT_EQ(jms.env, &ofInit);
     EXPECT_EQ(jvm.leftOver(1), "");
 }
 
@@ -222,6 +295,7 @@ TEST_F(Bridge, LaysArraysIntoTheRow) {
         {kCustom, {}, false, "o"},
     };
     void* row = newRow();
+    jvm.lookUps.clear();
     for (const Row& expected : kRows) {
         SCOPED_TRACE(testing::Message() << expected.kind << " " << expected.row);
         adapter.clearData(row);
@@ -240,6 +314,7 @@ TEST_F(Bridge, LaysArraysIntoTheRow) {
                                                       : "receiveObjectArrayMessage(false)"}));
         EXPECT_EQ(jvm.leftOver(1), "");
     }
+    EXPECT_TRUE(jvm.lookUps.empty());  // this is the hot path
     for (const fake::Answer& failure :
          {fake::Answer{nullptr, JNI_TRUE, false}, fake::Answer{nullptr, JNI_TRUE, true}}) {
         jvm.answer("receiveObjectArrayMessage", failure);

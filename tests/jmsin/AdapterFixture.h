@@ -14,7 +14,17 @@ protected:
 
     fake::Toolkit& toolkit = fake::fresh();
     fake::Jvm jvm;
-    JmsInAdapter adapter;
+    std::unique_ptr<JmsInAdapter> owner = std::make_unique<JmsInAdapter>();
+    JmsInAdapter& adapter = *owner;
+
+    // Whatever the test did: no reference, buffer, exception or row is left over.
+    void TearDown() override {
+        owner.reset();
+        EXPECT_EQ(jvm.leftOver(jvm.globals.size()), "");
+        EXPECT_LE(jvm.globals.size(), connectors);
+        EXPECT_EQ(toolkit.liveRows(), 0U);
+    }
+    size_t connectors = 1;  // how many adapters of the test connected
 
     AdapterFixture() {
         adapter.setCallbackReference(fake::handle("cb"));

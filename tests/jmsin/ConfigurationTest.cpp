@@ -55,6 +55,32 @@ TEST_F(Configuration, ReadsInOrderAndStopsAtTheFault) {
                      "destinationType)", "destinationName)", "subscriptionMode)", "clientID)"}));
 }
 
+TEST_F(Configuration, ReadsWhatTheFormatHas) {
+    const auto read = [&](const char* format) {
+        toolkit.params = params(format, {{"destinationType", "TOPIC"},
+                                         {"subscriptionMode", "DURABLE"},
+                                         {"clientID", "c"},
+                                         {"subscriptionName", "s"}});
+        toolkit.takeCalls();
+        EXPECT_TRUE(adapter.getParams());
+        std::string names;
+        for (const std::string& call : toolkit.takeCalls()) {
+            const size_t name = call.find("(params,");
+            if (name != std::string::npos) names += call.substr(name + 8, call.size() - name - 9) + " ";
+        }
+        return names;
+    };
+    const std::string kCommon =
+        "connectionFactory jndiContextFactory jndiURL destinationType destinationName "
+        "subscriptionMode clientID subscriptionName batchsize ";
+    const std::string kFormats = "timeFormat dateFormat timestampFormat ";
+    EXPECT_EQ(read("CSV"), "dataFormat delimiter " + kCommon + "expectStreamNameOpcode " + kFormats);
+    EXPECT_EQ(read("XML"), "dataFormat " + kCommon + "matchStreamName " + kFormats);
+    EXPECT_EQ(read("FIX"), "dataFormat fixMessageType fixVersion " + kCommon + kFormats);
+    EXPECT_EQ(read("OBJECTARRAY"), "dataFormat " + kCommon + "expectStreamNameOpcode ");
+    EXPECT_EQ(read("CUSTOM"), "dataFormat converterClassName converterParam " + kCommon);
+}
+
 TEST_F(Configuration, ResetHandsTheParametersOn) {
     const Params kMore = {{"connectionFactory", "CF"}, {"destinationType", "TOPIC"}, {"destinationName", "T"},
                           {"clientID", "id"},          {"subscriptionName", "sub"},  {"timeFormat", "%H"},
@@ -76,7 +102,7 @@ TEST_F(Configuration, ResetHandsTheParametersOn) {
     toolkit.params = params("CUSTOM", {{"converterParam", "p"}, {"dateFormat", "ignored"}});
     toolkit.params["subscriptionMode"] = "DURABLE";
     toolkit.params.insert(kMore.begin(), kMore.end());
-    adapter.discoveryMode = true;
+    connectors = 2;
     JmsInAdapter custom;
     custom.discoveryMode = true;
     ASSERT_TRUE(custom.reset());
@@ -84,6 +110,9 @@ TEST_F(Configuration, ResetHandsTheParametersOn) {
               (Calls{"AttachCurrentThread", "<init>(CF,TOPIC,T,true,null,null,null,ctx,url,id,sub)",
                      "connectForInput(false)", "initInConverter(Conv,p)"}));
     EXPECT_EQ(toolkit.takeCalls("setDateFormat"), (Calls{"setDateFormat(row,%s)"}));
+    toolkit.params["dataFormat"] = "OBJECTARRAY";
+    ASSERT_TRUE(custom.reset());
+    EXPECT_EQ(toolkit.takeCalls("setTimestampFormat"), (Calls{"setTimestampFormat(row,%s)"}));
 }
 
 TEST_F(Configuration, ResetFailsWhereItsStepsFail) {
@@ -99,7 +128,7 @@ TEST_F(Configuration, ResetFailsWhereItsStepsFail) {
 
 TEST_F(Configuration, FlagsAreTrueUnlessZeroOrNoNumber) {
     for (const auto& [value, expected] :
-         std::map<std::string, bool>{{"1", true}, {"2", true}, {"0", false}, {"true", false}}) {
+         std::map<std::string, bool>{{"1", true}, {"2", true}, {"0", false}, {"true", false}, {"", false}}) {
         start("CSV", {{"expectStreamNameOpcode", value}});
         nextText("Trades,i,IBM");
         ASSERT_NE(adapter.getNext(), nullptr);

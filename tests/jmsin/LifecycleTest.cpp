@@ -1,4 +1,8 @@
 // The receive loop, its counters, stop and commit.
+#include <algorithm>
+#include <cstdlib>
+#include <set>
+
 #include "jmsin/MessageKeys.h"
 #include "tests/jmsin/AdapterFixture.h"
 
@@ -37,9 +41,9 @@ TEST_F(Lifecycle, ClearsTheRowBeforeEachMessage) {
     start("CSV");
     nextText("Trades,u,IBM,100");
     adapter.getNext();
-    nextText("Trades,i,HP");
+    nextText("Trades,i,ACME");
     adapter.getNext();
-    EXPECT_EQ(toolkit.posted, (Calls{"u IBM,100", "i HP"}));
+    EXPECT_EQ(toolkit.posted, (Calls{"u IBM,100", "i ACME"}));
 }
 
 TEST_F(Lifecycle, TakesObjectArraysAndCustomMessages) {
@@ -66,6 +70,48 @@ TEST_F(Lifecycle, TakesObjectArraysAndCustomMessages) {
                   isCustom ? (Calls{std::string(keys::kGetNext) + ")", std::string(keys::kRowBufSize) + ")"})
                            : (Calls{std::string(keys::kGetNext) + ")"}));
     }
+}
+
+TEST_F(Lifecycle, TakesFixMessagesOfTheTypeAlone) {
+    const auto receive = [&](const std::vector<std::string>& texts) {
+        jvm.script["receiveTextMessage"].clear();
+        for (std::string text : texts) {
+            std::replace(text.begin(), text.end(), '|', '\1');
+            jvm.script["receiveTextMessage"].push_back({fake::string(text), JNI_TRUE, false});
+        }
+        return adapter.getNext() != nullptr;
+    };
+    setenv("KEL_HOME", KEL_SOURCE_DIR, 1);
+    start("FIX", {{"fixVersion", "4.2"}, {"fixMessageType", "D"}});
+    const std::string kOrder = "8=FIX.4.2|35=D|55=IBM|44=25.5|";
+    EXPECT_TRUE(receive({"8=FIX.4.2|35=8|55=A|44=1|", "8=FIX.4.4|35=D|55=B|", "8=FIX.4.2|", kOrder}));
+    EXPECT_EQ(counters(), "4 1 0");
+    EXPECT_TRUE(
+        receive({"35=8|44=1|", "8=FIX.4.2|35=D|55=ACME|"}));  // no field of a skipped one is left over
+    EXPECT_FALSE(receive({"8=FIX.4.2|35=8|", ""}));
+    EXPECT_EQ(counters(), "7 2 0");
+    EXPECT_EQ(toolkit.posted, (Calls{"i IBM,25.5", "i ACME,null"}));
+    EXPECT_FALSE(receive({"8=FIX|35=D|"}));  // too short to hold a version
+    EXPECT_EQ(counters(), "8 2 1");
+    toolkit.columns.push_back({"NoFieldOfFix"});
+    EXPECT_FALSE(receive({kOrder}));
+    EXPECT_EQ(counters(), "9 2 2");
+    toolkit.columns.pop_back();
+    EXPECT_TRUE(receive({kOrder}));
+    EXPECT_EQ(counters(), "10 3 2");
+    std::vector<std::string> flood(200000, "8=FIX.4.2|35=8|");
+    flood.emplace_back("");
+    EXPECT_FALSE(receive(flood));
+    EXPECT_EQ(counters(), "200010 3 2");
+}
+
+TEST_F(Lifecycle, ADictionaryThatIsNotThereMakesEveryFixMessageBad) {
+    setenv("KEL_HOME", "/nonexistent", 1);
+    start("FIX", {{"fixVersion", "4.2"}, {"fixMessageType", "D"}});
+    EXPECT_EQ(toolkit.errors, (Calls{"Cannot open file /nonexistent/etc/fix/dictionary4.2.txt"}));
+    nextText("8=FIX.4.2\00135=D\001");
+    EXPECT_EQ(adapter.getNext(), nullptr);
+    EXPECT_EQ(counters(), "1 0 1");
 }
 
 TEST_F(Lifecycle, EndsWithStopAndNotWithARequest) {
@@ -119,11 +165,58 @@ TEST_F(Lifecycle, CommitsWholeBatches) {
     EXPECT_TRUE(jvm.takeCalls().empty());
 }
 
-TEST_F(Lifecycle, OnlyLogsRowsPutIntoIt) {
-    toolkit.takeCalls();
+TEST_F(Lifecycle, ACommitThatFailsAndOneBeforeAnyMessage) {
+    start(
+        "XML",
+        {{"subscriptionMode", "DURABLE"}, {"clientID", "c"}, {"subscriptionName", "s"}, {"batchsize", "2"}});
+    jvm.answer("commitTransaction", {nullptr, JNI_TRUE, true});
+    EXPECT_EQ(adapter.commitTransaction(), 0);  // zero is a multiple
+    EXPECT_EQ(jvm.takeCalls(), (Calls{"commitTransaction()", "ExceptionDescribe"}));
+}
+
+// Each operation with the traces that it leaves, in order.
+TEST_F(Lifecycle, TracesItsOperations) {
+    const auto traces = [&] {
+        std::string all;
+        for (const std::string& call : toolkit.takeCalls("logMessage")) {
+            EXPECT_EQ(call.substr(0, 16), "logMessage(cb,7,");
+            all += call.substr(16, call.size() - 17) + " ";
+        }
+        return all;
+    };
+    toolkit.params = params(
+        "XML",
+        {{"subscriptionMode", "DURABLE"}, {"clientID", "c"}, {"subscriptionName", "s"}, {"batchsize", "2"}});
+    ASSERT_TRUE(adapter.reset());
+    EXPECT_EQ(traces(), "300281-7_JMSIN_ADAPTER_RESET 300304-7_JMSIN_ADAPTER_GETPARAM ");
+    nextText("<Trades A='1'/>");
+    EXPECT_EQ(adapter.getNext(), nullptr);
+    EXPECT_EQ(traces(), "300283-7_JMSIN_ADAPTER_GETNEXT 300291-7_JMSIN_ADAPTER_PARSEXMLMSG ");
+    adapter.commitTransaction();
+    EXPECT_EQ(traces(), "300539-7_JMSIN_ADAPTER_COMMITTRANSACTION ");
+    nextText("<Trades A=\"1\" KEL_OPS=\"u\"/>");
+    EXPECT_NE(adapter.getNext(), nullptr);
+    EXPECT_EQ(toolkit.posted.back(), "- A=1,KEL_OPS=u");
+    traces();
+    adapter.commitTransaction();
+    EXPECT_EQ(traces(),
+              "300539-7_JMSIN_ADAPTER_COMMITTRANSACTION "
+              "300540-7_JMSIN_ADAPTER_COMMITTRANSACTION_DURABLE_SUBSCRIPTION_MODE_COMMIT ");
     adapter.putNext(fake::handle("row"));
-    EXPECT_EQ(toolkit.takeCalls("logMessage"),
-              (Calls{std::string("logMessage(cb,7,") + keys::kPutNext + ")"}));
+    EXPECT_EQ(traces(), "300285-7_JMSIN_ADAPTER_PUTNEXT ");
+    adapter.canDiscover();
+    EXPECT_EQ(traces(), "300282-7_JMSIN_ADAPTER_CANDISCOVER ");
+    adapter.stop();
+    EXPECT_EQ(traces(), "300286-7_JMSIN_ADAPTER_STOP ");
+    EXPECT_TRUE(toolkit.takeCalls().empty());
+}
+
+TEST_F(Lifecycle, ASecondResetReplacesTheRow) {
+    start("CSV");
+    toolkit.takeCalls();
+    ASSERT_TRUE(adapter.reset());
+    EXPECT_EQ(toolkit.takeCalls("deleteConnectionRow").size(), 1U);
+    EXPECT_EQ(toolkit.liveRows(), 1U);
 }
 
 TEST_F(Lifecycle, CanDiscoverSomeFormats) {

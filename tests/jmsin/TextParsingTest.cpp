@@ -38,6 +38,8 @@ TEST_F(TextParsing, Csv) {
         {",", false, "a", true, "- a", ""},
         {"::", false, "a:b::c:::d::", true, "- a:b,c,:d,null", ""},
         {"::", true, "Trades::i::a:", true, "i a:", ""},
+        {",", false, "", true, "- null", ""},
+        {",", true, "", false, "-", kNoName},
         {",", false, "\"a,b\"", true, "- \"a,b\"", ""},
     };
     for (const Row& row : kRows) {
@@ -54,6 +56,11 @@ TEST_F(TextParsing, Csv) {
     std::string text = "Trades,p,IBM";
     EXPECT_TRUE(adapter.parseCsvMessage(text, true));
     EXPECT_EQ(fake::show(*toolkit.row), "- Trades,p,IBM");
+    text = std::string("Trades\0,p,IBM", 13);  // a name that only begins like the stream's
+    EXPECT_FALSE(adapter.parseCsvMessage(text, false));
+    text = "Trades,p,IBM";
+    toolkit.takeCalls();
+    EXPECT_TRUE(adapter.parseCsvMessage(text, true));
     EXPECT_EQ(toolkit.takeCalls("logMessage"),
               (Calls{"logMessage(cb,7,300287-7_JMSIN_ADAPTER_PARSECSVMSG)",
                      "logMessage(cb,7,300290-7_JMSIN_ADAPTER_PARSECSVMSG_END)"}));
@@ -89,6 +96,7 @@ TEST_F(TextParsing, Xml) {
         {true, "<Trades Symbol=\"IBM\"></Trades>", false, "-", "", kFailed},
         {true, "", false, "-", "", kFailed},
         {true, "<Trades Symbol='IBM'/>", false, "-", "", std::string(kBadAttribute) + "7"},
+        {true, "text <Trades A='1'/>", false, "-", "", std::string(kBadAttribute) + "12"},
         {true, "<Trades A=\"1\" B/>", false, "- A=1", "A,", std::string(kBadAttribute) + "13"},
         // No line feed before the attributes either: the next element is the one.
         {true, "<Trades\nA=\"1\"/> <Trades B=\"2\"/>", true, "- B=2", "B,", ""},

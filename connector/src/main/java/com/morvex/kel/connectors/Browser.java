@@ -1,0 +1,60 @@
+package com.morvex.kel.connectors;
+
+import java.util.ArrayList;
+import java.util.Enumeration;
+import java.util.List;
+import javax.jms.Destination;
+import javax.jms.JMSException;
+import javax.jms.Message;
+import javax.jms.MessageConsumer;
+import javax.jms.Queue;
+import javax.jms.QueueBrowser;
+import javax.jms.Session;
+
+/**
+ * Looks at messages without taking any off: at those that wait in a queue; for a topic, which keeps none, at
+ * those that arrive within {@code kel.jms.browseMillis}. A session of its own leaves the link's undisturbed.
+ */
+final class Browser {
+    private final Tuning tuning;
+
+    Browser(Tuning tuning) { this.tuning = tuning; }
+
+    /** At most {@code kel.jms.browseLimit} messages, in the destination's order. */
+    List<Message> messages(Link link) throws JMSException {
+        Session session = link.connection().createSession(false, Session.AUTO_ACKNOWLEDGE);
+        try {
+            if (link.destination() instanceof Queue queue) return waiting(session, queue);
+            return arriving(session, link.destination());
+        } finally {
+            session.close();   // with its browser or subscriber
+        }
+    }
+
+    private List<Message> waiting(Session session, Queue queue) throws JMSException {
+        List<Message> found = new ArrayList<>();
+        QueueBrowser browser = session.createBrowser(queue);
+        try {
+            Enumeration<?> messages = browser.getEnumeration();
+            while (found.size() < tuning.browseLimit() && messages.hasMoreElements()) {
+                if (messages.nextElement() instanceof Message message) found.add(message);
+            }
+        } finally {
+            browser.close();
+        }
+        return found;
+    }
+
+    private List<Message> arriving(Session session, Destination topic) throws JMSException {
+        List<Message> found = new ArrayList<>();
+        MessageConsumer subscriber = session.createConsumer(topic);
+        long end = System.nanoTime() + tuning.browseMillis() * 1_000_000;
+        long left = tuning.browseMillis();
+        while (left > 0 && found.size() < tuning.browseLimit()) {
+            Message message = subscriber.receive(left);
+            if (message != null) found.add(message);
+            left = (end - System.nanoTime()) / 1_000_000;
+        }
+        return found;
+    }
+}

@@ -1,0 +1,196 @@
+package com.morvex.kel.connectors;
+
+import java.io.ObjectInputFilter;
+import java.math.BigDecimal;
+import java.math.BigInteger;
+import java.nio.ByteBuffer;
+import java.nio.charset.CharacterCodingException;
+import java.nio.charset.StandardCharsets;
+import java.time.Instant;
+import java.util.ArrayList;
+import java.util.Arrays;
+import java.util.Date;
+import java.util.List;
+import java.util.Locale;
+import javax.jms.BytesMessage;
+import javax.jms.JMSException;
+import javax.jms.MapMessage;
+import javax.jms.Message;
+import javax.jms.MessageEOFException;
+import javax.jms.ObjectMessage;
+import javax.jms.StreamMessage;
+import javax.jms.TextMessage;
+
+/**
+ * Makes a text or an array of texts of a message.
+ *
+ * <p>A message that does not fit is refused with a {@link ConnectorException} saying why and what is allowed;
+ * so is an empty one, which the reader of the result would take for "nothing waiting".
+ */
+final class MessageReader {
+    private static final String VALUES_ALLOWED =
+            "strings, numbers, Booleans, java.math.BigDecimal and java.util.Date";
+
+    private final Tuning tuning;
+
+    MessageReader(Tuning tuning) { this.tuning = tuning; }
+
+    /** The body of a TextMessage, or of a BytesMessage in UTF-8; never empty. */
+    String text(Message message) throws JMSException {
+        String text;
+        if (message instanceof TextMessage textMessage) {
+            text = textMessage.getText();
+        } else if (message instanceof BytesMessage bytesMessage) {
+            text = utf8(bytesMessage);
+        } else {
+            throw new ConnectorException("it is " + kindOf(message)
+                    + ", but the text formats take a TextMessage or a BytesMessage in UTF-8");
+        }
+        if (text == null || text.isEmpty()) throw new ConnectorException("its body is empty");
+        checkSize(text);
+        return text;
+    }
+
+    /** Refuses what must not reach a converter: an unguarded object, a text or bytes beyond the limit. */
+    void checkForConverter(Message message) throws JMSException {
+        checkObjectFilter(message);
+        if (message instanceof BytesMessage bytes) checkSize(bytes.getBodyLength());
+        if (message instanceof TextMessage text && text.getText() != null) checkSize(text.getText());
+    }
+
+    /**
+     * The values of an ObjectMessage or a StreamMessage; at least one field.
+     *
+     * @param prefixLength how many elements stand before the first field
+     */
+    String[] array(Message message, int prefixLength) throws JMSException {
+        List<?> values;
+        if (message instanceof ObjectMessage objectMessage) {
+            values = objectValues(objectMessage);
+        } else if (message instanceof StreamMessage streamMessage) {
+            values = streamValues(streamMessage);
+        } else {
+            throw new ConnectorException("it is " + kindOf(message)
+                    + ", but the object array format takes an ObjectMessage or a StreamMessage");
+        }
+        String[] texts = new String[values.size()];
+        for (int i = 0; i < texts.length; ++i) texts[i] = valueText(values.get(i), i);
+        checkSize(texts);
+        checkFields(texts, prefixLength);
+        return texts;
+    }
+
+    /** Refuses an array without a field. */
+    static void checkFields(String[] texts, int prefixLength) {
+        if (texts.length > prefixLength) return;
+        throw new ConnectorException("its array has " + texts.length + " elements, but must have at least "
+                + (prefixLength + 1) + (prefixLength == 0 ? "" : ": stream name, opcode and a field"));
+    }
+
+    /**
+     * Refuses an object message while nothing limits the classes that reading it would bring to life: the
+     * provider makes the objects before anybody can look at them.
+     */
+    private void checkObjectFilter(Message message) {
+        if (!(message instanceof ObjectMessage) || tuning.trustObjectMessages()) return;
+        if (ObjectInputFilter.Config.getSerialFilter() != null) return;
+        throw new ConnectorException("it is an ObjectMessage, which is read only when the system property"
+                + " jdk.serialFilter limits the classes, or kel.jms.trustObjectMessages is true");
+    }
+
+    private List<?> objectValues(ObjectMessage message) throws JMSException {
+        checkObjectFilter(message);
+        Object body = message.getObject();
+        if (body instanceof Object[] array) return Arrays.asList(array);
+        if (body instanceof List<?> list) return list;
+        throw new ConnectorException("it holds " + (body == null ? "null" : "a " + body.getClass().getName())
+                + ", but must hold a String[], an Object[] or a List");
+    }
+
+    private static List<?> streamValues(StreamMessage message) throws JMSException {
+        List<Object> values = new ArrayList<>();
+        message.reset();
+        try {
+            while (true) values.add(message.readObject());
+        } catch (MessageEOFException end) {
+            return values;
+        }
+    }
+
+    private static String valueText(Object value, int index) {
+        if (value == null) return null;
+        if (value instanceof BigDecimal decimal) return decimal.toPlainString();
+        if (value instanceof Date date) return epochSeconds(date);
+        if (value instanceof String || value instanceof Boolean || value instanceof Character
+                || value instanceof Byte || value instanceof Short || value instanceof Integer
+                || value instanceof Long || value instanceof Float || value instanceof Double
+                || value instanceof BigInteger) {
+            return value.toString();
+        }
+        throw new ConnectorException("its element " + index + " is a " + value.getClass().getTypeName()
+                + ", but only " + VALUES_ALLOWED + " are allowed");
+    }
+
+    /**
+     * Seconds since 1970-01-01 UTC with milliseconds, or microseconds where there are any, such as
+     * 1577934245.250. The reader of such a text adds the fraction to the seconds, so before 1970 the seconds
+     * are rounded down: half a second before is -1.500.
+     */
+    private static String epochSeconds(Date date) {
+        // java.sql.Timestamp has more digits than its milliseconds; java.sql.Date and Time know no instant.
+        String kind = date.getClass().getName();
+        boolean hasInstant = kind.equals("java.util.Date") || kind.equals("java.sql.Timestamp");
+        Instant instant = hasInstant ? date.toInstant() : Instant.ofEpochMilli(date.getTime());
+        int micros = instant.getNano() / 1_000;
+        String fraction = micros % 1_000 == 0 ? String.format(Locale.ROOT, "%03d", micros / 1_000)
+                                              : String.format(Locale.ROOT, "%06d", micros);
+        return instant.getEpochSecond() + "." + fraction;
+    }
+
+    private String utf8(BytesMessage message) throws JMSException {
+        checkSize(message.getBodyLength());
+        byte[] bytes = new byte[(int) message.getBodyLength()];
+        message.reset();
+        if (bytes.length > 0) message.readBytes(bytes);
+        try {
+            return StandardCharsets.UTF_8.newDecoder().decode(ByteBuffer.wrap(bytes)).toString();
+        } catch (CharacterCodingException e) {
+            throw new ConnectorException("its bytes are not UTF-8 (" + Log.reason(e) + "), but must be", e);
+        }
+    }
+
+    private void checkSize(long bytes) {
+        if (bytes <= tuning.maxMessageBytes()) return;
+        throw new ConnectorException("it has " + bytes + " bytes, but at most " + tuning.maxMessageBytes()
+                + " are allowed (system property kel.jms.maxMessageBytes)");
+    }
+
+    /** Counts bytes only where the number of characters leaves it open: counting takes its time. */
+    private void checkSize(String... texts) {
+        long characters = 0;
+        for (String text : texts) characters += text == null ? 0 : text.length();
+        if (3 * characters <= tuning.maxMessageBytes()) return;
+        long bytes = 0;
+        for (String text : texts) bytes += text == null ? 0 : utf8Length(text);
+        checkSize(bytes);
+    }
+
+    private static long utf8Length(String text) {
+        long bytes = 0;
+        for (int i = 0; i < text.length(); ++i) {
+            char c = text.charAt(i);
+            bytes += c < 0x80 ? 1 : 3;
+            if (c >= 0x80 && (c < 0x800 || Character.isSurrogate(c))) --bytes;
+        }
+        return bytes;
+    }
+
+    private static String kindOf(Message message) {
+        if (message instanceof TextMessage) return "a TextMessage";
+        if (message instanceof BytesMessage) return "a BytesMessage";
+        if (message instanceof ObjectMessage) return "an ObjectMessage";
+        if (message instanceof StreamMessage) return "a StreamMessage";
+        if (message instanceof MapMessage) return "a MapMessage";
+        return "a message without a body";
+    }
+}

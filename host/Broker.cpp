@@ -1,0 +1,120 @@
+#include "host/Broker.h"
+
+#include <jni.h>
+
+#include <cstdio>
+#include <future>
+
+#include "host/ClassPath.h"
+#include "host/Console.h"
+#include "host/Jvm.h"
+#include "host/Signals.h"
+#include "jms/JniReferences.h"
+#include "toolkit/kel_java_native.h"
+
+namespace host {
+
+namespace {
+
+const std::string kAddress = "tcp://127.0.0.1:";
+
+// One Java object and calls of its methods by name; a Java exception becomes a Failure with its text.
+class JavaObject {
+public:
+    JavaObject(JNIEnv* env, const char* className) : env_(env) {
+        const LocalRef<jclass> type(env, env->FindClass(className));
+        check();
+        object_ = env->NewObject(type.get(), env->GetMethodID(type.get(), "<init>", "()V"));
+        check();
+    }
+    JavaObject(JNIEnv* env, jobject object) : env_(env), object_(object) {}
+    ~JavaObject() { env_->DeleteLocalRef(object_); }
+    JavaObject(const JavaObject&) = delete;
+    JavaObject& operator=(const JavaObject&) = delete;
+
+    template <typename... Arguments>
+    void call(const char* name, const char* signature, Arguments... arguments) const {
+        const jmethodID method = find(name, signature);
+        env_->CallVoidMethod(object_, method, arguments...);
+        check();
+    }
+
+    template <typename... Arguments>
+    jobject get(const char* name, const char* signature, Arguments... arguments) const {
+        const jmethodID method = find(name, signature);
+        const jobject result = env_->CallObjectMethod(object_, method, arguments...);
+        check();
+        return result;
+    }
+
+    int getInt(const char* name) const {
+        const jint result = env_->CallIntMethod(object_, find(name, "()I"));
+        check();
+        return result;
+    }
+
+    std::string text() const {
+        const LocalRef<jstring> string(env_, static_cast<jstring>(get("toString", "()Ljava/lang/String;")));
+        const UtfChars chars(env_, string.get());
+        return chars ? chars.get() : "";
+    }
+
+private:
+    jmethodID find(const char* name, const char* signature) const {
+        const LocalRef<jclass> type(env_, env_->GetObjectClass(object_));
+        const jmethodID method = env_->GetMethodID(type.get(), name, signature);
+        check();
+        return method;
+    }
+
+    void check() const {
+        const jthrowable thrown = env_->ExceptionOccurred();
+        if (thrown == nullptr) return;
+        env_->ExceptionClear();
+        throw Failure("The broker failed: " + JavaObject(env_, thrown).text() + ".");
+    }
+
+    JNIEnv* env_;
+    jobject object_ = nullptr;
+};
+
+JNIEnv* thisThreadsEnvironment() {
+    void* env = nullptr;
+    _globaljvm->AttachCurrentThread(&env, nullptr);
+    return static_cast<JNIEnv*>(env);
+}
+
+LocalRef<jstring> newString(JNIEnv* env, const std::string& text) {
+    return {env, env->NewStringUTF(text.c_str())};
+}
+
+void configure(JNIEnv* env, const JavaObject& broker, const std::string& data) {
+    broker.call("setUseJmx", "(Z)V", JNI_FALSE);
+    broker.call("setUseShutdownHook", "(Z)V", JNI_FALSE);
+    broker.call("setPersistent", "(Z)V", data.empty() ? JNI_FALSE : JNI_TRUE);
+    if (!data.empty()) broker.call("setDataDirectory", "(Ljava/lang/String;)V", newString(env, data).get());
+}
+
+}  // namespace
+
+int runBroker(const BrokerOptions& options) {
+    startJvm(brokerClassPath(!options.data.empty()), {});
+    JNIEnv* env = thisThreadsEnvironment();
+    const JavaObject broker(env, "org/apache/activemq/broker/BrokerService");
+    configure(env, broker, options.data);
+    const JavaObject connector(
+        env, broker.get("addConnector", "(Ljava/lang/String;)Lorg/apache/activemq/broker/TransportConnector;",
+                        newString(env, kAddress + std::to_string(options.port)).get()));
+    broker.call("start", "()V");
+
+    std::promise<void> stopped;
+    SignalWatch signals([&stopped] { stopped.set_value(); });
+    const JavaObject uri(env, connector.get("getConnectUri", "()Ljava/net/URI;"));
+    std::printf("%s%d\n", kAddress.c_str(), uri.getInt("getPort"));
+    std::fflush(stdout);
+    stopped.get_future().wait();
+    broker.call("stop", "()V");
+    return kDone;
+}
+
+}  // namespace host

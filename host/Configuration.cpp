@@ -1,0 +1,342 @@
+#include "host/Configuration.h"
+
+#include <toml++/toml.h>
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <set>
+
+#include "host/ConfigurationKeys.h"
+#include "host/Console.h"
+#include "host/toolkit/ModifiedUtf8.h"
+#include "host/toolkit/Text.h"
+#include "host/toolkit/ValueTyping.h"
+
+namespace fs = std::filesystem;
+
+namespace host {
+
+namespace {
+
+constexpr int kHighestLogLevel = 7;
+
+std::string describe(const toml::node& node) {
+    if (const auto* text = node.as_string()) return "the text " + inQuotes(text->get());
+    if (const auto* number = node.as_integer()) return "the integer " + std::to_string(number->get());
+    if (const auto* flag = node.as_boolean()) return flag->get() ? "true" : "false";
+    if (node.is_floating_point()) return "a number with a fraction";
+    if (node.is_array()) return "a list";
+    if (node.is_table()) return "a table";
+    return "a date or time";
+}
+
+// Reads one document into Settings; every fault becomes a problem and reading goes on.
+class Reader {
+public:
+    explicit Reader(std::string file) : file_(std::move(file)) {}
+
+    std::optional<Settings> read(const std::vector<std::string>& overrides) {
+        std::ifstream in(file_);
+        if (!in || !fs::is_regular_file(file_)) {
+            problems_.push_back({0, file_ + " cannot be read; it must be a configuration file in TOML."});
+            return std::nullopt;
+        }
+        toml::table document;
+        try {
+            document = toml::parse(in, file_);
+        } catch (const toml::parse_error& error) {
+            problem(error.source(), "the file is no TOML: " + std::string(error.description()) + ".");
+            return std::nullopt;
+        }
+        for (const std::string& override : overrides) apply(override, document);
+        for (const auto& [name, section] : document) readSection(name.str(), section);
+        addDefaults();
+        return std::move(settings_);
+    }
+
+    // In the order of the file; what the overrides brought comes first.
+    std::vector<std::string> problems() {
+        std::stable_sort(problems_.begin(), problems_.end(),
+                         [](const Problem& one, const Problem& other) { return one.line < other.line; });
+        std::vector<std::string> sentences;
+        for (const Problem& found : problems_) sentences.push_back(found.sentence);
+        return sentences;
+    }
+
+private:
+    struct Problem {
+        std::uint32_t line;  // 0: a value put in by an override, which has no place in the file
+        std::string sentence;
+    };
+
+    void problem(const toml::source_region& where, const std::string& sentence) {
+        const std::string place = where.begin ? file_ + ":" + std::to_string(where.begin.line) : "--set";
+        problems_.push_back({where.begin.line, place + ": " + sentence});
+    }
+    void problem(const toml::node& node, const std::string& sentence) { problem(node.source(), sentence); }
+
+    void apply(const std::string& override, toml::table& document) {
+        const size_t equals = override.find('=');
+        const size_t dot = override.find('.');
+        if (equals == std::string::npos || dot == std::string::npos || dot > equals) {
+            problems_.push_back({0, "--set " + override + ": this is not of the form section.name=value."});
+            return;
+        }
+        const std::string section = override.substr(0, dot);
+        const std::string name = override.substr(dot + 1, equals - dot - 1);
+        const std::string text = override.substr(equals + 1);
+        if (document.get_as<toml::table>(section) == nullptr)
+            document.insert_or_assign(section, toml::table());
+        toml::table& target = *document.get_as<toml::table>(section);
+        const ConfigurationKey* key = findKey(section, name);
+        const bool isText = key == nullptr || key->kind == ValueKind::kText;
+        if (isText || !insertParsed(target, name, text)) target.insert_or_assign(name, text);
+    }
+
+    // The text as a TOML value; false when it is none.
+    static bool insertParsed(toml::table& target, const std::string& name, const std::string& text) {
+        try {
+            toml::table parsed = toml::parse("value = " + text);
+            // A copy has no place in a source, which tells overrides from the file's values.
+            parsed.get("value")->visit([&](const auto& value) { target.insert_or_assign(name, value); });
+            return true;
+        } catch (const toml::parse_error&) {
+            return false;
+        }
+    }
+
+    void readSection(std::string_view name, const toml::node& section) {
+        if (!isSection(name)) {
+            problem(section, "there is no section [" + std::string(name) + "]; the nearest known one is [" +
+                                 nearestSection(name) + "].");
+            return;
+        }
+        if (!section.is_table()) {
+            problem(section, std::string(name) + " is " + describe(section) + "; it must be the section [" +
+                                 std::string(name) + "].");
+            return;
+        }
+        for (const auto& [key, value] : *section.as_table()) {
+            const ConfigurationKey* known = findKey(name, key.str());
+            if (known == nullptr) {
+                problem(value, "there is no key " + std::string(name) + '.' + std::string(key.str()) +
+                                   "; the nearest known one is " + nearestKey(name, key.str()) + ".");
+            } else {
+                readKey(*known, value);
+            }
+        }
+    }
+
+    void refuse(const ConfigurationKey& key, const toml::node& value, const std::string& allowed) {
+        if (std::string_view(key.section) == "connection") settings_.malformed.insert(key.name);
+        problem(value, std::string(key.section) + '.' + key.name + " is " + describe(value) +
+                           "; allowed is " + allowed + ".");
+    }
+
+    void readKey(const ConfigurationKey& key, const toml::node& value) {
+        const std::string_view section = key.section;
+        switch (key.kind) {
+            case ValueKind::kText:
+                if (const auto text = readText(key, value)) {
+                    if (section == "connection") connectionText(key, value, *text);
+                    if (section == "stream") settings_.streamName = modified(value, *text);
+                    if (section == "host") settings_.plugin = resolved(value, *text);
+                }
+                break;
+            case ValueKind::kInteger:
+                if (const auto* number = value.as_integer()) {
+                    readInteger(key, value, number->get());
+                } else {
+                    refuse(key, value, "an integer");
+                }
+                break;
+            case ValueKind::kFlag:
+                readFlag(key, value);
+                break;
+            case ValueKind::kTexts:
+                readTexts(key, value);
+                break;
+            case ValueKind::kColumns:
+                readColumns(key, value);
+                break;
+        }
+    }
+
+    std::optional<std::string> readText(const ConfigurationKey& key, const toml::node& value) {
+        if (const auto* text = value.as_string()) return text->get();
+        refuse(key, value, "a text in quotes");
+        return std::nullopt;
+    }
+
+    std::string modified(const toml::node& value, const std::string& text) {
+        std::string result;
+        if (!appendModifiedUtf8(text, result)) problem(value, inQuotes(text) + " is no UTF-8.");
+        return result;
+    }
+
+    void connectionText(const ConfigurationKey& key, const toml::node& value, const std::string& text) {
+        settings_.connection[key.name] = modified(value, text);
+    }
+
+    void readInteger(const ConfigurationKey& key, const toml::node& value, int64_t number) {
+        if (std::string_view(key.section) == "connection") {
+            settings_.connection[key.name] = std::to_string(number);
+        } else if (number >= 0 && number <= kHighestLogLevel) {
+            settings_.logLevel = static_cast<int>(number);
+        } else {
+            refuse(key, value, "an integer from 0 (least) to 7 (every step)");
+        }
+    }
+
+    void readFlag(const ConfigurationKey& key, const toml::node& value) {
+        if (const auto* flag = value.as_boolean()) {
+            settings_.connection[key.name] = flag->get() ? "1" : "0";
+        } else if (const auto* number = value.as_integer()) {
+            settings_.connection[key.name] = std::to_string(number->get());
+        } else {
+            refuse(key, value, "true, false, 1 or 0 without quotes");
+        }
+    }
+
+    // A list of texts, or one text, which in class paths may hold several names with ':' between them.
+    void readTexts(const ConfigurationKey& key, const toml::node& value) {
+        const bool isOptions = std::string_view(key.name) == "jvmOptions";
+        std::vector<std::string>& target = isOptions ? settings_.jvmOptions
+                                           : std::string_view(key.name) == "classPath"
+                                               ? settings_.classPath
+                                               : settings_.addClassPath;
+        std::vector<std::string> texts;
+        if (const auto* text = value.as_string())
+            texts = isOptions ? std::vector{text->get()} : split(text->get());
+        const toml::array* list = value.as_array();
+        bool isAllowed = value.is_string() || list != nullptr;
+        for (size_t i = 0; list != nullptr && i < list->size(); ++i) {
+            const auto* text = list->get(i)->as_string();
+            isAllowed = isAllowed && text != nullptr;
+            if (text != nullptr) texts.push_back(text->get());
+        }
+        if (!isAllowed) {
+            refuse(key, value, "a list of texts in quotes");
+            return;
+        }
+        for (std::string& text : texts) target.push_back(isOptions ? text : resolved(value, text));
+    }
+
+    static std::vector<std::string> split(const std::string& text) {
+        std::vector<std::string> parts;
+        for (size_t at = 0; at <= text.size();) {
+            const size_t end = std::min(text.find(':', at), text.size());
+            if (end > at) parts.push_back(text.substr(at, end - at));
+            at = end + 1;
+        }
+        return parts;
+    }
+
+    // Paths of the file count from its folder, those of --set from the working folder. A jar's bare name is
+    // looked for later.
+    std::string resolved(const toml::node& value, const std::string& text) const {
+        if (!value.source().begin || text.find('/') == std::string::npos) return text;
+        return (fs::path(file_).parent_path() / text).lexically_normal().string();
+    }
+
+    void readColumns(const ConfigurationKey& key, const toml::node& value) {
+        constexpr char kAllowed[] =
+            R"(a list of tables such as { name = "Symbol", type = "string", key = true })";
+        const toml::array* list = value.as_array();
+        if (list == nullptr) {
+            refuse(key, value, kAllowed);
+            return;
+        }
+        settings_.columns.clear();
+        std::set<std::string> names;
+        for (const toml::node& element : *list) {
+            const toml::table* table = element.as_table();
+            if (table == nullptr) {
+                refuse(key, element, kAllowed);
+                continue;
+            }
+            if (const auto column = readColumn(*table)) {
+                if (!names.insert(column->name).second)
+                    problem(element, "there are two columns " + inQuotes(toUtf8(column->name)) +
+                                         "; every name must be different.");
+                settings_.columns.push_back(*column);
+            }
+        }
+    }
+
+    std::optional<Column> readColumn(const toml::table& table) {
+        for (const auto& [key, value] : table) {
+            const std::string nearest = nearestColumnKey(key.str());
+            if (nearest != key.str())
+                problem(value, "a column has no key " + std::string(key.str()) +
+                                   "; the nearest known one is " + nearest + ".");
+        }
+        const auto name = table["name"].value_exact<std::string>().value_or("");
+        if (name.empty()) {
+            problem(table, "this column has no name; it needs one, as in name = \"Symbol\".");
+            return std::nullopt;
+        }
+        const toml::node* type = table.get("type");
+        const auto* typeText = type != nullptr ? type->as_string() : nullptr;
+        const auto code = typeText != nullptr ? typeCode(typeText->get()) : std::nullopt;
+        if (!code) {
+            problem(type != nullptr ? *type : table,
+                    "column " + inQuotes(name) + " has " +
+                        (type == nullptr       ? "no type"
+                         : typeText == nullptr ? "as its type " + describe(*type)
+                                               : "the unknown type " + inQuotes(typeText->get())) +
+                        "; the types are " + typeNames() + ".");
+            return std::nullopt;
+        }
+        const toml::node* key = table.get("key");
+        if (key != nullptr && !key->is_boolean())
+            problem(*key, "key of column " + inQuotes(name) + " is " + describe(*key) +
+                              "; allowed are true and false without quotes.");
+        return Column{modified(table, name), *code, table["key"].value_or(false)};
+    }
+
+    // The adapter passes an absent format on as the empty text, which as a format accepts anything; a server
+    // hands in the defaults instead.
+    void addDefaults() {
+        settings_.connection.emplace("timeFormat", kDefaultTimeFormat);
+        settings_.connection.emplace("dateFormat", kDefaultDateFormat);
+        settings_.connection.emplace("timestampFormat", kDefaultDateFormat);
+    }
+
+    std::string file_;
+    std::vector<Problem> problems_;
+    Settings settings_;
+};
+
+}  // namespace
+
+std::optional<Settings> readSettings(const std::string& file, const std::vector<std::string>& overrides,
+                                     std::vector<std::string>& problems) {
+    Reader reader(file);
+    std::optional<Settings> settings = reader.read(overrides);
+    for (std::string& problem : reader.problems()) problems.push_back(std::move(problem));
+    if (problems.empty()) {
+        if (settings->streamName.empty())
+            problems.push_back(file +
+                               ": the section [stream] has no name; it needs one, as in name = \"Trades\".");
+        if (settings->columns.empty())
+            problems.push_back(file +
+                               ": the section [stream] has no columns; it needs at least one, as in "
+                               "columns = [{ name = \"Symbol\", type = \"string\" }].");
+    }
+    return settings;
+}
+
+Settings loadSettings(const std::string& file, const std::vector<std::string>& overrides) {
+    std::vector<std::string> problems;
+    std::optional<Settings> settings = readSettings(file, overrides, problems);
+    for (const std::string& problem : problems) say(problem);
+    if (!problems.empty())
+        throw Failure(std::to_string(problems.size()) + (problems.size() == 1 ? " problem" : " problems") +
+                          " in the configuration; nothing was started.",
+                      kBadConfiguration);
+    return std::move(*settings);
+}
+
+}  // namespace host

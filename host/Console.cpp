@@ -1,0 +1,74 @@
+#include "host/Console.h"
+
+#include <unistd.h>
+
+#include <array>
+#include <cstdio>
+#include <mutex>
+
+#include "host/toolkit/ModifiedUtf8.h"
+
+namespace host {
+
+namespace {
+
+constexpr std::string_view kEraseLine = "\r\x1b[K";
+
+std::mutex terminalLock;  // guards standard error and what follows
+std::string shownStatus;  // "" when there is none
+
+// Nobody is left to be told when standard error itself cannot be written.
+void put(const std::string& text) {
+    [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
+}
+
+// The cursor goes back to the line's begin: what others print, the JVM say, then replaces the status.
+std::string statusLine() { return shownStatus.empty() ? std::string() : shownStatus + '\r'; }
+
+std::string eraseStatus() { return shownStatus.empty() ? std::string() : std::string(kEraseLine); }
+
+}  // namespace
+
+std::string oneLine(std::string_view text) {
+    std::string line;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte >= 0x20 && byte != 0x7F) {
+            line += c;
+        } else if (c == '\n') {
+            line += "\\n";
+        } else if (c == '\t') {
+            line += "\\t";
+        } else {
+            std::array<char, 8> escape;
+            std::snprintf(escape.data(), escape.size(), "\\x%02X", byte);
+            line += escape.data();
+        }
+    }
+    return line;
+}
+
+void say(std::string_view text) {
+    const std::string line = oneLine(text) + '\n';
+    const std::lock_guard guard(terminalLock);
+    put(eraseStatus() + line + statusLine());
+}
+
+void sayModified(const std::string& prefix, const char* text) { say(prefix + toUtf8(text)); }
+
+bool canShowStatus() { return ::isatty(STDERR_FILENO) == 1; }
+
+void showStatus(std::string_view text) {
+    if (!canShowStatus()) return;
+    const std::lock_guard guard(terminalLock);
+    shownStatus = text;
+    put(std::string(kEraseLine) + statusLine());
+}
+
+void hideStatus() {
+    const std::lock_guard guard(terminalLock);
+    if (!shownStatus.empty()) put(std::string(kEraseLine));
+    shownStatus.clear();
+}
+
+}  // namespace host

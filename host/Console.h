@@ -1,0 +1,40 @@
+// Standard error, one whole line at a time, and how a command fails.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace host {
+
+inline constexpr int kDone = 0;
+inline constexpr int kFailed = 1;
+inline constexpr int kUsage = 2;
+inline constexpr int kBadConfiguration = 78;
+inline constexpr int kLeftAtOnce = 130;
+
+// Ends a command: one sentence for the user and the program's exit code.
+class Failure : public std::runtime_error {
+public:
+    explicit Failure(const std::string& sentence, int exitCode = kFailed)
+        : std::runtime_error(sentence), code(exitCode) {}
+    const int code;
+};
+
+// The text in one line: control characters as escapes, so that a message's text neither breaks the line nor
+// steers the terminal.
+std::string oneLine(std::string_view text);
+
+// Writes the text as one line to standard error. Any thread.
+void say(std::string_view text);
+
+// The same for a text in modified UTF-8, as the adapter's are.
+void sayModified(const std::string& prefix, const char* text);
+
+// The last line of the terminal, renewed in place; lines that are said push it down. Does nothing where
+// standard error is no terminal.
+void showStatus(std::string_view text);
+void hideStatus();
+bool canShowStatus();
+
+}  // namespace host

@@ -1,0 +1,51 @@
+// Feeds a file to the destination while a run takes from it, from the same process: an in-JVM broker is seen
+// by no other.
+#pragma once
+
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <thread>
+
+#include "host/Sender.h"
+#include "host/Session.h"
+
+namespace host {
+
+class Feeder {
+public:
+    // Starts sending the file's lines on a thread of its own; "-" is standard input. `onFailure` is called on
+    // that thread after the one sentence that says what failed.
+    Feeder(std::string file, Session& session, std::function<void()> onFailure);
+    ~Feeder();  // as close
+    Feeder(const Feeder&) = delete;
+    Feeder& operator=(const Feeder&) = delete;
+
+    // How many messages the run has taken. The feeder keeps at most kMostAhead ahead of it: an in-JVM broker
+    // does not count text bodies against its memory limit, so nothing else would hold it back.
+    void taken(int64_t total);
+    static constexpr int64_t kMostAhead = 1000;
+
+    // Ends the feeding wherever it is and waits for that.
+    void close();
+
+private:
+    void run();
+    void sendAll();
+    bool mayGoOn(int64_t sent);
+    bool isClosing();
+
+    const std::string file_;
+    const std::function<void()> onFailure_;
+    Sender sender_;
+    std::mutex lock_;  // guards what follows
+    std::condition_variable changed_;
+    int64_t taken_ = 0;
+    bool connected_ = false;
+    bool closing_ = false;
+    std::thread thread_;
+};
+
+}  // namespace host

@@ -1,0 +1,26 @@
+// Where this program lies and what lies beside it, in the build tree as well as installed.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace host {
+
+// The folder above the program's own: the install prefix, or the build folder.
+std::filesystem::path prefix();
+
+// The plug-in belonging to this program; throws Failure when it is not there.
+std::filesystem::path pluginFile();
+
+// The message catalogue: below KEL_HOME, else below the prefix.
+std::filesystem::path catalogueFile();
+
+// The jar of that file name in the places where this program and the distribution keep jars; the bare name
+// when there is none.
+std::filesystem::path findJar(const std::string& name);
+
+// Sets KEL_HOME to the prefix when it is unset or empty. Before there are threads.
+void provideKelHome();
+
+}  // namespace host

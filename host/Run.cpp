@@ -1,0 +1,184 @@
+#include "host/Run.h"
+
+#include <atomic>
+#include <fstream>
+#include <memory>
+#include <mutex>
+
+#include "host/Console.h"
+#include "host/Feeder.h"
+#include "host/Installation.h"
+#include "host/Jvm.h"
+#include "host/Output.h"
+#include "host/Plugin.h"
+#include "host/RowFormat.h"
+#include "host/RunReport.h"
+#include "host/Signals.h"
+#include "host/toolkit/ModifiedUtf8.h"
+
+namespace host {
+
+namespace {
+
+// The adapter, created, wired and deleted.
+class LoadedAdapter {
+public:
+    LoadedAdapter(const Plugin& plugin, Session& session) : plugin_(plugin), handle_(plugin.createAdapter()) {
+        plugin.setCallBackReference(handle_, &session.context);
+        plugin.setConnectionRowType(handle_, &session.rowType);
+        plugin.setConnectionParams(handle_, &session.settings.connection);
+    }
+    ~LoadedAdapter() { plugin_.deleteAdapter(handle_); }
+    LoadedAdapter(const LoadedAdapter&) = delete;
+    LoadedAdapter& operator=(const LoadedAdapter&) = delete;
+
+    const Plugin& plugin() const { return plugin_; }
+    void* handle() const { return handle_; }
+
+    // Any thread. A stop that came before reset had begun is forgotten by it, so this may be called again.
+    void stop() {
+        isStopped_ = true;
+        const std::lock_guard guard(stopLock_);
+        plugin_.stop(handle_);
+    }
+    bool isStopped() const { return isStopped_; }
+
+private:
+    const Plugin& plugin_;
+    void* handle_;
+    std::mutex stopLock_;
+    std::atomic<bool> isStopped_{false};
+};
+
+std::unique_ptr<RowFormat> makeFormat(const std::string& name, const RowType& type, const Output& output) {
+    if (name == "csv") return makeCsv(type, output.isAtStart());
+    if (name == "table") return makeTable(type);
+    return makeJsonLines(type);
+}
+
+// The input thread's work: next row, write it, commit, until something ends it.
+class Loop {
+public:
+    Loop(LoadedAdapter& adapter, const Session& session, const RunOptions& options, Output& output)
+        : adapter_(adapter),
+          session_(session),
+          options_(options),
+          output_(output),
+          format_(makeFormat(options.output, session.rowType, output)),
+          silent_(toUtf8(session.rowType.streamName)) {}
+
+    void run(Feeder* feeder) {
+        const Clock::time_point start = Clock::now();
+        lastMessage_ = start;
+        {
+            StatusLine status(start);
+            while (!adapter_.isStopped() && !isAtEnd()) {
+                const Clock::time_point now = step(feeder);
+                status.update(totals_, now);
+            }
+        }
+        silent_.tell(lastMessage_);
+        seconds_ = secondsBetween(start, lastMessage_);
+    }
+
+    void sayTotals() const { host::sayTotals(totals_, seconds_); }
+
+private:
+    bool isAtEnd() const {
+        const bool hasRows = options_.rows > 0 && totals_.good >= options_.rows;
+        return hasRows || (options_.idle > 0 && idle_ >= options_.idle);
+    }
+
+    Clock::time_point step(Feeder* feeder) {
+        const Plugin& plugin = adapter_.plugin();
+        const int64_t errorsBefore = session_.errors;
+        const std::unique_ptr<ServerRow> row(static_cast<ServerRow*>(plugin.getNext(adapter_.handle())));
+        if (row) write(*row);
+        const Clock::time_point now = Clock::now();
+        const int64_t total = plugin.getTotalRowsProcessed(adapter_.handle());
+        if (total == totals_.total) {
+            idle_ = secondsBetween(lastMessage_, now);
+            silent_.add(0, now);
+            return now;
+        }
+        // The row is in the system's hands: only now may the provider forget its message.
+        plugin.commitTransaction(adapter_.handle());
+        totals_.total = total;
+        totals_.good = plugin.getNumberOfGoodRows(adapter_.handle());
+        const int64_t bad = plugin.getNumberOfBadRows(adapter_.handle());
+        if (bad > totals_.bad && session_.errors == errorsBefore) silent_.add(bad - totals_.bad, now);
+        totals_.bad = bad;
+        lastMessage_ = now;
+        idle_ = 0;
+        if (feeder != nullptr) feeder->taken(total);
+        return now;
+    }
+
+    void write(const ServerRow& row) {
+        text_.clear();
+        format_->append(row, text_);
+        if (output_.isTerminal()) hideStatus();
+        output_.write(text_);
+    }
+
+    LoadedAdapter& adapter_;
+    const Session& session_;
+    const RunOptions& options_;
+    Output& output_;
+    std::unique_ptr<RowFormat> format_;
+    SilentBadMessages silent_;
+    Totals totals_;
+    std::string text_;
+    Clock::time_point lastMessage_;
+    double idle_ = 0;
+    double seconds_ = 0;
+};
+
+void checkReadable(const std::string& feed) {
+    if (!feed.empty() && feed != "-" && !std::ifstream(feed))
+        throw Failure("The file " + feed + " cannot be read; --feed needs one with a message in each line.");
+}
+
+void reset(LoadedAdapter& adapter, const Session& session) {
+    if (adapter.plugin().reset(adapter.handle())) return;
+    if (adapter.isStopped()) throw Failure("Stopped before the connection was ready.");
+    throw Failure(session.errors > 0 ? "The adapter refuses to start; the reason stands above."
+                                     : "The adapter cannot connect; the connector's warning above says why.");
+}
+
+}  // namespace
+
+int runRows(const RunOptions& options) {
+    checkReadable(options.feed);
+    Output output(options.out);
+    Session session(options.session);
+    const std::string pluginName = !options.plugin.empty() ? options.plugin : session.settings.plugin;
+    const Plugin plugin(!pluginName.empty() ? pluginName : pluginFile().string());
+
+    LoadedAdapter adapter(plugin, session);
+    SignalWatch signals([&adapter] {
+        const JvmThread thisThread;
+        adapter.stop();
+    });
+    reset(adapter, session);
+    say("ready");
+    plugin.start(adapter.handle());
+
+    std::atomic<bool> feedFailed{false};
+    std::unique_ptr<Feeder> feeder;
+    if (!options.feed.empty()) {
+        // Not before reset succeeded: a topic needs its subscriber first.
+        feeder = std::make_unique<Feeder>(options.feed, session, [&] {
+            feedFailed = true;
+            adapter.stop();
+        });
+    }
+    Loop loop(adapter, session, options, output);
+    loop.run(feeder.get());
+    adapter.stop();
+    if (feeder) feeder->close();
+    loop.sayTotals();
+    return feedFailed ? kFailed : kDone;
+}
+
+}  // namespace host

@@ -1,0 +1,138 @@
+// kel-adapter-host: does with the adapter plug-in what a stream server does.
+#include <CLI/CLI.hpp>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+
+#include "host/Broker.h"
+#include "host/Check.h"
+#include "host/Console.h"
+#include "host/Run.h"
+#include "host/Send.h"
+#include "host/Signals.h"
+
+namespace {
+
+CLI::Validator aboveZero() {
+    const auto check = [](const std::string& text) {
+        double value = 0;
+        const bool isAllowed = CLI::detail::lexical_cast(text, value) && value > 0;
+        return isAllowed ? std::string() : text + " is not a number above 0";
+    };
+    return {check, ""};
+}
+
+void addConfiguration(CLI::App& command, host::SessionOptions& options) {
+    command.add_option("--config", options.config, "configuration file")->required()->type_name("FILE");
+    command.add_option("--set", options.overrides, "use this value instead of the file's; may be repeated")
+        ->type_name("section.name=value")
+        ->allow_extra_args(false);
+}
+
+void addLogLevel(CLI::App& command, host::SessionOptions& options) {
+    command.add_option("--log-level", options.logLevel, "show the adapter's log up to this level")
+        ->type_name("0..7")
+        ->check(CLI::Range(0, 7).description(""));
+}
+
+void addRun(CLI::App& run, host::RunOptions& options) {
+    addConfiguration(run, options.session);
+    addLogLevel(run, options.session);
+    run.add_option("--plugin", options.plugin, "use this plug-in")->type_name("FILE");
+    run.add_option("--feed", options.feed, "put this file's lines on the destination meanwhile")
+        ->type_name("FILE");
+    run.add_option("--rows", options.rows, "end after N good rows")->type_name("N")->check(aboveZero());
+    run.add_option("--idle", options.idle, "end after so many seconds with nothing waiting")
+        ->type_name("SECONDS")
+        ->check(aboveZero());
+    run.add_option("--output", options.output, "form of the rows")
+        ->type_name("FORM")
+        ->check(CLI::IsMember({"jsonl", "csv", "table"}))
+        ->capture_default_str();
+    run.add_option("--out", options.out, "append the rows to this file instead of standard output")
+        ->type_name("FILE");
+}
+
+void addSend(CLI::App& send, host::SendOptions& options) {
+    addConfiguration(send, options.session);
+    addLogLevel(send, options.session);
+    send.add_option("--repeat", options.repeat, "send the file N times")->type_name("N")->check(aboveZero());
+    send.add_flag("--whole", options.whole, "the file is one message; else each line is one");
+    send.add_option("--soh", options.soh, "this character in the file stands for the FIX field separator")
+        ->type_name("CHARACTER")
+        ->check([](const std::string& text) {
+            return text.size() == 1 ? std::string() : "must be one ASCII character, such as |";
+        });
+    send.add_option("file", options.file, "file to send, - is standard input")
+        ->type_name("FILE")
+        ->capture_default_str();
+}
+
+void addBroker(CLI::App& broker, host::BrokerOptions& options) {
+    broker.add_option("--port", options.port, "port on 127.0.0.1, 0 is any free one")
+        ->type_name("PORT")
+        ->check(CLI::Range(0, 65535).description(""))
+        ->capture_default_str();
+    broker.add_option("--data", options.data, "keep messages in this folder; else in memory only")
+        ->type_name("DIR");
+}
+
+struct Command {
+    CLI::App* parser;
+    std::function<int()> run;
+};
+
+int execute(int argc, char** argv) {
+    CLI::App app("Does with the JMS adapter plug-in what a stream server does.");
+    app.require_subcommand(1);
+    host::RunOptions runOptions;
+    host::SendOptions sendOptions;
+    host::BrokerOptions brokerOptions;
+    host::SessionOptions checkOptions;
+    const auto add = [&app](const char* name, const char* help) { return app.add_subcommand(name, help); };
+    const Command commands[] = {
+        {add("run", "feed the stream from the destination and write its rows"),
+         [&] { return host::runRows(runOptions); }},
+        {add("send", "put messages on the destination"), [&] { return host::sendMessages(sendOptions); }},
+        {add("broker", "serve as an ActiveMQ broker on 127.0.0.1 and print its URL"),
+         [&] { return host::runBroker(brokerOptions); }},
+        {add("check", "name every problem of a configuration; connects nothing"),
+         [&] { return host::checkConfiguration(checkOptions.config, checkOptions.overrides); }},
+    };
+    addRun(*commands[0].parser, runOptions);
+    addSend(*commands[1].parser, sendOptions);
+    addBroker(*commands[2].parser, brokerOptions);
+    addConfiguration(*commands[3].parser, checkOptions);
+    try {
+        app.parse(argc, argv);
+        for (const Command& command : commands) {
+            if (command.parser->parsed()) return command.run();
+        }
+        return host::kUsage;
+    } catch (const CLI::ParseError& error) {
+        const bool isHelp = error.get_exit_code() == 0;
+        app.exit(error);
+        return isHelp ? host::kDone : host::kUsage;
+    } catch (const host::Failure& failure) {
+        host::say(failure.what());
+        return failure.code;
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    // Before any thread exists: all of them inherit it. A closed pipe is an error of the write.
+    host::blockSignals();
+    std::signal(SIGPIPE, SIG_IGN);
+    int code = host::kFailed;
+    try {
+        code = execute(argc, argv);
+    } catch (const std::exception& exception) {
+        std::fprintf(stderr, "The program failed: %s.\n", exception.what());
+    }
+    std::fflush(nullptr);
+    // Java threads may still run; ending the process the ordinary way would tear down what they use.
+    std::_Exit(code);
+}

@@ -1,0 +1,68 @@
+#include "host/toolkit/ErrorList.h"
+
+#include "host/toolkit/HostContext.h"
+#include "host/toolkit/NewText.h"
+#include "toolkit/kel_adapter_util.h"
+
+namespace host {
+
+namespace {
+
+std::function<void(const char*)>& errorSink() {
+    static std::function<void(const char*)> sink;
+    return sink;
+}
+
+ErrorList* listOf(void* handle) { return static_cast<ErrorList*>(handle); }
+
+}  // namespace
+
+void setErrorSink(std::function<void(const char* text)> sink) { errorSink() = std::move(sink); }
+
+void ErrorList::add(const char* text) {
+    {
+        const std::lock_guard guard(lock_);
+        if (texts_.size() == kMostTexts) texts_.pop_front();
+        texts_.emplace_back(text);
+    }
+    if (errorSink()) errorSink()(text);
+}
+
+void ErrorList::clear() {
+    const std::lock_guard guard(lock_);
+    texts_.clear();
+}
+
+int ErrorList::count() const {
+    const std::lock_guard guard(lock_);
+    return static_cast<int>(texts_.size());
+}
+
+std::string ErrorList::all() const {
+    const std::lock_guard guard(lock_);
+    std::string lines;
+    for (const std::string& text : texts_) {
+        if (!lines.empty()) lines += '\n';
+        lines += text;
+    }
+    return lines;
+}
+
+}  // namespace host
+
+extern "C" {
+
+void* createConnectionErrors() { return new host::ErrorList; }
+void clearConnectionErrors(void* errors) { host::listOf(errors)->clear(); }
+void deleteConnectionErrors(void* errors) { delete host::listOf(errors); }
+void addGeneral(void* errors, const char* text) {
+    if (errors != nullptr && text != nullptr) host::listOf(errors)->add(text);
+}
+bool empty(void* errors) { return host::listOf(errors)->count() == 0; }
+int getAdapterError(void* errors, char** text) {
+    const int count = host::listOf(errors)->count();
+    if (count > 0) *text = host::newText(host::listOf(errors)->all());
+    return count;
+}
+
+}  // extern "C"

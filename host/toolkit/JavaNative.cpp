@@ -1,0 +1,3 @@
+#include "toolkit/kel_java_native.h"
+
+JavaVM* _globaljvm = nullptr;

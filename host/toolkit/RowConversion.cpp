@@ -1,0 +1,102 @@
+// From a connection row to a server row: every field typed by its column, or one sentence why not.
+#include <algorithm>
+#include <memory>
+
+#include "host/toolkit/ConnectionRow.h"
+#include "host/toolkit/ErrorList.h"
+#include "host/toolkit/HostContext.h"
+#include "host/toolkit/Text.h"
+
+namespace host {
+
+namespace {
+
+constexpr std::string_view kOpcodes = "iudps";
+constexpr char kOpcodeField[] = "KEL_OPS";
+constexpr size_t kLongestQuote = 200;
+
+// The text in quotes, cut where it would bury the sentence. A cut never leaves half a character.
+std::string quoted(std::string_view text) {
+    if (text.size() <= kLongestQuote) return inQuotes(text);
+    size_t length = kLongestQuote;
+    while (length > 0 && (text[length] & 0xC0) == 0x80) --length;
+    return '"' + std::string(text.substr(0, length)) + "...\" (" + std::to_string(text.size()) + " bytes)";
+}
+
+std::string columnNames(const RowType& type) {
+    std::string names;
+    for (const Column& column : type.columns) addToList(names, column.name);
+    return names;
+}
+
+std::string fieldText(const ConnectionRow::Field& field) {
+    return field.null ? "null" : "the text " + quoted(field.text);
+}
+
+}  // namespace
+
+bool ConnectionRow::readOp(char& opcode, std::string& error) const {
+    const Field* named = find(kOpcodeField);
+    opcode = named != nullptr && !named->null ? named->text.c_str()[0] : op;
+    const bool isGiven = opcode != '\0' || (named != nullptr && !named->null);
+    if (!isGiven) opcode = 'i';
+    if (opcode != '\0' && kOpcodes.find(opcode) != std::string_view::npos) return true;
+    error = "the opcode " + quoted(opcode != '\0' ? std::string(1, opcode) : std::string()) +
+            " is none; allowed are i (insert), u (update), d (delete), p (upsert) and s (safe delete).";
+    return false;
+}
+
+bool ConnectionRow::readFields(ServerRow& row, std::string& error) const {
+    for (int i = 0; i < size(); ++i) {
+        const Field& field = fields_[static_cast<size_t>(i)];
+        if (byNames_ && field.name == kOpcodeField) continue;
+        const int index = byNames_ ? type->indexOf(field.name) : i;
+        const Column* column = type->at(index);
+        if (column == nullptr) {
+            error = byNames_ ? "there is no column " + quoted(field.name) + " for " + fieldText(field) +
+                                   "; the columns are " + columnNames(*type) + "."
+                             : "field " + std::to_string(i) + " (counted from 0), " + fieldText(field) +
+                                   ", has no column; there are " + std::to_string(type->columns.size()) +
+                                   ": " + columnNames(*type) + ".";
+            return false;
+        }
+        std::string reason;
+        if (!field.null &&
+            !readValue(column->type, field.text, formats, row.values[static_cast<size_t>(index)], reason)) {
+            error = "column \"" + column->name + "\" (" + typeName(column->type) + ") cannot hold " +
+                    fieldText(field) + ": " + reason + ".";
+            return false;
+        }
+    }
+    for (size_t i = 0; i < row.values.size(); ++i) {
+        const Column& column = type->columns[i];
+        if (column.key && std::holds_alternative<std::monostate>(row.values[i])) {
+            error = "key column \"" + column.name + "\" (" + typeName(column.type) +
+                    ") is null in the message; a key column needs a value.";
+            return false;
+        }
+    }
+    return true;
+}
+
+ServerRow* ConnectionRow::toServerRow(std::int64_t sequence, ErrorList* errors) const {
+    auto row = std::make_unique<ServerRow>();
+    row->type = type;
+    row->streamName = type != nullptr ? type->streamName : streamName;
+    row->sequence = sequence;
+    std::string error;
+    bool converted = readOp(row->op, error);
+    if (converted && type != nullptr) {
+        row->values.resize(type->columns.size());
+        converted = readFields(*row, error);
+    } else if (converted) {
+        for (size_t i = 0; i < used_; ++i) {
+            row->values.push_back(fields_[i].null ? Value() : Value(fields_[i].text));
+        }
+    }
+    if (converted) return row.release();
+    if (errors != nullptr) errors->add(("Stream \"" + row->streamName + "\": " + error).c_str());
+    return nullptr;
+}
+
+}  // namespace host

@@ -1,0 +1,24 @@
+// A server row: what toRow makes of a connection row and the adapter returns to the server.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace host {
+
+class RowType;
+
+// Null; int16, integer and long; float; every other type as its text.
+using Value = std::variant<std::monostate, std::int64_t, double, std::string>;
+
+struct ServerRow {
+    const RowType* type;  // null for a row that was given a stream's name only: all its values are texts
+    std::string streamName;
+    char op;                // i, u, d, p (upsert) or s (safe delete)
+    std::int64_t sequence;  // what toRow was given
+    std::vector<Value> values;
+};
+
+}  // namespace host

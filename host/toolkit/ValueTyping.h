@@ -1,0 +1,39 @@
+// The one place that knows the server's column types: from a field's text to the value of a row, and back.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "host/toolkit/ServerRow.h"
+
+namespace host {
+
+inline constexpr char kDefaultTimeFormat[] = "%H:%M:%S";
+inline constexpr char kDefaultDateFormat[] = "%Y-%m-%dT%H:%M:%S";  // timestamps too
+
+struct TemporalFormats {
+    std::string time;
+    std::string date;
+    std::string timestamp;
+};
+
+// The code of a type's lower-case server name; none for a name that no column can have.
+std::optional<std::uint32_t> typeCode(std::string_view name);
+
+// The reverse; "N/A" for a code that no column can have.
+std::string typeName(std::uint32_t type);
+
+// The names that typeCode knows, as a list for messages.
+std::string typeNames();
+
+// Reads `text` as a value of the type. On failure false, with what is wrong in `reason`, to follow a colon;
+// `value` is untouched.
+bool readValue(std::uint32_t type, const std::string& text, const TemporalFormats& formats, Value& value,
+               std::string& reason);
+
+// The text that readValue makes this very value from.
+std::string writeValue(const Value& value);
+
+}  // namespace host

@@ -1,0 +1,158 @@
+#include "tests/fix/FixFixture.h"
+#include "tests/fix/Messages.h"
+
+namespace {
+
+class FixCodec : public FixFixture {
+protected:
+    using Fields = NewFixUtils::FieldMap;
+
+    Calls split(const std::string& text, const std::string& delimiter) {
+        Calls parts;
+        fix.splitString(text, delimiter, parts);
+        return parts;
+    }
+
+    // The rules of a message, word by word.
+    void readPlainly(const std::string& message, Fields& fields) {
+        for (const std::string& piece : split(message, "\x01")) {
+            if (piece.empty()) continue;
+            const Calls parts = split(piece, "=");
+            if (parts.size() == 2) fields[parts[0]] = parts[1];
+        }
+    }
+
+    // Loads the dictionary, and a row of the values under the columns.
+    void start(const std::vector<std::string>& columns, const std::vector<const char*>& values = {}) {
+        ASSERT_TRUE(fix.makeDictionary("4.2"));
+        useColumns(columns);
+        clearData(row);
+        for (size_t i = 0; i < values.size(); ++i)
+            setFieldAsStringWithIndex(row, static_cast<int>(i), values[i]);
+        toolkit.takeCalls();
+    }
+};
+
+TEST_F(FixCodec, Split) {
+    const struct {
+        const char* text;
+        const char* delimiter;
+        Calls parts;
+    } kRows[] = {
+        {"35=D", "=", {"35", "D"}}, {"58=", "=", {"58", ""}},  {"=x", "=", {"", "x"}},
+        {"abc", "=", {"abc"}},      {"", "=", {"", ""}},       {"58=a=b", "=", {"58", "a", "b"}},
+        {"=", "=", {"", ""}},       {"==", "=", {"", "", ""}}, {"", "ab", {""}},
+        {"x", "ab", {"x", ""}},     {"xy", "ab", {"xy"}},      {"1ab2ab", "ab", {"1", "2", ""}},
+        {"abc", "", {"abc"}},       {"", "", {"", ""}},
+    };
+    for (const auto& [text, delimiter, parts] : kRows) EXPECT_EQ(split(text, delimiter), parts) << text;
+    Calls kept = {"kept"};
+    fix.splitString("a", "=", kept);
+    EXPECT_EQ(kept, (Calls{"kept", "a"}));
+}
+
+TEST_F(FixCodec, ParseAddsEveryFieldWithOneEqualSign) {
+    Fields fields = {{"1", "kept"}, {"55", "old"}};
+    EXPECT_TRUE(fix.parseFixMessage(soh("8=FIX.4.2|58=a=b|55=IBM|abc||44=|55=ACM|=x"), fields));
+    EXPECT_EQ(fields, (Fields{{"1", "kept"}, {"8", "FIX.4.2"}, {"55", "ACM"}, {"44", ""}, {"", "x"}}));
+    expectLogs("parseFixMessage", "");
+
+    Messages messages;
+    Fields kept, keptPlainly;
+    for (int i = 0; i < 5000; ++i) {
+        std::string message = messages.next();
+        if (i % 100 == 0) message += message + message + message + soh("44=9|") + message;  // over one batch
+        Fields parsed, plain;
+        fix.parseFixMessage(message, parsed);
+        fix.parseFixMessage(message, kept);
+        readPlainly(message, plain);
+        readPlainly(message, keptPlainly);
+        ASSERT_EQ(parsed, plain) << message;
+        ASSERT_EQ(kept, keptPlainly) << message;
+        if (messages.pick(20) == 0) kept = keptPlainly = {};
+    }
+}
+
+TEST_F(FixCodec, ValidateChecksVersionThenType) {
+    const std::string kWrong = "Error: FIX message has wrong FIX version number ";
+    const struct {
+        Fields fields;
+        bool valid;
+        std::string error;
+    } kRows[] = {
+        {{{"8", "FIX.4.2"}, {"35", "D"}}, true, ""},
+        {{{"8", "any!4.2"}, {"35", "D"}}, true, ""},
+        {{{"8", "FIX.4.2"}, {"35", "8"}}, false, ""},
+        {{{"8", "FIX.4.2"}, {"35", "d"}}, false, ""},
+        {{{"8", "FIX.4.2"}}, false, "Error: FIX message contains no message type tag"},
+        {{{"35", "D"}}, false, "Error: FIX message contains no FIX version tag"},
+        {{{"8", "FIX.4.4"}}, false, kWrong + "4.4"},
+        {{{"8", "FIXT.1.1"}, {"35", "D"}}, false, kWrong + ".1.1"},
+        {{{"8", "FIX."}, {"35", "D"}}, false, kWrong},
+    };
+    start({});
+    for (const auto& [fields, valid, error] : kRows) {
+        EXPECT_EQ(fix.validateFixMessage(fields, "D"), valid);
+        expectLogs("validateFixMessage", error);
+    }
+    EXPECT_THROW(fix.validateFixMessage({{"8", "FIX"}, {"35", "D"}}, "D"), std::out_of_range);
+}
+
+TEST_F(FixCodec, FieldsToRow) {
+    start({"Side", "Symbol", "Price"});
+    EXPECT_TRUE(fix.fixMsgToRowBuf({{"55", "IBM"}, {"44", ""}, {"999", "x"}}, row));
+    EXPECT_EQ(fake::show(*toolkit.row), "i null,IBM,");
+    expectLogs("fixMsgToRowBuf", "");
+
+    useColumns({"Symbol", "Bogus", "Side"});  // the columns are looked at for every message
+    clearData(row);
+    EXPECT_FALSE(fix.fixMsgToRowBuf({{"55", "IBM"}}, row));
+    EXPECT_EQ(fake::show(*toolkit.row), "- IBM");
+    expectLogs("fixMsgToRowBuf", "Column name Bogus not found in FIX dictionary");
+}
+
+TEST_F(FixCodec, RowToMessage) {
+    const char* const kTenTimes80 = "\x80\x80\x80\x80\x80\x80\x80\x80\x80\x80";
+    const struct {
+        std::vector<std::string> columns;
+        std::vector<const char*> values;
+        std::string message;
+        std::string error;
+    } kRows[] = {
+        {{"Symbol", "Side"}, {"IBM", "1"}, "8=FIX.4.2|9=17|35=D|55=IBM|54=1|10=064|", ""},
+        {{"Symbol", "Side"}, {nullptr, ""}, "8=FIX.4.2|9=13|35=D|55=|54=|10=051|", ""},
+        {{}, {}, "8=FIX.4.2|9=5|35=D|10=181|", ""},
+        // One digit gains one zero, and four characters stay as they are.
+        {{"Text"}, {"{"}, "8=FIX.4.2|9=10|35=D|58={|10=07|", ""},
+        {{"Text"}, {kTenTimes80}, std::string("8=FIX.4.2|9=19|35=D|58=") + kTenTimes80 + "|10=-107|", ""},
+        {{"Text", "Bogus"},
+         {"a", "x"},
+         "8=FIX.4.2|35=D|58=a|",
+         "Column name Bogus not found in FIX dictionary"},
+        {{"Text", "Side"}, {"a"}, "8=FIX.4.2|35=D|58=a|", "Cannot get value of column at 1"},
+    };
+    for (const auto& [columns, values, message, error] : kRows) {
+        start(columns, values);
+        std::string text = "replaced";
+        EXPECT_EQ(fix.rowBufToFixMsg(row, text, "D"), error.empty());
+        EXPECT_EQ(text, soh(message));
+        expectLogs("rowBufToFixMsg", error);
+    }
+}
+
+TEST_F(FixCodec, CheckSum) {
+    Messages random;
+    for (size_t length = 0; length < 200; ++length) {
+        std::string text;
+        int sum = 0;
+        while (text.size() < length) {
+            text += static_cast<char>(length % 3 == 0 ? 0x80 : random.pick(256));
+            sum += static_cast<signed char>(text.back());
+        }
+        EXPECT_EQ(fix.calculateCheckSum(text), sum % 256) << length;
+    }
+    // The sum wraps around like the 32-bit integer it is.
+    EXPECT_EQ(fix.calculateCheckSum(std::string((size_t{1} << 24) + 1, '\x80') + "A"), 193);
+}
+
+}  // namespace

@@ -1,0 +1,187 @@
+// A configuration read: what comes of a good one, and the sentence for each fault of a bad one.
+#include "host/Configuration.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "host/Check.h"
+#include "host/ClassPath.h"
+#include "host/Console.h"
+
+namespace {
+
+using Texts = std::vector<std::string>;
+
+constexpr char kStream[] = R"([stream]
+name = "S"
+columns = [{ name = "A", type = "string", key = true }, { name = "B", type = "long" }]
+)";
+
+class Configuration : public ::testing::Test {
+protected:
+    const std::string file = testing::TempDir() + "configuration.toml";
+    Texts problems;
+
+    host::Settings read(const std::string& text, const Texts& overrides = {}) {
+        std::ofstream(file) << text;
+        problems.clear();
+        return host::readSettings(file, overrides, problems).value_or(host::Settings());
+    }
+    // The problems of a [connection] or other sections after a good [stream], which has three lines.
+    Texts faults(const std::string& text, const Texts& overrides = {}) {
+        read(kStream + text, overrides);
+        for (std::string& problem : problems) {
+            if (problem.starts_with(file)) problem = problem.substr(file.size() + 1);
+        }
+        return problems;
+    }
+};
+
+TEST_F(Configuration, HandsInWhatItSays) {
+    const host::Settings settings = read(std::string(kStream) + R"([connection]
+delimiter = "\u0000\U0001F600"
+batchsize = 100
+expectStreamNameOpcode = false
+matchStreamName = 7
+dateFormat = ""
+[host]
+logLevel = 6
+classPath = "a.jar:lib/b.jar"
+addClassPath = ["/x/c.jar"]
+jvmOptions = ["-Da=b:c"]
+)",
+                                         {"connection.batchsize=5", "connection.jndiURL=tcp://h:1?a=b",
+                                          "host.jvmOptions=[\"-Xint\"]", "connection.clientID=12"});
+    EXPECT_EQ(problems, Texts());
+    EXPECT_EQ(settings.streamName, "S");
+    ASSERT_EQ(settings.columns.size(), 2U);
+    EXPECT_TRUE(settings.columns[0].key && !settings.columns[1].key);
+    EXPECT_EQ(settings.columns[1].type, 2U);
+    EXPECT_EQ(settings.connection, (host::Parameters{{"delimiter", "\xC0\x80\xED\xA0\xBD\xED\xB8\x80"},
+                                                     {"batchsize", "5"},
+                                                     {"expectStreamNameOpcode", "0"},
+                                                     {"matchStreamName", "7"},
+                                                     {"jndiURL", "tcp://h:1?a=b"},
+                                                     {"clientID", "12"},
+                                                     {"timeFormat", "%H:%M:%S"},
+                                                     {"dateFormat", ""},
+                                                     {"timestampFormat", "%Y-%m-%dT%H:%M:%S"}}));
+    EXPECT_EQ(settings.logLevel, 6);
+    EXPECT_EQ(settings.classPath, (Texts{"a.jar", testing::TempDir() + "lib/b.jar"}));
+    EXPECT_EQ(settings.addClassPath, Texts{"/x/c.jar"});
+    EXPECT_EQ(settings.jvmOptions, Texts{"-Xint"});
+}
+
+TEST_F(Configuration, EveryFaultIsASentence) {
+    EXPECT_EQ(
+        faults(
+            "[connection]\ndelimeter = 1\nbatchsize = \"ten\"\ndataFormat = 3\nmatchStreamName = \"true\"\n"
+            "logLevel = 1\n[host]\nlogLevel = 8\njvmOptions = [1]\n[conection]\n",
+            {"batchsize=1", "host.logLevel=x", "strem.name=T"}),
+        (Texts{"--set batchsize=1: this is not of the form section.name=value.",
+               "--set: host.logLevel is the text \"x\"; allowed is an integer.",
+               "--set: there is no section [strem]; the nearest known one is [stream].",
+               "5: there is no key connection.delimeter; the nearest known one is connection.delimiter.",
+               "6: connection.batchsize is the text \"ten\"; allowed is an integer.",
+               "7: connection.dataFormat is the integer 3; allowed is a text in quotes.",
+               "8: connection.matchStreamName is the text \"true\"; allowed is true, false, 1 or 0 without "
+               "quotes.",
+               "9: there is no key connection.logLevel; the nearest known one is host.logLevel.",
+               "12: host.jvmOptions is a list; allowed is a list of texts in quotes.",
+               "13: there is no section [conection]; the nearest known one is [connection]."}));
+    EXPECT_EQ(
+        faults("x = 1.5\n[host]\nlogLevel = 8\n"),
+        (Texts{
+            "4: there is no key stream.x; the nearest known one is stream.name.",
+            "6: host.logLevel is the integer 8; allowed is an integer from 0 (least) to 7 (every step)."}));
+    EXPECT_EQ(faults("= 1\n").size(), 1U);
+}
+
+TEST_F(Configuration, EveryColumnFaultNamesTheColumn) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"5",
+         "1: stream.columns is the integer 5; allowed is a list of tables such as { name = \"Symbol\", type "
+         "= "
+         "\"string\", key = true }."},
+        {"[{ type = \"long\" }]", "1: this column has no name; it needs one, as in name = \"Symbol\"."},
+        {"[{ name = \"A\", type = \"Long\" }]",
+         "1: column \"A\" has the unknown type \"Long\"; the types are int16, integer, long, float, string."},
+        {"[{ name = \"A\" }]",
+         "1: column \"A\" has no type; the types are int16, integer, long, float, string."},
+        {"[{ name = \"A\", type = \"long\", kye = true }]",
+         "1: a column has no key kye; the nearest known one is key."},
+        {"[{ name = \"A\", type = \"long\", key = 1 }]",
+         "1: key of column \"A\" is the integer 1; allowed are true and false without quotes."},
+        {"[{ name = \"A\", type = \"long\" }, { name = \"A\", type = \"long\" }]",
+         "1: there are two columns \"A\"; every name must be different."},
+    };
+    for (const auto& [columns, problem] : rows) {
+        read("stream = { name = \"S\", columns = " + std::string(columns) + " }\n");
+        EXPECT_EQ(problems, Texts{file + ":" + problem});
+    }
+    read("");
+    EXPECT_EQ(problems.size(), 2U) << "no name, no columns";
+    EXPECT_EQ(host::readSettings(file + ".absent", {}, problems), std::nullopt);
+    EXPECT_THROW(host::loadSettings(file + ".absent", {}), host::Failure);
+}
+
+TEST(ClassPath, NamesEveryMissingJarWithItsPackage) {
+    host::Settings settings;
+    settings.classPath = {"/a/kel-connectors.jar", "/a/activemq-client.jar", "absent.jar"};
+    settings.addClassPath = {"/", "hawtbuf.jar"};
+    try {
+        host::classPath(settings);
+        ADD_FAILURE() << "nothing is missing";
+    } catch (const host::Failure& failure) {
+        EXPECT_STREQ(failure.what(),
+                     "The Java class path lacks /a/kel-connectors.jar, /a/activemq-client.jar "
+                     "(Debian package libactivemq-java), absent.jar.");
+    }
+    settings.classPath = {"/"};
+    EXPECT_THROW(host::classPath(settings), host::Failure)
+        << "the connector is added, and is not beside this test";
+}
+
+TEST_F(Configuration, CheckNamesWhatWouldBeTakenForSomethingElse) {
+    const std::string good =
+        std::string(kStream) +
+        "[connection]\ndataFormat = \"XML\"\nconnectionFactory = \"C\"\n"
+        "jndiContextFactory = \"F\"\njndiURL = \"tcp://h:1\"\ndestinationType = \"TOPIC\"\n"
+        "destinationName = \"D\"\n";
+    EXPECT_EQ(host::connectionProblems(read(good)), Texts());
+    struct {
+        Texts overrides;
+        Texts problems;
+    } const rows[] = {
+        {{"connection.dataFormat=xml"},
+         {"dataFormat is \"xml\"; allowed are \"CSV\", \"XML\", \"FIX\", \"OBJECTARRAY\", \"CUSTOM\"."}},
+        {{"connection.dataFormat=CSV"},
+         {"delimiter is missing; it must be the text between two values, such as \",\"."}},
+        {{"connection.dataFormat=CUSTOM"},
+         {"converterClassName is missing; it must be the full name of the converter's Java class."}},
+        {{"connection.destinationType=queue"},
+         {"destinationType is \"queue\"; allowed are \"QUEUE\", \"TOPIC\"."}},
+        {{"connection.subscriptionMode=durable"},
+         {"subscriptionMode is \"durable\"; allowed are \"NONDURABLE\", \"DURABLE\"."}},
+        {{"connection.subscriptionMode=DURABLE", "connection.batchsize=-1",
+          "connection.destinationType=QUEUE"},
+         {"subscriptionMode is \"DURABLE\"; a queue has no durable subscriptions, only a topic has.",
+          "clientID is missing; it must be a name that no other connection to the provider uses.",
+          "subscriptionName is missing; it must be the subscription's name.",
+          "batchsize is \"-1\"; it must be the number of messages a commit, from 1."}},
+        {{"connection.jndiURL=vm://x"},
+         {"jndiURL is \"vm://x\"; a broker inside the process keeps its messages in files, for which jars "
+          "are missing, "
+          "unless the URL says ?broker.persistent=false&broker.useJmx=false."}},
+    };
+    for (const auto& row : rows) {
+        Texts found = host::connectionProblems(read(good, row.overrides));
+        for (std::string& problem : found) problem = problem.substr(std::string("connection.").size());
+        EXPECT_EQ(found, row.problems);
+    }
+    read(good, {"connection.jndiURL=[1]"});
+    EXPECT_EQ(problems.size(), 0U) << "an override of a text parameter is a text";
+}
+
+}  // namespace

@@ -1,0 +1,169 @@
+// From texts to a server row: what each type takes, and the one sentence where a row is refused.
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <memory>
+
+#include "host/RowFormat.h"
+#include "host/toolkit/HostContext.h"
+#include "toolkit/kel_adapter_util.h"
+
+namespace {
+
+using Texts = std::vector<std::pair<const char*, const char*>>;  // column or "", text or null
+
+class RowConversion : public ::testing::Test {
+protected:
+    host::RowType type{
+        "T",
+        {{"Key", 5, true}, {"Short", 0, false}, {"Int", 1, false}, {"Long", 2, false}, {"Float", 3, false}}};
+    void* errors = createConnectionErrors();
+    ~RowConversion() override { deleteConnectionErrors(errors); }
+
+    // The row's JSON line, or the sentence that refuses it.
+    std::string convert(bool byNames, const Texts& fields, char op = '\0') {
+        void* row = createConnectionRow(byNames ? "RowByNames" : "RowByOrder");
+        setStreamType(row, &type, false);
+        for (size_t i = 0; i < fields.size(); ++i) {
+            byNames ? setFieldAsStringWithKey(row, fields[i].first, fields[i].second)
+                    : setFieldAsStringWithIndex(row, static_cast<int>(i), fields[i].second);
+        }
+        setOp(row, op);
+        clearConnectionErrors(errors);
+        const std::unique_ptr<host::ServerRow> server(static_cast<host::ServerRow*>(toRow(row, 41, errors)));
+        deleteConnectionRow(row);
+        std::string line;
+        if (server) {
+            EXPECT_TRUE(empty(errors));
+            host::makeJsonLines(type)->append(*server, line);
+        } else {
+            char* text = nullptr;
+            EXPECT_EQ(getAdapterError(errors, &text), 1);
+            line = std::unique_ptr<char[]>(text).get();
+        }
+        return line;
+    }
+};
+
+TEST_F(RowConversion, Rows) {
+    const std::string begin = R"({"stream":"T","op":"i","seq":41,"row":{"Key":"k",)";
+    EXPECT_EQ(
+        convert(false, {{"", "k"}, {"", "-32768"}, {"", "+7"}, {"", "9223372036854775807"}, {"", "25.50"}}),
+        begin + "\"Short\":-32768,\"Int\":7,\"Long\":9223372036854775807,\"Float\":25.5}}\n");
+    EXPECT_EQ(convert(false, {{"", "k"}}),
+              begin + "\"Short\":null,\"Int\":null,\"Long\":null,\"Float\":null}}\n");
+    EXPECT_EQ(convert(true, {{"Long", "1"}, {"Key", "k"}, {"Float", nullptr}}),
+              begin + "\"Short\":null,\"Int\":null,\"Long\":1,\"Float\":null}}\n");
+}
+
+TEST_F(RowConversion, Refusals) {
+    const std::string ints = "allowed are whole numbers from -2147483648 to 2147483647.";
+    struct {
+        bool byNames;
+        Texts fields;
+        std::string sentence;
+    } const rows[] = {
+        {false,
+         {{"", "k"}, {"", "32768"}},
+         R"(column "Short" (int16) cannot hold the text "32768": allowed are whole numbers from -32768 to 32767.)"},
+        {true,
+         {{"Key", "k"}, {"Int", "2147483648"}},
+         R"(column "Int" (integer) cannot hold the text "2147483648": )" + ints},
+        {true, {{"Key", "k"}, {"Int", " 1"}}, R"(column "Int" (integer) cannot hold the text " 1": )" + ints},
+        {true,
+         {{"Key", "k"}, {"Int", "1.0"}},
+         R"(column "Int" (integer) cannot hold the text "1.0": )" + ints},
+        {true,
+         {{"Key", "k"}, {"Int", "+-1"}},
+         R"(column "Int" (integer) cannot hold the text "+-1": )" + ints},
+        {true, {{"Key", "k"}, {"Int", ""}}, R"(column "Int" (integer) cannot hold the text "": )" + ints},
+        {true,
+         {{"Key", "k"}, {"Float", "1e999"}},
+         R"(column "Float" (float) cannot hold the text "1e999": allowed are decimal numbers such as -12.5 or 1e9, of a magnitude that a double can hold.)"},
+        {false,
+         {{"", "k"}, {"", "1"}, {"", "1"}, {"", "1"}, {"", "1"}, {"", "x"}},
+         "field 5 (counted from 0), the text \"x\", has no column; there are 5: Key, Short, Int, Long, "
+         "Float."},
+        {true,
+         {{"Key", "k"}, {"Prize", nullptr}},
+         "there is no column \"Prize\" for null; the columns are Key, Short, Int, Long, Float."},
+        {false,
+         {{"", nullptr}, {"", "1"}},
+         "key column \"Key\" (string) is null in the message; a key column needs a value."},
+        {true,
+         {{"Int", "1"}},
+         "key column \"Key\" (string) is null in the message; a key column needs a value."},
+    };
+    for (const auto& row : rows) EXPECT_EQ(convert(row.byNames, row.fields), "Stream \"T\": " + row.sentence);
+    const std::string longText = std::string(199, 'x') + "\xC3\xA4\xC3\xA4";
+    EXPECT_NE(convert(true, {{"Key", "k"}, {"Int", longText.c_str()}})
+                  .find("\"" + std::string(199, 'x') + "...\" (203 bytes)"),
+              std::string::npos);
+}
+
+TEST_F(RowConversion, Opcodes) {
+    const auto opOf = [](const std::string& line) { return line.substr(line.find("\"op\":") + 6, 1); };
+    for (const char op : {'i', 'u', 'd', 'p', 's'})
+        EXPECT_EQ(opOf(convert(false, {{"", "k"}}, op)), std::string(1, op));
+    EXPECT_EQ(opOf(convert(true, {{"Key", "k"}, {"KEL_OPS", "delete"}}, 'u')), "d");
+    EXPECT_EQ(opOf(convert(true, {{"Key", "k"}, {"KEL_OPS", nullptr}})), "i");
+    const std::string allowed =
+        " is none; allowed are i (insert), u (update), d (delete), p (upsert) and s (safe delete).";
+    EXPECT_EQ(convert(false, {{"", "k"}}, 'I'), "Stream \"T\": the opcode \"I\"" + allowed);
+    EXPECT_EQ(convert(true, {{"Key", "k"}, {"KEL_OPS", ""}}), "Stream \"T\": the opcode \"\"" + allowed);
+}
+
+// ---- rows as text
+
+std::string rendered(host::RowFormat& format, const host::RowType& type, std::vector<host::Value> values) {
+    const host::ServerRow row{&type, type.streamName, 'u', 7, std::move(values)};
+    std::string text;
+    format.append(row, text);
+    return text;
+}
+
+TEST(RowFormats, JsonIsExact) {
+    const host::RowType type("S\"\xED\xA0\xBD\xED\xB8\x80", {{"v", 3, false}});
+    const auto format = host::makeJsonLines(type);
+    const std::string begin = "{\"stream\":\"S\\\"\xF0\x9F\x98\x80\",\"op\":\"u\",\"seq\":7,\"row\":{\"v\":";
+    constexpr double kInfinity = std::numeric_limits<double>::infinity();
+    struct {
+        host::Value value;
+        const char* text;
+    } const rows[] = {
+        {host::Value(), "null"},
+        {int64_t{-9007199254740993}, "-9007199254740993"},
+        {0.1, "0.1"},
+        {100.0, "100"},
+        {1e22, "1e+22"},
+        {-0.0, "-0"},
+        {std::numeric_limits<double>::denorm_min(), "5e-324"},
+        {kInfinity, "\"Infinity\""},
+        {-kInfinity, "\"-Infinity\""},
+        {std::numeric_limits<double>::quiet_NaN(), "\"NaN\""},
+        {std::string("a\"\\/\n\x01\xC0\x80"), "\"a\\\"\\\\/\\n\\u0001\\u0000\""},
+        {std::string(), "\"\""},
+    };
+    for (const auto& [value, text] : rows) EXPECT_EQ(rendered(*format, type, {value}), begin + text + "}}\n");
+}
+
+TEST(RowFormats, CsvQuotesWhatWouldNotReadBack) {
+    const host::RowType type("S", {{"a,b", 5, false}, {"n", 1, false}});
+    const auto format = host::makeCsv(type, true);
+    EXPECT_EQ(rendered(*format, type, {host::Value(), int64_t{1}}), "op,seq,\"a,b\",n\nu,7,,1\n");
+    EXPECT_EQ(rendered(*format, type, {std::string(), host::Value()}), "u,7,\"\",\n");
+    EXPECT_EQ(rendered(*format, type, {std::string("x\"y\nz"), host::Value()}), "u,7,\"x\"\"y\nz\",\n");
+    EXPECT_EQ(rendered(*host::makeCsv(type, false), type, {std::string("x"), 0.5}), "u,7,x,0.5\n");
+}
+
+TEST(RowFormats, TableAlignsAndNeverSteersTheTerminal) {
+    const host::RowType type("S", {{"Name", 5, false}, {"N", 1, false}});
+    const auto format = host::makeTable(type);
+    EXPECT_EQ(rendered(*format, type, {std::string("\xC3\xA4\x1B[2J"), int64_t{-5}}),
+              "op  seq       Name      N\n"
+              "--  --------  --------  --------\n"
+              "u          7  \xC3\xA4?[2J           -5\n");
+    EXPECT_EQ(rendered(*format, type, {host::Value(), host::Value()}), "u          7  -         -\n");
+}
+
+}  // namespace

@@ -1,0 +1,38 @@
+// No compiler checks the names and JNI signatures that the bridge asks the connector for: this compares them
+// with the compiled class.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <string>
+
+#include "jms/ConnectorMethods.h"
+
+namespace {
+
+std::string declaredMethods() {
+    FILE* pipe =
+        popen(KEL_JAVAP " -s -cp " KEL_CONNECTORS_JAR " com.morvex.kel.connectors.JmsConnector", "r");
+    std::string text;
+    char buffer[4096];
+    while (const size_t count = fread(buffer, 1, sizeof buffer, pipe)) text.append(buffer, count);
+    return pclose(pipe) == 0 ? text : "";
+}
+
+TEST(ConnectorContract, EveryMethodOfTheBridgeIsInTheConnector) {
+    const std::string declared = declaredMethods();
+    ASSERT_NE(declared, "");
+    const auto check = [&](const contract::Method& method) {
+        const bool isConstructor = std::string(method.name) == "<init>";
+        const std::string name = isConstructor ? "com.morvex.kel.connectors.JmsConnector" : method.name;
+        const size_t at = declared.find(" " + name + "(");
+        ASSERT_NE(at, std::string::npos) << name << " is missing or not public";
+        const size_t descriptor = declared.find("descriptor: ", at) + 12;
+        EXPECT_EQ(declared.substr(descriptor, declared.find('\n', descriptor) - descriptor), method.signature)
+            << name;
+        EXPECT_EQ(declared.find("static", declared.rfind('\n', at)) < at, false) << name;
+    };
+    for (const contract::Method& method : contract::kUncached) check(method);
+    for (const contract::CachedMethod& cached : contract::kCached) check(cached.method);
+}
+
+}  // namespace
