@@ -1,15 +1,12 @@
 #include "host/Feeder.h"
 
-#include <fstream>
-#include <iostream>
-
 #include "host/Console.h"
 #include "host/Jvm.h"
 
 namespace host {
 
-Feeder::Feeder(std::string file, Session& session, std::function<void()> onFailure)
-    : file_(std::move(file)),
+Feeder::Feeder(LineSource& source, Session& session, std::function<void()> onFailure)
+    : source_(source),
       onFailure_(std::move(onFailure)),
       sender_(session.context, session.rowType, session.settings.connection),
       thread_([this] { run(); }) {}
@@ -31,6 +28,7 @@ void Feeder::close() {
         mayBlock = connected_;
         changed_.notify_one();
     }
+    source_.stop();
     // A send to a full broker waits for ever; closing its connection ends it.
     if (mayBlock) sender_.stop();
     thread_.join();
@@ -59,23 +57,19 @@ void Feeder::run() {
 }
 
 void Feeder::sendAll() {
-    std::ifstream opened;
-    if (file_ != "-") opened.open(file_);
-    std::istream& in = file_ == "-" ? std::cin : opened;
-    if (!in) throw Failure("The file " + file_ + " cannot be read; nothing was fed.");
     if (!sender_.reset())
-        throw Failure("Feeding " + file_ +
+        throw Failure("Feeding " + source_.name() +
                       " failed: the destination takes no sender; the reason stands above.");
     {
         const std::lock_guard guard(lock_);
         connected_ = true;
     }
     std::string line;
-    for (int64_t sent = 0; mayGoOn(sent) && std::getline(in, line); ++sent) {
+    for (int64_t sent = 0; mayGoOn(sent) && source_.next(line); ++sent) {
         try {
             sender_.send(line);
         } catch (const Failure& failure) {
-            throw Failure(file_ + ":" + std::to_string(sent + 1) + ": " + failure.what());
+            throw Failure(source_.place() + ": " + failure.what());
         }
     }
 }

@@ -1,4 +1,4 @@
-// Feeds a file to the destination while a run takes from it, from the same process: an in-JVM broker is seen
+// Feeds lines to the destination while a run takes from it, from the same process: an in-JVM broker is seen
 // by no other.
 #pragma once
 
@@ -6,9 +6,9 @@
 #include <cstdint>
 #include <functional>
 #include <mutex>
-#include <string>
 #include <thread>
 
+#include "host/LineSource.h"
 #include "host/Sender.h"
 #include "host/Session.h"
 
@@ -16,9 +16,9 @@ namespace host {
 
 class Feeder {
 public:
-    // Starts sending the file's lines on a thread of its own; "-" is standard input. `onFailure` is called on
-    // that thread after the one sentence that says what failed.
-    Feeder(std::string file, Session& session, std::function<void()> onFailure);
+    // Starts sending the lines on a thread of its own. `onFailure` is called on that thread after the one
+    // sentence that says what failed. The source stays with the caller and outlives the feeder.
+    Feeder(LineSource& source, Session& session, std::function<void()> onFailure);
     ~Feeder();  // as close
     Feeder(const Feeder&) = delete;
     Feeder& operator=(const Feeder&) = delete;
@@ -28,7 +28,7 @@ public:
     void taken(int64_t total);
     static constexpr int64_t kMostAhead = 1000;
 
-    // Ends the feeding wherever it is and waits for that.
+    // Ends the feeding wherever it is, even waiting for input, and waits for that.
     void close();
 
 private:
@@ -37,7 +37,7 @@ private:
     bool mayGoOn(int64_t sent);
     bool isClosing();
 
-    const std::string file_;
+    LineSource& source_;
     const std::function<void()> onFailure_;
     Sender sender_;
     std::mutex lock_;  // guards what follows

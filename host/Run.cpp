@@ -1,9 +1,9 @@
 #include "host/Run.h"
 
 #include <atomic>
-#include <fstream>
 #include <memory>
 #include <mutex>
+#include <optional>
 
 #include "host/Console.h"
 #include "host/Feeder.h"
@@ -134,11 +134,6 @@ private:
     double seconds_ = 0;
 };
 
-void checkReadable(const std::string& feed) {
-    if (!feed.empty() && feed != "-" && !std::ifstream(feed))
-        throw Failure("The file " + feed + " cannot be read; --feed needs one with a message in each line.");
-}
-
 void reset(LoadedAdapter& adapter, const Session& session) {
     if (adapter.plugin().reset(adapter.handle())) return;
     if (adapter.isStopped()) throw Failure("Stopped before the connection was ready.");
@@ -149,7 +144,8 @@ void reset(LoadedAdapter& adapter, const Session& session) {
 }  // namespace
 
 int runRows(const RunOptions& options) {
-    checkReadable(options.feed);
+    std::optional<LineSource> feed;
+    if (!options.feed.empty()) feed.emplace(options.feed);
     Output output(options.out);
     Session session(options.session);
     const std::string pluginName = !options.plugin.empty() ? options.plugin : session.settings.plugin;
@@ -166,9 +162,9 @@ int runRows(const RunOptions& options) {
 
     std::atomic<bool> feedFailed{false};
     std::unique_ptr<Feeder> feeder;
-    if (!options.feed.empty()) {
+    if (feed) {
         // Not before reset succeeded: a topic needs its subscriber first.
-        feeder = std::make_unique<Feeder>(options.feed, session, [&] {
+        feeder = std::make_unique<Feeder>(*feed, session, [&] {
             feedFailed = true;
             adapter.stop();
         });

@@ -2,12 +2,10 @@
 
 #include <algorithm>
 #include <atomic>
-#include <fstream>
-#include <iostream>
-#include <iterator>
 
 #include "host/Console.h"
 #include "host/Jvm.h"
+#include "host/LineSource.h"
 #include "host/RunReport.h"
 #include "host/Sender.h"
 #include "host/Signals.h"
@@ -16,35 +14,28 @@ namespace host {
 
 namespace {
 
-constexpr char kStandardInput[] = "-";
-
-std::string placeOf(const std::string& file) { return file == kStandardInput ? "standard input" : file; }
-
 class Sending {
 public:
-    Sending(Sender& sender, const SendOptions& options, const std::atomic<bool>& isStopped)
-        : sender_(sender), options_(options), isStopped_(isStopped) {}
+    Sending(Sender& sender, LineSource& source, const SendOptions& options,
+            const std::atomic<bool>& isStopped)
+        : sender_(sender), source_(source), options_(options), isStopped_(isStopped) {}
 
     void sendAll() {
         for (int64_t round = 0; round < options_.repeat && !isStopped_; ++round) {
-            std::ifstream opened;
-            if (options_.file != kStandardInput) opened.open(options_.file);
-            std::istream& in = options_.file == kStandardInput ? std::cin : opened;
-            if (!in) throw Failure("The file " + options_.file + " cannot be read.");
-            options_.whole ? sendWhole(in) : sendLines(in);
+            if (round > 0) source_.rewind();
+            options_.whole ? sendWhole() : sendLines();
         }
     }
     int64_t sent() const { return sent_; }
 
 private:
-    void sendWhole(std::istream& in) {
-        send(std::string(std::istreambuf_iterator<char>(in), {}), placeOf(options_.file));
+    void sendWhole() {
+        std::string text;
+        if (source_.rest(text)) send(std::move(text), source_.name());
     }
 
-    void sendLines(std::istream& in) {
-        std::string line;
-        for (int64_t number = 1; !isStopped_ && std::getline(in, line); ++number)
-            send(line, placeOf(options_.file) + ":" + std::to_string(number));
+    void sendLines() {
+        for (std::string line; source_.next(line);) send(line, source_.place());
     }
 
     void send(std::string text, const std::string& place) {
@@ -59,6 +50,7 @@ private:
     }
 
     Sender& sender_;
+    LineSource& source_;
     const SendOptions& options_;
     const std::atomic<bool>& isStopped_;
     int64_t sent_ = 0;
@@ -85,17 +77,19 @@ int sendMessages(const SendOptions& options) {
     if (options.file == kStandardInput && options.repeat > 1)
         throw Failure("Standard input can be read only once; --repeat needs a file.", kUsage);
     refuseInJvmBroker(loadSettings(options.session.config, options.session.overrides));
+    LineSource source(options.file);
     Session session(options.session);
     Sender sender(session.context, session.rowType, session.settings.connection);
     std::atomic<bool> isStopped{false};
     SignalWatch signals([&] {
         const JvmThread thisThread;
         isStopped = true;
+        source.stop();
         sender.stop();
     });
     if (!sender.reset())
         throw Failure("The destination takes no sender; the connector's warning above says why.");
-    Sending sending(sender, options, isStopped);
+    Sending sending(sender, source, options, isStopped);
     const Clock::time_point start = Clock::now();
     try {
         sending.sendAll();
