@@ -2,7 +2,9 @@
 
 #include <jni.h>
 
+#include <atomic>
 #include <cstdio>
+#include <cstdlib>
 #include <future>
 
 #include "host/ClassPath.h"
@@ -71,7 +73,9 @@ private:
         const jthrowable thrown = env_->ExceptionOccurred();
         if (thrown == nullptr) return;
         env_->ExceptionClear();
-        throw Failure("The broker failed: " + JavaObject(env_, thrown).text() + ".");
+        std::string reason = JavaObject(env_, thrown).text();
+        while (reason.ends_with('.')) reason.pop_back();
+        throw Failure("The broker failed: " + reason + ".");
     }
 
     JNIEnv* env_;
@@ -88,11 +92,31 @@ LocalRef<jstring> newString(JNIEnv* env, const std::string& text) {
     return {env, env->NewStringUTF(text.c_str())};
 }
 
+void keepMessagesIn(const std::string& data, JNIEnv* env, const JavaObject& broker) {
+    broker.call("setDataDirectory", "(Ljava/lang/String;)V", newString(env, data).get());
+    const JavaObject store(
+        env, broker.get("getPersistenceAdapter", "()Lorg/apache/activemq/store/PersistenceAdapter;"));
+    const JavaObject locker(env, store.get("getLocker", "()Lorg/apache/activemq/broker/Locker;"));
+    // Else it waits without a word for as long as another broker has the folder.
+    locker.call("setFailIfLocked", "(Z)V", JNI_TRUE);
+}
+
 void configure(JNIEnv* env, const JavaObject& broker, const std::string& data) {
     broker.call("setUseJmx", "(Z)V", JNI_FALSE);
     broker.call("setUseShutdownHook", "(Z)V", JNI_FALSE);
     broker.call("setPersistent", "(Z)V", data.empty() ? JNI_FALSE : JNI_TRUE);
-    if (!data.empty()) broker.call("setDataDirectory", "(Ljava/lang/String;)V", newString(env, data).get());
+    if (!data.empty()) keepMessagesIn(data, env, broker);
+}
+
+void start(const JavaObject& broker, const BrokerOptions& options) {
+    try {
+        broker.call("start", "()V");
+    } catch (const Failure& failure) {
+        const bool isLocked = std::string_view(failure.what()).find("not be locked") != std::string::npos;
+        if (!isLocked) throw;
+        throw Failure("The folder " + options.data +
+                      " is locked by another broker; stop that one, or give --data a folder of its own.");
+    }
 }
 
 }  // namespace
@@ -105,10 +129,18 @@ int runBroker(const BrokerOptions& options) {
     const JavaObject connector(
         env, broker.get("addConnector", "(Ljava/lang/String;)Lorg/apache/activemq/broker/TransportConnector;",
                         newString(env, kAddress + std::to_string(options.port)).get()));
-    broker.call("start", "()V");
-
     std::promise<void> stopped;
-    SignalWatch signals([&stopped] { stopped.set_value(); });
+    std::atomic<bool> isServing{false};
+    SignalWatch signals([&] {
+        stopped.set_value();
+        if (isServing) return;
+        // A broker that starts, recovering a large store say, does not listen.
+        say("Stopped before the broker was ready.");
+        std::_Exit(kFailed);
+    });
+    start(broker, options);
+    isServing = true;
+
     const JavaObject uri(env, connector.get("getConnectUri", "()Ljava/net/URI;"));
     std::printf("%s%d\n", kAddress.c_str(), uri.getInt("getPort"));
     std::fflush(stdout);
