@@ -47,7 +47,7 @@ private:
     }
 
     void problem(const char* name, const std::string& allowed) {
-        if (settings_.malformed.contains(name)) return;  // that is the problem
+        if (settings_.malformed.contains("connection." + std::string(name))) return;  // that is the problem
         const bool isThere = settings_.connection.contains(name);
         problems_.push_back("connection." + std::string(name) +
                             (isThere ? " is " + inQuotes(text(name)) : " is missing") + "; " + allowed + ".");

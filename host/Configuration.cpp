@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <limits>
 #include <optional>
 #include <set>
 
@@ -51,6 +52,7 @@ public:
         }
         for (const std::string& override : overrides) apply(override, document);
         for (const auto& [name, section] : document) readSection(name.str(), section);
+        checkStream();
         addDefaults();
         return std::move(settings_);
     }
@@ -90,7 +92,7 @@ private:
             document.insert_or_assign(section, toml::table());
         toml::table& target = *document.get_as<toml::table>(section);
         const ConfigurationKey* key = findKey(section, name);
-        const bool isText = key == nullptr || key->kind == ValueKind::kText;
+        const bool isText = key == nullptr || key->kind == ValueKind::kText || key->kind == ValueKind::kPath;
         if (isText || !insertParsed(target, name, text)) target.insert_or_assign(name, text);
     }
 
@@ -129,24 +131,22 @@ private:
     }
 
     void refuse(const ConfigurationKey& key, const toml::node& value, const std::string& allowed) {
-        if (std::string_view(key.section) == "connection") settings_.malformed.insert(key.name);
-        problem(value, std::string(key.section) + '.' + key.name + " is " + describe(value) +
-                           "; allowed is " + allowed + ".");
+        const std::string name = std::string(key.section) + '.' + key.name;
+        settings_.malformed.insert(name);
+        problem(value, name + " is " + describe(value) + "; allowed is " + allowed + ".");
     }
 
     void readKey(const ConfigurationKey& key, const toml::node& value) {
-        const std::string_view section = key.section;
         switch (key.kind) {
             case ValueKind::kText:
-                if (const auto text = readText(key, value)) {
-                    if (section == "connection") connectionText(key, value, *text);
-                    if (section == "stream") settings_.streamName = modified(value, *text);
-                    if (section == "host") settings_.plugin = resolved(value, *text);
-                }
+                if (const auto text = readText(key, value)) targetOf(key) = modified(value, *text);
+                break;
+            case ValueKind::kPath:
+                if (const auto text = readText(key, value)) targetOf(key) = resolved(value, *text);
                 break;
             case ValueKind::kInteger:
                 if (const auto* number = value.as_integer()) {
-                    readInteger(key, value, number->get());
+                    targetOf(key) = std::to_string(number->get());
                 } else {
                     refuse(key, value, "an integer");
                 }
@@ -154,13 +154,21 @@ private:
             case ValueKind::kFlag:
                 readFlag(key, value);
                 break;
+            case ValueKind::kLogLevel:
+                readLogLevel(key, value);
+                break;
             case ValueKind::kTexts:
+            case ValueKind::kPaths:
                 readTexts(key, value);
                 break;
             case ValueKind::kColumns:
                 readColumns(key, value);
                 break;
         }
+    }
+
+    std::string& targetOf(const ConfigurationKey& key) {
+        return key.text != nullptr ? settings_.*key.text : settings_.connection[key.name];
     }
 
     std::optional<std::string> readText(const ConfigurationKey& key, const toml::node& value) {
@@ -175,40 +183,31 @@ private:
         return result;
     }
 
-    void connectionText(const ConfigurationKey& key, const toml::node& value, const std::string& text) {
-        settings_.connection[key.name] = modified(value, text);
-    }
-
-    void readInteger(const ConfigurationKey& key, const toml::node& value, int64_t number) {
-        if (std::string_view(key.section) == "connection") {
-            settings_.connection[key.name] = std::to_string(number);
-        } else if (number >= 0 && number <= kHighestLogLevel) {
-            settings_.logLevel = static_cast<int>(number);
-        } else {
-            refuse(key, value, "an integer from 0 (least) to 7 (every step)");
-        }
-    }
-
     void readFlag(const ConfigurationKey& key, const toml::node& value) {
-        if (const auto* flag = value.as_boolean()) {
-            settings_.connection[key.name] = flag->get() ? "1" : "0";
-        } else if (const auto* number = value.as_integer()) {
-            settings_.connection[key.name] = std::to_string(number->get());
+        const auto* flag = value.as_boolean();
+        const auto* number = value.as_integer();
+        const int64_t level = flag != nullptr ? flag->get() : number != nullptr ? number->get() : -1;
+        if (level == 0 || level == 1) {
+            targetOf(key) = std::to_string(level);
         } else {
             refuse(key, value, "true, false, 1 or 0 without quotes");
         }
     }
 
-    // A list of texts, or one text, which in class paths may hold several names with ':' between them.
+    void readLogLevel(const ConfigurationKey& key, const toml::node& value) {
+        const auto* level = value.as_integer();
+        if (level != nullptr && level->get() >= 0 && level->get() <= kHighestLogLevel) {
+            settings_.logLevel = static_cast<int>(level->get());
+        } else {
+            refuse(key, value, "an integer from 0 (least) to 7 (every step)");
+        }
+    }
+
     void readTexts(const ConfigurationKey& key, const toml::node& value) {
-        const bool isOptions = std::string_view(key.name) == "jvmOptions";
-        std::vector<std::string>& target = isOptions ? settings_.jvmOptions
-                                           : std::string_view(key.name) == "classPath"
-                                               ? settings_.classPath
-                                               : settings_.addClassPath;
+        const bool isPaths = key.kind == ValueKind::kPaths;
         std::vector<std::string> texts;
         if (const auto* text = value.as_string())
-            texts = isOptions ? std::vector{text->get()} : split(text->get());
+            texts = isPaths ? split(text->get()) : std::vector{text->get()};
         const toml::array* list = value.as_array();
         bool isAllowed = value.is_string() || list != nullptr;
         for (size_t i = 0; list != nullptr && i < list->size(); ++i) {
@@ -220,7 +219,8 @@ private:
             refuse(key, value, "a list of texts in quotes");
             return;
         }
-        for (std::string& text : texts) target.push_back(isOptions ? text : resolved(value, text));
+        for (const std::string& text : texts)
+            (settings_.*key.texts).push_back(isPaths ? resolved(value, text) : text);
     }
 
     static std::vector<std::string> split(const std::string& text) {
@@ -248,7 +248,6 @@ private:
             refuse(key, value, kAllowed);
             return;
         }
-        settings_.columns.clear();
         std::set<std::string> names;
         for (const toml::node& element : *list) {
             const toml::table* table = element.as_table();
@@ -261,6 +260,8 @@ private:
                     problem(element, "there are two columns " + inQuotes(toUtf8(column->name)) +
                                          "; every name must be different.");
                 settings_.columns.push_back(*column);
+            } else {
+                settings_.malformed.insert("stream.columns");
             }
         }
     }
@@ -296,6 +297,20 @@ private:
         return Column{modified(table, name), *code, table["key"].value_or(false)};
     }
 
+    void checkStream() {
+        if (settings_.streamName.empty() && !settings_.malformed.contains("stream.name"))
+            missing("the section [stream] has no name; it needs one, as in name = \"Trades\".");
+        if (settings_.columns.empty() && !settings_.malformed.contains("stream.columns"))
+            missing(
+                "the section [stream] has no columns; it needs at least one, as in "
+                "columns = [{ name = \"Symbol\", type = \"string\" }].");
+    }
+
+    // Last of all problems: it has no place in the file.
+    void missing(const std::string& sentence) {
+        problems_.push_back({std::numeric_limits<std::uint32_t>::max(), file_ + ": " + sentence});
+    }
+
     // The adapter passes an absent format on as the empty text, which as a format accepts anything; a server
     // hands in the defaults instead.
     void addDefaults() {
@@ -316,15 +331,6 @@ std::optional<Settings> readSettings(const std::string& file, const std::vector<
     Reader reader(file);
     std::optional<Settings> settings = reader.read(overrides);
     for (std::string& problem : reader.problems()) problems.push_back(std::move(problem));
-    if (problems.empty()) {
-        if (settings->streamName.empty())
-            problems.push_back(file +
-                               ": the section [stream] has no name; it needs one, as in name = \"Trades\".");
-        if (settings->columns.empty())
-            problems.push_back(file +
-                               ": the section [stream] has no columns; it needs at least one, as in "
-                               "columns = [{ name = \"Symbol\", type = \"string\" }].");
-    }
     return settings;
 }
 

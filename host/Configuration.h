@@ -16,7 +16,7 @@ struct Settings {
     std::string streamName;
     std::vector<Column> columns;
     Parameters connection;            // with the defaults that a server hands in for the three formats
-    std::set<std::string> malformed;  // names of [connection] that are absent above for their value's kind
+    std::set<std::string> malformed;  // "section.name" of what is absent here for its value's kind
 
     // [host]; relative paths of the file count from its folder
     std::vector<std::string> classPath;

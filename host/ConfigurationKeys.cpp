@@ -14,7 +14,7 @@ constexpr const char* kSections[] = {"stream", "connection", "host"};
 constexpr const char* kColumnKeys[] = {"name", "type", "key"};
 
 constexpr ConfigurationKey kKeys[] = {
-    {"stream", "name", kText},
+    {"stream", "name", kText, &Settings::streamName},
     {"stream", "columns", kColumns},
 
     {"connection", "dataFormat", kText},
@@ -38,11 +38,11 @@ constexpr ConfigurationKey kKeys[] = {
     {"connection", "dateFormat", kText},
     {"connection", "timestampFormat", kText},
 
-    {"host", "classPath", kTexts},
-    {"host", "addClassPath", kTexts},
-    {"host", "jvmOptions", kTexts},
-    {"host", "plugin", kText},
-    {"host", "logLevel", kInteger},
+    {"host", "classPath", kPaths, nullptr, &Settings::classPath},
+    {"host", "addClassPath", kPaths, nullptr, &Settings::addClassPath},
+    {"host", "jvmOptions", kTexts, nullptr, &Settings::jvmOptions},
+    {"host", "plugin", kPath, &Settings::plugin},
+    {"host", "logLevel", kLogLevel},
 };
 
 // How many letters must be changed, added, removed or exchanged with their neighbour to make one word of the

@@ -3,15 +3,22 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
+
+#include "host/Configuration.h"
 
 namespace host {
 
-enum class ValueKind { kText, kInteger, kFlag, kTexts, kColumns };
+// A path of the file counts from its folder; a list of paths may also be one text with ':' between them.
+enum class ValueKind { kText, kInteger, kFlag, kLogLevel, kPath, kTexts, kPaths, kColumns };
 
 struct ConfigurationKey {
     const char* section;
     const char* name;
     ValueKind kind;
+    // Where the value goes; null: to the adapter's parameters, or the kind alone says where.
+    std::string Settings::*text = nullptr;
+    std::vector<std::string> Settings::*texts = nullptr;
 };
 
 // Null: there is no such key.

@@ -40,11 +40,12 @@ protected:
 };
 
 TEST_F(Configuration, HandsInWhatItSays) {
-    const host::Settings settings = read(std::string(kStream) + R"([connection]
+    const host::Settings settings =
+        read(std::string(kStream) + R"([connection]
 delimiter = "\u0000\U0001F600"
 batchsize = 100
-expectStreamNameOpcode = false
-matchStreamName = 7
+expectStreamNameOpcode = true
+matchStreamName = 1
 dateFormat = ""
 [host]
 logLevel = 6
@@ -52,8 +53,8 @@ classPath = "a.jar:lib/b.jar"
 addClassPath = ["/x/c.jar"]
 jvmOptions = ["-Da=b:c"]
 )",
-                                         {"connection.batchsize=5", "connection.jndiURL=tcp://h:1?a=b",
-                                          "host.jvmOptions=[\"-Xint\"]", "connection.clientID=12"});
+             {"connection.batchsize=5", "connection.expectStreamNameOpcode=0",
+              "connection.jndiURL=tcp://h:1?a=b", "host.jvmOptions=[\"-Xint\"]", "connection.clientID=12"});
     EXPECT_EQ(problems, Texts());
     EXPECT_EQ(settings.streamName, "S");
     ASSERT_EQ(settings.columns.size(), 2U);
@@ -62,7 +63,7 @@ jvmOptions = ["-Da=b:c"]
     EXPECT_EQ(settings.connection, (host::Parameters{{"delimiter", "\xC0\x80\xED\xA0\xBD\xED\xB8\x80"},
                                                      {"batchsize", "5"},
                                                      {"expectStreamNameOpcode", "0"},
-                                                     {"matchStreamName", "7"},
+                                                     {"matchStreamName", "1"},
                                                      {"jndiURL", "tcp://h:1?a=b"},
                                                      {"clientID", "12"},
                                                      {"timeFormat", "%H:%M:%S"},
@@ -79,18 +80,22 @@ TEST_F(Configuration, EveryFaultIsASentence) {
         faults(
             "[connection]\ndelimeter = 1\nbatchsize = \"ten\"\ndataFormat = 3\nmatchStreamName = \"true\"\n"
             "logLevel = 1\n[host]\nlogLevel = 8\njvmOptions = [1]\n[conection]\n",
-            {"batchsize=1", "host.logLevel=x", "strem.name=T"}),
-        (Texts{"--set batchsize=1: this is not of the form section.name=value.",
-               "--set: host.logLevel is the text \"x\"; allowed is an integer.",
-               "--set: there is no section [strem]; the nearest known one is [stream].",
-               "5: there is no key connection.delimeter; the nearest known one is connection.delimiter.",
-               "6: connection.batchsize is the text \"ten\"; allowed is an integer.",
-               "7: connection.dataFormat is the integer 3; allowed is a text in quotes.",
-               "8: connection.matchStreamName is the text \"true\"; allowed is true, false, 1 or 0 without "
-               "quotes.",
-               "9: there is no key connection.logLevel; the nearest known one is host.logLevel.",
-               "12: host.jvmOptions is a list; allowed is a list of texts in quotes.",
-               "13: there is no section [conection]; the nearest known one is [connection]."}));
+            {"batchsize=1", "host.logLevel=x", "strem.name=T", "connection.expectStreamNameOpcode=2"}),
+        (Texts{
+            "--set batchsize=1: this is not of the form section.name=value.",
+            "--set: connection.expectStreamNameOpcode is the integer 2; allowed is true, false, 1 or 0 "
+            "without "
+            "quotes.",
+            "--set: host.logLevel is the text \"x\"; allowed is an integer from 0 (least) to 7 (every step).",
+            "--set: there is no section [strem]; the nearest known one is [stream].",
+            "5: there is no key connection.delimeter; the nearest known one is connection.delimiter.",
+            "6: connection.batchsize is the text \"ten\"; allowed is an integer.",
+            "7: connection.dataFormat is the integer 3; allowed is a text in quotes.",
+            "8: connection.matchStreamName is the text \"true\"; allowed is true, false, 1 or 0 without "
+            "quotes.",
+            "9: there is no key connection.logLevel; the nearest known one is host.logLevel.",
+            "12: host.jvmOptions is a list; allowed is a list of texts in quotes.",
+            "13: there is no section [conection]; the nearest known one is [connection]."}));
     EXPECT_EQ(
         faults("x = 1.5\n[host]\nlogLevel = 8\n"),
         (Texts{
