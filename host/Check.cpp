@@ -1,25 +1,65 @@
 #include "host/Check.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cstdint>
 #include <cstdio>
 #include <fstream>
+#include <initializer_list>
+#include <limits>
 #include <set>
 
 #include "host/ClassPath.h"
 #include "host/Console.h"
 #include "host/Installation.h"
+#include "host/Plugin.h"
 #include "host/toolkit/ModifiedUtf8.h"
 #include "host/toolkit/Text.h"
+#include "host/toolkit/ValueTyping.h"
 
 namespace host {
 
 namespace {
 
+// Parameters that are read for one kind of connection only.
+struct UsedFor {
+    const char* name;
+    const char* by;  // the parameter that says which kind it is
+    std::initializer_list<std::string_view> kinds;
+    const char* standard = nullptr;  // what the host hands in of itself
+};
+const UsedFor kUsedFor[] = {
+    {"delimiter", "dataFormat", {"CSV"}},
+    {"fixMessageType", "dataFormat", {"FIX"}},
+    {"fixVersion", "dataFormat", {"FIX"}},
+    {"converterClassName", "dataFormat", {"CUSTOM"}},
+    {"converterParam", "dataFormat", {"CUSTOM"}},
+    {"expectStreamNameOpcode", "dataFormat", {"CSV", "OBJECTARRAY"}},
+    {"matchStreamName", "dataFormat", {"XML"}},
+    {"timeFormat", "dataFormat", {"CSV", "XML", "FIX"}, kDefaultTimeFormat},
+    {"dateFormat", "dataFormat", {"CSV", "XML", "FIX"}, kDefaultDateFormat},
+    {"timestampFormat", "dataFormat", {"CSV", "XML", "FIX"}, kDefaultDateFormat},
+    {"clientID", "subscriptionMode", {"DURABLE"}},
+    {"subscriptionName", "subscriptionMode", {"DURABLE"}},
+    {"batchsize", "subscriptionMode", {"DURABLE"}},
+};
+
+// The connector's limits, as it reads them.
+constexpr const char* kLimits[] = {"receiveTimeoutMillis", "connectTimeoutMillis", "maxMessageBytes",
+                                   "browseLimit", "browseMillis"};
+constexpr std::string_view kLimitOption = "-Dkel.jms.";
+
+bool isLimit(std::string_view text) {
+    std::int32_t value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    return error == std::errc() && end == text.data() + text.size() && value >= 1;
+}
+
 class Checker {
 public:
     explicit Checker(const Settings& settings) : settings_(settings) {}
 
-    std::vector<std::string> problems() {
+    Findings findings() {
         oneOf("dataFormat", {"CSV", "XML", "FIX", "OBJECTARRAY", "CUSTOM"}, false);
         if (text("dataFormat") == "CSV") needed("delimiter", "the text between two values, such as \",\"");
         if (text("dataFormat") == "CUSTOM")
@@ -36,7 +76,9 @@ public:
         oneOf("subscriptionMode", {"NONDURABLE", "DURABLE"}, true);
         if (text("subscriptionMode") == "DURABLE") durable();
         inJvmBroker();
-        return std::move(problems_);
+        for (const std::string& option : settings_.jvmOptions) limit(option);
+        for (const UsedFor& use : kUsedFor) unused(use);
+        return std::move(findings_);
     }
 
 private:
@@ -49,8 +91,9 @@ private:
     void problem(const char* name, const std::string& allowed) {
         if (settings_.malformed.contains("connection." + std::string(name))) return;  // that is the problem
         const bool isThere = settings_.connection.contains(name);
-        problems_.push_back("connection." + std::string(name) +
-                            (isThere ? " is " + inQuotes(text(name)) : " is missing") + "; " + allowed + ".");
+        findings_.problems.push_back("connection." + std::string(name) +
+                                     (isThere ? " is " + inQuotes(text(name)) : " is missing") + "; " +
+                                     allowed + ".");
     }
 
     void needed(const char* name, const std::string& what) {
@@ -78,9 +121,9 @@ private:
         for (const Column& column : settings_.columns) {
             const std::string name = toUtf8(column.name);
             if (!fields.contains(name))
-                problems_.push_back("stream.columns has " + inQuotes(name) +
-                                    "; it must be a field named in " + dictionary +
-                                    ", else it is never filled.");
+                findings_.problems.push_back("stream.columns has " + inQuotes(name) +
+                                             "; it must be a field named in " + dictionary +
+                                             ", else it is never filled.");
         }
     }
 
@@ -92,39 +135,126 @@ private:
         const std::string batch = text("batchsize");
         if (batch.starts_with('-'))
             problem("batchsize", "it must be the number of messages a commit, from 1");
+        redelivery();
+    }
+
+    void redelivery() {
+        constexpr char kUnlimited[] = "jms.redeliveryPolicy.maximumRedeliveries=-1";
+        if (!text("jndiContextFactory").starts_with("org.apache.activemq") ||
+            text("jndiURL").find(kUnlimited) != std::string::npos)
+            return;
+        findings_.notes.push_back(
+            "connection.jndiURL does not say " + std::string(kUnlimited) +
+            "; without it ActiveMQ moves messages to its dead-letter queue after six crashes or stops before "
+            "their commit.");
     }
 
     void inJvmBroker() {
         const std::string url = text("jndiURL");
-        if (url.starts_with("vm:") && settings_.classPath.empty() &&
-            url.find("broker.persistent=false") == std::string::npos)
+        if (isInJvmBroker(url) && url.find("broker.persistent=false") == std::string::npos && !hasStore())
             problem("jndiURL",
                     "a broker inside the process keeps its messages in files, for which jars are "
                     "missing, unless the URL says ?broker.persistent=false&broker.useJmx=false");
     }
 
+    // Whose jars a class path of its own has, nobody knows.
+    bool hasStore() const {
+        const std::vector<std::string>& jars = settings_.addClassPath;
+        const auto isStore = [](const std::string& jar) { return jar.find("kahadb") != std::string::npos; };
+        return !settings_.classPath.empty() || std::any_of(jars.begin(), jars.end(), isStore);
+    }
+
+    void limit(const std::string& option) {
+        if (!option.starts_with(kLimitOption)) return;
+        const size_t equals = std::min(option.find('='), option.size());
+        const std::string name = option.substr(kLimitOption.size(), equals - kLimitOption.size());
+        const std::string value = option.substr(std::min(equals + 1, option.size()));
+        if (name == "trustObjectMessages") return;
+        std::string known;
+        for (const char* limit : kLimits) addToList(known, limit);
+        if (std::find(std::begin(kLimits), std::end(kLimits), name) == std::end(kLimits)) {
+            findings_.problems.push_back(
+                "host.jvmOptions has " + inQuotes(option) + ", which the connector does not know; after " +
+                std::string(kLimitOption) + " it knows " + known + ", trustObjectMessages.");
+        } else if (!isLimit(value)) {
+            findings_.problems.push_back("host.jvmOptions has " + inQuotes(option) +
+                                         "; the value must be an integer from 1 to " +
+                                         std::to_string(std::numeric_limits<std::int32_t>::max()) + ".");
+        }
+    }
+
+    void unused(const UsedFor& use) {
+        const std::string kind = text(use.by);
+        const bool isUsed = std::find(use.kinds.begin(), use.kinds.end(), kind) != use.kinds.end();
+        const bool isGiven = settings_.connection.contains(use.name) &&
+                             (use.standard == nullptr || text(use.name) != use.standard);
+        if (isUsed || !isGiven) return;
+        std::string kinds;
+        for (const std::string_view one : use.kinds) addToList(kinds, inQuotes(one), " or ");
+        findings_.notes.push_back("connection." + std::string(use.name) + " is not read unless connection." +
+                                  use.by + " is " + kinds + ".");
+    }
+
     const Settings& settings_;
-    std::vector<std::string> problems_;
+    Findings findings_;
 };
+
+// Everything that is wrong, each with its place; notes come along.
+std::optional<Settings> examined(const std::string& file, const std::vector<std::string>& overrides,
+                                 Findings& findings) {
+    std::optional<Settings> settings = readSettings(file, overrides, findings.problems);
+    if (!settings) return settings;
+    const std::string place = file + ": ";
+    const Findings found = findingsOf(*settings);
+    for (const std::string& problem : found.problems) findings.problems.push_back(place + problem);
+    for (const std::string& note : found.notes) findings.notes.push_back(place + "note: " + note);
+    try {
+        classPath(*settings);
+    } catch (const Failure& failure) {
+        findings.problems.push_back(place + failure.what());
+    }
+    return settings;
+}
 
 }  // namespace
 
-std::vector<std::string> connectionProblems(const Settings& settings) { return Checker(settings).problems(); }
+Findings findingsOf(const Settings& settings) { return Checker(settings).findings(); }
+
+bool isInJvmBroker(std::string_view url) {
+    constexpr std::string_view kScheme = "vm:";
+    constexpr std::string_view kBeforeUrl =
+        "(,: ";  // as in failover:(tcp://a,vm://b); a host may be named vm
+    for (size_t at = url.find(kScheme); at != std::string_view::npos; at = url.find(kScheme, at + 1)) {
+        if (at == 0 || kBeforeUrl.find(url[at - 1]) != std::string_view::npos) return true;
+    }
+    return false;
+}
+
+Settings soundSettings(const std::string& file, const std::vector<std::string>& overrides) {
+    Findings findings;
+    std::optional<Settings> settings = examined(file, overrides, findings);
+    const size_t count = findings.problems.size();
+    for (const std::string& problem : findings.problems) say(problem);
+    if (count > 0)
+        throw Failure(std::to_string(count) + (count == 1 ? " problem" : " problems") +
+                          " in the configuration; nothing was started.",
+                      kBadConfiguration);
+    return std::move(*settings);
+}
 
 int checkConfiguration(const std::string& file, const std::vector<std::string>& overrides) {
-    std::vector<std::string> problems;
-    if (const auto settings = readSettings(file, overrides, problems)) {
-        const std::string place = file + ": ";
-        for (const std::string& problem : connectionProblems(*settings)) problems.push_back(place + problem);
+    Findings findings;
+    if (const auto settings = examined(file, overrides, findings)) {
         try {
-            classPath(*settings);
+            const Plugin plugin(settings->plugin.empty() ? pluginFile().string() : settings->plugin);
         } catch (const Failure& failure) {
-            problems.push_back(place + failure.what());
+            findings.problems.push_back(file + ": host.plugin: " + failure.what());
         }
     }
-    for (const std::string& problem : problems) std::printf("%s\n", oneLine(problem).c_str());
-    if (problems.empty()) std::printf("%s: no problems\n", oneLine(file).c_str());
-    return problems.empty() ? kDone : kBadConfiguration;
+    for (const std::string& problem : findings.problems) std::printf("%s\n", oneLine(problem).c_str());
+    if (findings.problems.empty()) std::printf("%s: no problems\n", oneLine(file).c_str());
+    for (const std::string& note : findings.notes) std::printf("%s\n", oneLine(note).c_str());
+    return findings.problems.empty() ? kDone : kBadConfiguration;
 }
 
 }  // namespace host

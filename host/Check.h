@@ -2,17 +2,31 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/Configuration.h"
 
 namespace host {
 
-// What the adapter, the connector or the provider would refuse or silently take for something else: one
-// sentence each, with the parameter, what was found and what is allowed.
-std::vector<std::string> connectionProblems(const Settings& settings);
+struct Findings {
+    // What the adapter, the connector or the provider would refuse or silently take for something else: one
+    // sentence each, with the parameter, what was found and what is allowed.
+    std::vector<std::string> problems;
+    // What works, though hardly as meant.
+    std::vector<std::string> notes;
+};
+Findings findingsOf(const Settings& settings);
 
-// Prints the problems of the file, or that there are none, on standard output. The exit code.
+// The settings of a file and its overrides in which nothing is wrong that is seen before connecting; else
+// says all problems and throws Failure.
+Settings soundSettings(const std::string& file, const std::vector<std::string>& overrides);
+
+// Whether the URL is of a broker inside the process that uses it, also as one of several: vm://a,
+// vm:(...), failover:(vm://a).
+bool isInJvmBroker(std::string_view url);
+
+// Prints problems and notes of the file, or that there is no problem, on standard output. The exit code.
 int checkConfiguration(const std::string& file, const std::vector<std::string>& overrides);
 
 }  // namespace host

@@ -67,7 +67,7 @@ std::string located(const std::vector<std::string>& names) {
         }
         addToList(path, file.string(), ":");
     }
-    if (!missing.empty()) throw Failure("The Java class path lacks " + missing + ".");
+    if (!missing.empty()) throw Failure("The Java class path lacks " + missing + ".", kBadConfiguration);
     return path;
 }
 

@@ -334,15 +334,4 @@ std::optional<Settings> readSettings(const std::string& file, const std::vector<
     return settings;
 }
 
-Settings loadSettings(const std::string& file, const std::vector<std::string>& overrides) {
-    std::vector<std::string> problems;
-    std::optional<Settings> settings = readSettings(file, overrides, problems);
-    for (const std::string& problem : problems) say(problem);
-    if (!problems.empty())
-        throw Failure(std::to_string(problems.size()) + (problems.size() == 1 ? " problem" : " problems") +
-                          " in the configuration; nothing was started.",
-                      kBadConfiguration);
-    return std::move(*settings);
-}
-
 }  // namespace host

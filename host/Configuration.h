@@ -32,7 +32,4 @@ struct Settings {
 std::optional<Settings> readSettings(const std::string& file, const std::vector<std::string>& overrides,
                                      std::vector<std::string>& problems);
 
-// The same; when there are problems, says them all and throws Failure.
-Settings loadSettings(const std::string& file, const std::vector<std::string>& overrides);
-
 }  // namespace host

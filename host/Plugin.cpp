@@ -49,14 +49,16 @@ constexpr EntryPoint kEntryPoints[] = {
 
 Plugin::Plugin(const std::string& file) {
     void* library = ::dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (library == nullptr) throw Failure(std::string("The plug-in cannot be loaded: ") + ::dlerror() + ".");
+    if (library == nullptr)
+        throw Failure(std::string("The plug-in cannot be loaded: ") + ::dlerror() + ".", kBadConfiguration);
     std::string missing;
     for (const EntryPoint& point : kEntryPoints) {
         void* symbol = ::dlsym(library, point.name);
         if (symbol == nullptr) addToList(missing, point.name);
         point.assign(*this, symbol);
     }
-    if (!missing.empty()) throw Failure("The plug-in " + file + " lacks the entry points " + missing + ".");
+    if (!missing.empty())
+        throw Failure("The plug-in " + file + " lacks the entry points " + missing + ".", kBadConfiguration);
 }
 
 }  // namespace host

@@ -5,6 +5,7 @@
 #include <mutex>
 #include <optional>
 
+#include "host/Check.h"
 #include "host/Console.h"
 #include "host/Feeder.h"
 #include "host/Installation.h"
@@ -147,9 +148,10 @@ int runRows(const RunOptions& options) {
     std::optional<LineSource> feed;
     if (!options.feed.empty()) feed.emplace(options.feed);
     Output output(options.out);
-    Session session(options.session);
-    const std::string pluginName = !options.plugin.empty() ? options.plugin : session.settings.plugin;
+    Settings settings = soundSettings(options.session.config, options.session.overrides);
+    const std::string pluginName = !options.plugin.empty() ? options.plugin : settings.plugin;
     const Plugin plugin(!pluginName.empty() ? pluginName : pluginFile().string());
+    Session session(std::move(settings), options.session.logLevel);
 
     LoadedAdapter adapter(plugin, session);
     SignalWatch signals([&adapter] {

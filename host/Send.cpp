@@ -3,12 +3,14 @@
 #include <algorithm>
 #include <atomic>
 
+#include "host/Check.h"
 #include "host/Console.h"
 #include "host/Jvm.h"
 #include "host/LineSource.h"
 #include "host/RunReport.h"
 #include "host/Sender.h"
 #include "host/Signals.h"
+#include "host/toolkit/Text.h"
 
 namespace host {
 
@@ -62,11 +64,11 @@ void saySent(int64_t count, double seconds) {
 }
 
 void refuseInJvmBroker(const Settings& settings) {
-    const auto url = settings.connection.find("jndiURL");
-    if (url != settings.connection.end() && url->second.starts_with("vm://"))
+    const std::string& url = settings.connection.at("jndiURL");
+    if (isInJvmBroker(url))
         throw Failure(
-            "connection.jndiURL is \"" + url->second +
-                "\", a broker inside the process that uses it, which no other process sees; use run "
+            "connection.jndiURL is " + inQuotes(url) +
+                ", a broker inside the process that uses it, which no other process sees; use run "
                 "--feed FILE there, or the URL of a broker of its own, such as tcp://localhost:61616.",
             kBadConfiguration);
 }
@@ -76,9 +78,10 @@ void refuseInJvmBroker(const Settings& settings) {
 int sendMessages(const SendOptions& options) {
     if (options.file == kStandardInput && options.repeat > 1)
         throw Failure("Standard input can be read only once; --repeat needs a file.", kUsage);
-    refuseInJvmBroker(loadSettings(options.session.config, options.session.overrides));
+    Settings settings = soundSettings(options.session.config, options.session.overrides);
+    refuseInJvmBroker(settings);
     LineSource source(options.file);
-    Session session(options.session);
+    Session session(std::move(settings), options.session.logLevel);
     Sender sender(session.context, session.rowType, session.settings.connection);
     std::atomic<bool> isStopped{false};
     SignalWatch signals([&] {

@@ -7,9 +7,8 @@
 
 namespace host {
 
-Session::Session(const SessionOptions& options)
-    : settings(loadSettings(options.config, options.overrides)),
-      rowType(settings.streamName, settings.columns) {
+Session::Session(Settings sound, std::optional<int> logLevel)
+    : settings(std::move(sound)), rowType(settings.streamName, settings.columns) {
     const std::string path = classPath(settings);
     provideKelHome();
     if (std::string error; !loadCatalogue(catalogueFile(), error)) say(error);
@@ -18,7 +17,7 @@ Session::Session(const SessionOptions& options)
         sayModified("error: ", text);
     });
     context.adapterName = settings.streamName;
-    context.logLevel = options.logLevel.value_or(settings.logLevel);
+    context.logLevel = logLevel.value_or(settings.logLevel);
     context.log = [](int level, const char* text) {
         sayModified("log " + std::to_string(level) + ": ", text);
     };

@@ -18,11 +18,12 @@ struct SessionOptions {
     std::optional<int> logLevel;
 };
 
-// The configuration read, the class path complete, the message catalogue loaded, the JVM running, and errors
+// A sound configuration, the message catalogue loaded, the JVM running, and errors
 // and log going to standard error. At most one a process. The constructor throws Failure.
 class Session {
 public:
-    explicit Session(const SessionOptions& options);
+    // `logLevel` goes before the settings' one.
+    explicit Session(Settings sound, std::optional<int> logLevel = {});
     ~Session();
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;

@@ -128,7 +128,14 @@ TEST_F(Configuration, EveryColumnFaultNamesTheColumn) {
     read("");
     EXPECT_EQ(problems.size(), 2U) << "no name, no columns";
     EXPECT_EQ(host::readSettings(file + ".absent", {}, problems), std::nullopt);
-    EXPECT_THROW(host::loadSettings(file + ".absent", {}), host::Failure);
+}
+
+TEST(Check, KnowsABrokerInsideTheProcess) {
+    for (const char* url :
+         {"vm://a", "vm:(broker:(tcp://h:1))", "failover:(tcp://h:1,vm://a)", "failover:vm://a"})
+        EXPECT_TRUE(host::isInJvmBroker(url)) << url;
+    for (const char* url : {"", "tcp://vm:61616", "tcp://h:1?x=vm://a", "vmx://a"})
+        EXPECT_FALSE(host::isInJvmBroker(url)) << url;
 }
 
 TEST(ClassPath, NamesEveryMissingJarWithItsPackage) {
@@ -155,7 +162,7 @@ TEST_F(Configuration, CheckNamesWhatWouldBeTakenForSomethingElse) {
         "jndiContextFactory = \"F\"\njndiURL = \"tcp://h:1\"\ndestinationType = \"TOPIC\"\n"
         "destinationName = \"D\"\n";
     ::setenv("KEL_HOME", "/nowhere", 1);
-    EXPECT_EQ(host::connectionProblems(read(good)), Texts());
+    EXPECT_EQ(host::findingsOf(read(good)).problems, Texts());
     struct {
         Texts overrides;
         Texts problems;
@@ -185,12 +192,23 @@ TEST_F(Configuration, CheckNamesWhatWouldBeTakenForSomethingElse) {
          {"jndiURL is \"vm://x\"; a broker inside the process keeps its messages in files, for which jars "
           "are missing, "
           "unless the URL says ?broker.persistent=false&broker.useJmx=false."}},
+        {{"connection.jndiURL=vm://x", "host.addClassPath=[\"activemq-kahadb-store.jar\"]"}, {}},
+        {{"host.jvmOptions=[\"-Dkel.jms.browseMillis=0\"]"},
+         {"jvmOptions has \"-Dkel.jms.browseMillis=0\"; the value must be an integer from 1 to 2147483647."}},
     };
     for (const auto& row : rows) {
-        Texts found = host::connectionProblems(read(good, row.overrides));
-        for (std::string& problem : found) problem = problem.substr(std::string("connection.").size());
+        Texts found = host::findingsOf(read(good, row.overrides)).problems;
+        for (std::string& problem : found) problem = problem.substr(problem.find('.') + 1);
         EXPECT_EQ(found, row.problems);
     }
+    const host::Settings durable =
+        read(good, {"connection.delimiter=;", "connection.subscriptionMode=DURABLE", "connection.clientID=c",
+                    "connection.subscriptionName=s",
+                    "connection.jndiContextFactory=org.apache.activemq.jndi.ActiveMQInitialContextFactory"});
+    const Texts notes = host::findingsOf(durable).notes;
+    ASSERT_EQ(notes.size(), 2U);
+    EXPECT_TRUE(notes[0].find("dead-letter queue after six") != std::string::npos) << notes[0];
+    EXPECT_EQ(notes[1], "connection.delimiter is not read unless connection.dataFormat is \"CSV\".");
     read(good, {"connection.jndiURL=[1]"});
     EXPECT_EQ(problems.size(), 0U) << "an override of a text parameter is a text";
 }
