@@ -7,6 +7,7 @@
 #include <mutex>
 
 #include "host/toolkit/ModifiedUtf8.h"
+#include "host/toolkit/Text.h"
 
 namespace host {
 
@@ -58,7 +59,7 @@ void say(std::string_view text) {
 void sayModified(const std::string& prefix, const char* text) {
     std::string line = prefix;
     const std::string_view whole = text;
-    appendUtf8(whole.substr(0, kLongestLine), line);
+    appendUtf8(wholeCharacters(whole, kLongestLine), line);
     if (whole.size() > kLongestLine) line += "... (" + std::to_string(whole.size()) + " bytes)";
     say(line);
 }

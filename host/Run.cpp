@@ -138,8 +138,9 @@ private:
 void reset(LoadedAdapter& adapter, const Session& session) {
     if (adapter.plugin().reset(adapter.handle())) return;
     if (adapter.isStopped()) throw Failure("Stopped before the connection was ready.");
-    throw Failure(session.errors > 0 ? "The adapter refuses to start; the reason stands above."
-                                     : "The adapter cannot connect; the connector's warning above says why.");
+    throw Failure(session.errors > 0
+                      ? "The adapter refuses to start; the reason stands above."
+                      : "The adapter cannot connect; the connector's warning or exception above says why.");
 }
 
 }  // namespace

@@ -13,7 +13,8 @@ namespace {
 
 constexpr std::chrono::milliseconds kRedraw(500);
 
-// The connector has a thread of this name while it reconnects; the system keeps 15 letters of it.
+// While it reconnects, and only then, the connector has a thread named "kel-jms-reconnect" (ConnectionKeeper
+// keeps to that); the system keeps 15 letters of it.
 constexpr char kReconnectThread[] = "kel-jms-reconne";
 
 bool isReconnecting() {

@@ -91,7 +91,8 @@ int sendMessages(const SendOptions& options) {
         sender.stop();
     });
     if (!sender.reset())
-        throw Failure("The destination takes no sender; the connector's warning above says why.");
+        throw Failure(
+            "The destination takes no sender; the connector's warning or exception above says why.");
     Sending sending(sender, source, options, isStopped);
     const Clock::time_point start = Clock::now();
     try {

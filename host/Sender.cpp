@@ -40,13 +40,13 @@ Elements readArray(const std::string& line) {
     ArrayHandler handler;
     rapidjson::Reader reader;
     rapidjson::StringStream stream(line.c_str());
-    // A zero byte would end the stream early and hide what follows it.
-    if (line.find('\0') != std::string::npos || !reader.Parse(stream, handler))
-        throw Failure(
-            "this is no JSON array of strings and nulls, such as [\"Trades\",\"i\",\"IBM\",null], at "
-            "byte " +
-            std::to_string(reader.GetErrorOffset()) + ".");
-    return handler.elements();
+    const bool isParsed = reader.Parse(stream, handler);
+    // A zero byte ends the stream early and hides what follows it.
+    const size_t zero = line.find('\0');
+    if (isParsed && zero == std::string::npos) return handler.elements();
+    throw Failure(
+        "this is no JSON array of strings and nulls, such as [\"Trades\",\"i\",\"IBM\",null], at byte " +
+        std::to_string(isParsed ? zero : reader.GetErrorOffset()) + ".");
 }
 
 }  // namespace

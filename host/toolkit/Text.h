@@ -13,6 +13,20 @@ inline std::string inQuotes(std::string_view text) {
     return result;
 }
 
+// The longest beginning of at most so many bytes that holds no part of a character, which in UTF-8 is up to
+// four bytes, and in modified UTF-8 may be two halves of three.
+inline std::string_view wholeCharacters(std::string_view text, size_t most) {
+    if (text.size() <= most) return text;
+    const auto isHalf = [text](size_t at, int secondByte) {
+        return at + 1 < text.size() && text[at] == '\xED' && (text[at + 1] & 0xF0) == secondByte;
+    };
+    constexpr size_t kHalf = 3;
+    size_t length = most;
+    while (length > 0 && (text[length] & 0xC0) == 0x80) --length;
+    const bool isWithinPair = length >= kHalf && isHalf(length - kHalf, 0xA0) && isHalf(length, 0xB0);
+    return text.substr(0, isWithinPair ? length - kHalf : length);
+}
+
 inline void addToList(std::string& list, std::string_view item, std::string_view separator = ", ") {
     if (!list.empty()) list += separator;
     list += item;

@@ -85,10 +85,18 @@ TEST_F(RowConversion, Refusals) {
          "key column \"Key\" (string) is null in the message; a key column needs a value."},
     };
     for (const auto& row : rows) EXPECT_EQ(convert(row.byNames, row.fields), "Stream \"T\": " + row.sentence);
-    const std::string longText = std::string(199, 'x') + "\xC3\xA4\xC3\xA4";
-    EXPECT_NE(convert(true, {{"Key", "k"}, {"Int", longText.c_str()}})
-                  .find("\"" + std::string(199, 'x') + "...\" (203 bytes)"),
-              std::string::npos);
+    // A long text is cut between characters, a pair of halves being one.
+    const std::string umlauts = "\xC3\xA4\xC3\xA4";
+    const std::string pair = "\xED\xA0\xBD\xED\xB8\x80";
+    const std::tuple<size_t, std::string, std::string> cuts[] = {
+        {199, umlauts, ""}, {198, umlauts, "\xC3\xA4"}, {195, pair, ""}, {197, pair, ""}, {199, pair, ""}};
+    for (const auto& [count, end, kept] : cuts) {
+        const std::string plain(count, 'x');
+        const std::string text = plain + end;
+        EXPECT_NE(convert(true, {{"Key", "k"}, {"Int", text.c_str()}}).find('"' + plain + kept + "...\" ("),
+                  std::string::npos)
+            << count << end;
+    }
 }
 
 // Each type of the server: a text as a row writes it, or why not.

@@ -58,6 +58,9 @@ TEST_F(Sending, ArraysGoOutAsTheyStand) {
     for (const char* text : {"", "[", "[1]", "[\"a\",[]]", "{}", "[\"a\"] x", "\"a\"", "[true]"}) {
         EXPECT_TRUE(failureOf(text).starts_with("this is no JSON array of strings and nulls")) << text;
     }
+    for (const std::string& text : {std::string("[null]\0[]", 9), std::string("[null\0]", 7)})
+        EXPECT_TRUE(failureOf(text).ends_with(", at byte " + std::to_string(text.find('\0')) + "."))
+            << failureOf(text);
     EXPECT_TRUE(jvm.takeCalls().empty());
 }
 

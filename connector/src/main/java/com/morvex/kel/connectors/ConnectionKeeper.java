@@ -71,7 +71,8 @@ final class ConnectionKeeper {
             mine = ++generation;
             if (System.nanoTime() - openedAt > PROVEN_NANOS) backoff = new Backoff();
         }
-        // The caller may be a thread of the provider, which must not wait for the closing.
+        // The caller may be a thread of the provider, which must not wait for the closing. A host shows by
+        // the thread's name that it reconnects.
         Thread worker = new Thread(() -> reconnect(mine, failed, cause), "kel-jms-reconnect");
         worker.setDaemon(true);
         worker.start();
