@@ -151,6 +151,14 @@ void compareLongDivision(Random& random, UInt128 a, UInt128 b, Tally& tally) {
     for (int i = 0; i < 8; ++i) divisor[i] = static_cast<uint16_t>(b >> 16 * i);
     number[8] = DataTypes::mul1(number, 8, static_cast<uint16_t>(random.number()));
     const std::string input(reinterpret_cast<const char*>(number), sizeof number);
+    uint64_t words[4] = {};
+    DataTypes::longdivmod128(static_cast<uint64_t>(a >> 64), static_cast<uint64_t>(a),
+                             static_cast<uint64_t>(b >> 64), static_cast<uint64_t>(b), words[0], words[1],
+                             words[2], words[3]);
+    const UInt128 whole = UInt128{words[0]} << 64 | words[1], rest = UInt128{words[2]} << 64 | words[3];
+    tally.compare("128 bits",
+                  rest < b ? show(static_cast<Int128>(whole * b + rest)) : "a remainder too large",
+                  show(static_cast<Int128>(a)));
     DataTypes::longdivmod(number, kDigits, divisor, 8, quotient);
     for (int i = 0; i < kDigits; ++i) {
         uint32_t carry = 0;
