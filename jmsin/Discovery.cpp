@@ -1,12 +1,15 @@
-// Proposes a schema: browses messages without consuming them, lays each into the connection row, and widens the
-// type of every column over its values.
+// Proposes a schema: browses messages without consuming them, lays each into the connection row, and widens
+// the type of every column over its values.
+#include "jmsin/JmsInAdapter.h"
+
 #include <algorithm>
 #include <map>
+#include <stdexcept>
+#include <tuple>
 
 #include "datatypes/DataTypes.h"
 #include "fix/NewFixUtils.h"
 #include "jms/JmsUtils.h"
-#include "jmsin/JmsInAdapter.h"
 #include "jmsin/MessageKeys.h"
 #include "util/StringUtils.h"
 
@@ -34,6 +37,11 @@ struct TagOrder {
         return {!isNumber, digits, isNumber ? tag.substr(tag.size() - digits) + tag : tag};
     }
 };
+
+bool isFramingTag(const NewFixUtils& fix, const std::string& tag) {
+    return tag == fix.beginStringTag || tag == fix.bodyLengthTag || tag == fix.msgTypeTag ||
+           tag == fix.checkSumTag;
+}
 
 }  // namespace
 
@@ -147,8 +155,8 @@ void JmsInAdapter::makeDiscoveredRows(Rows& rows) {
     sampleRows = rows;
 }
 
-// The columns are the attributes of the first message that parses. A later message that lacks one has the empty
-// text there, which says nothing of the type; one that has more is not asked for the rest.
+// The columns are the attributes of the first message that parses. A later message that lacks one has the
+// empty text there, which says nothing of the type; one that has more is not asked for the rest.
 bool JmsInAdapter::discoverXml() {
     trace(keys::kDiscoverXml);
     std::vector<std::string> messages;
@@ -170,7 +178,8 @@ bool JmsInAdapter::discoverXml() {
         std::vector<std::string>& row = rows.emplace_back();
         for (size_t i = 0; i < columns.size(); ++i) {
             const char* value = nullptr;
-            const bool present = getFieldAsStringWithKey(row_, columns[i].c_str(), &value) && value != nullptr;
+            const bool present =
+                getFieldAsStringWithKey(row_, columns[i].c_str(), &value) && value != nullptr;
             row.emplace_back(present ? value : "");
             if (present) widen(types[i], typeOf(value));
         }
@@ -197,7 +206,8 @@ bool JmsInAdapter::discoverFix() {
             continue;  // one message that cannot be taken apart is no reason to give up the others
         }
         for (const auto& [tag, value] : fields) {
-            if (!fix_->isFramingTag(tag)) widen(types.try_emplace(tag, kNotSeen).first->second, typeOf(value.c_str()));
+            if (!isFramingTag(*fix_, tag))
+                widen(types.try_emplace(tag, kNotSeen).first->second, typeOf(value.c_str()));
         }
         samples.push_back(std::move(fields));
     }

@@ -1,5 +1,4 @@
 // From a connection row to a server row: every field typed by its column, or one sentence why not.
-#include <algorithm>
 #include <memory>
 
 #include "host/toolkit/ConnectionRow.h"

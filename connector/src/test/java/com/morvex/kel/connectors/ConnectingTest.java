@@ -2,6 +2,7 @@ package com.morvex.kel.connectors;
 
 import static org.junit.Assert.assertEquals;
 import static org.junit.Assert.assertFalse;
+import static org.junit.Assert.assertThrows;
 import static org.junit.Assert.assertTrue;
 
 import java.net.InetAddress;
@@ -172,6 +173,22 @@ public class ConnectingTest {
     }
 
     @Test
+    public void aLossThatOnlyAFailedCallTellsOfIsNoticed() throws Exception {
+        String create = "ConnectionFactory.createConnection";
+        JmsConnector connector = FakeProvider.connector();
+        assertTrue(connector.connectForInput(true));
+        FakeProvider.FAILING.add("MessageConsumer.receiveNoWait");
+        assertEquals("", connector.receiveTextMessage());
+        FakeProvider.FAILING.clear();
+        TestBroker.waitUntil("connected again", () -> FakeProvider.callsTo(create).size() == 2);
+        assertEquals("", connector.receiveTextMessage());
+        FakeProvider.FAILING.add("Session.commit");
+        assertThrows(ConnectorException.class, connector::commitTransaction);
+        TestBroker.waitUntil("connected once more", () -> FakeProvider.callsTo(create).size() == 3);
+        assertTrue(connector.disconnect());
+    }
+
+    @Test
     public void aProviderThatHoldsUpACallDoesNotHoldUpAStop() throws Exception {
         JmsConnector connector = FakeProvider.connector();
         assertTrue(connector.connectForInput(true));
@@ -214,9 +231,7 @@ public class ConnectingTest {
     public void anUnusableLimitIsNamed() {
         System.setProperty("kel.jms.browseLimit", "0");
         try {
-            broker.queue("q");
-            throw new IllegalStateException("made");
-        } catch (ConnectorException e) {
+            ConnectorException e = assertThrows(ConnectorException.class, () -> broker.queue("q"));
             assertEquals("The system property kel.jms.browseLimit is \"0\", but must be an integer from 1 to"
                             + " 2147483647.",
                     e.getMessage());
