@@ -83,9 +83,11 @@ void refuseInJvmBroker(const Settings& settings, const std::string& instead) {
 int sendMessages(const SendOptions& options) {
     if (options.file == kStandardInput && options.repeat > 1)
         throw Failure("Standard input can be read only once; --repeat needs a file.", kUsage);
-    refuseInJvmBroker(loadSettings(options.session.config, options.session.overrides),
+    // What is sent stands in the file, down to the stream's name, so there may be no stream yet.
+    constexpr StreamSection kStream = StreamSection::kOptional;
+    refuseInJvmBroker(loadSettings(options.session.config, options.session.overrides, kStream),
                       "run --feed FILE there, or");
-    Session session(options.session);
+    Session session(options.session, kStream);
     Sender sender(session.context, session.rowType, session.settings.connection);
     std::atomic<bool> isStopped{false};
     SignalWatch signals([&] {
