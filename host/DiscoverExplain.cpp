@@ -120,13 +120,10 @@ private:
 
     static std::string ruleOf(const Decision& decision) {
         const std::string own = DataTypes::typeToString(decision.own);
-        std::string rule = decision.own == DataTypes::kString
-                               ? "none of integer, long, float, date, timestamp and time reads it"
-                               : own +
-                                     " is the first of integer, long, float, date, timestamp and time that "
-                                     "reads it";
+        std::string rule = decision.own == DataTypes::kString ? "no type but string reads it"
+                                                              : own + " is the first type that reads it";
         if (decision.at > 0)
-            rule += "; with the " + DataTypes::typeToString(decision.before) + " before it that makes " +
+            rule += "; with " + DataTypes::typeToString(decision.before) + " before it that makes " +
                     DataTypes::typeToString(decision.type);
         return rule;
     }

@@ -71,27 +71,20 @@ private:
 
 class Json {
 public:
-    explicit Json(const Findings& findings) : findings_(findings) {
-        writer_.SetIndent(' ', 2);
-        writer_.SetFormatOptions(rapidjson::kFormatSingleLineArray);
-    }
+    explicit Json(const Findings& findings) : findings_(findings) { writer_.SetIndent(' ', 2); }
 
     std::string write() {
         const Discovery& discovery = findings_.discovery;
         writer_.StartObject();
         text("stream", findings_.proposal.streamName);
         writer_.Key("columns");
-        // One column a line is what people read best, so columns are an array that is broken up.
-        writer_.SetFormatOptions(rapidjson::kFormatDefault);
         writer_.StartArray();
         for (size_t i = 0; i < discovery.names.size(); ++i) column(i);
         writer_.EndArray();
         writer_.Key("samples");
         writer_.StartArray();
-        writer_.SetFormatOptions(rapidjson::kFormatSingleLineArray);
         for (size_t i = 0; i < std::min(findings_.samples, discovery.samples.size()); ++i)
             texts(discovery.samples[i]);
-        writer_.SetFormatOptions(rapidjson::kFormatDefault);
         writer_.EndArray();
         if (!findings_.remarks.empty()) {
             writer_.Key("remarks");
@@ -114,10 +107,13 @@ private:
         writer_.Key(key);
         writer_.Uint64(value);
     }
+    // In one line.
     void texts(const std::vector<std::string>& all) {
         writer_.StartArray();
+        writer_.SetFormatOptions(rapidjson::kFormatSingleLineArray);
         for (const std::string& one : all) string(one);
         writer_.EndArray();
+        writer_.SetFormatOptions(rapidjson::kFormatDefault);
     }
 
     void column(size_t index) {

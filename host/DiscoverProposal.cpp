@@ -116,8 +116,8 @@ private:
             Value value;
             std::string reason;
             if (!readValue(*code, row[index], rowFormats(), value, reason))
-                column.reason = "not " + column.type + ": " + quoted(row[index]) + " (sample " +
-                                std::to_string(i + 1) + ") is none, " + reason;
+                column.reason = "not " + column.type + ", which cannot hold " + quoted(row[index]) +
+                                " (sample " + std::to_string(i + 1) + "): " + reason;
         }
         if (!column.reason.empty()) column.type = kString;
         proposal_.columns.push_back(std::move(column));
