@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <numeric>
+#include <random>
 #include <stdexcept>
 
 #include "fix/NewFixUtils.h"
@@ -61,11 +62,11 @@ public:
 private:
     // A few by the message's bytes, so that an input is always checked under the same ones.
     void chooseColumns(const std::string& message) {
-        auto choice = std::accumulate(message.begin(), message.end(), message.size() * 31);
-        chosen_.resize(choice % 8);
+        std::minstd_rand choice(std::accumulate(message.begin(), message.end(), 1u));
+        chosen_.resize(choice() % 8);
         fake::toolkit().columns.clear();
         for (size_t& column : chosen_) {
-            column = (choice = choice * 7 + 3) % std::size(kColumns);
+            column = choice() % std::size(kColumns);
             fake::toolkit().columns.push_back({kColumns[column].first});
         }
     }
