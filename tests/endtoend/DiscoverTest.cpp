@@ -37,8 +37,7 @@ struct RoundTrip {
 };
 
 const RoundTrip kRoundTrips[] = {
-    {"plain", "CSV", "expectStreamNameOpcode = false\n",
-     "1,007,2024-01-02T03:04:05,x,-12.5\n9999999999,5,12,,1e300\n-3,+0,13,z,.5\n",
+    {"plain", "CSV", "expectStreamNameOpcode = false\n", "1,007,2024-01-02T03:04:05,x,-12.5\n9999999999,5,12,,1e300\n-3,+0,13,z,.5\n",
      "name = \"plain\"|{ name = \"column_0\", type = \"long\" },|{ name = \"column_1\", type = \"integer\" "
      "},|"
      "{ name = \"column_2\", type = \"string\" },  # not date, which cannot hold \"12\" (sample 2)|"
@@ -50,20 +49,17 @@ const RoundTrip kRoundTrips[] = {
      "# column_0 and column_1 are no columns here|name = \"Trades\"|{ name = \"column_3\", type = "
      "\"integer\" }",
      R"("stream":"Trades","op":"i","seq":0,"row":{"column_2":"IBM","column_3":1})"},
-    {"elements", "XML", "",
-     "<Trades Symbol=\"IBM\" Price=\"1.5\" KEL_OPS=\"u\"/>\nno message\n<Trades Price=\"2\" Lot=\"7\"/>\n",
+    {"elements", "XML", "", "<Trades Symbol=\"IBM\" Price=\"1.5\" KEL_OPS=\"u\"/>\nno message\n<Trades Price=\"2\" Lot=\"7\"/>\n",
      "name = \"Trades\"|{ name = \"Symbol\", type = \"string\" },|{ name = \"Price\", type = \"float\" },|"
      "{ name = \"Lot\", type = \"string\" },  # of unknown type",
      R"("stream":"Trades","op":"u","seq":0,"row":{"Symbol":"IBM","Price":1.5,"Lot":null})"},
     {"mixed", "XML", "", "<Trades a=\"1\"/>\n<Quotes a=\"12:00:00\"/>\n",
      "name = \"Trades\"|# not time, which cannot hold \"1\"|matchStreamName = false", R"("a":"1")"},
-    {"arrays", "OBJECTARRAY", "expectStreamNameOpcode = false\n",
-     "[\"7 apples\", null, \"1\"]\n[\"8\", \"b\"]\n",
+    {"arrays", "OBJECTARRAY", "expectStreamNameOpcode = false\n", "[\"7 apples\", null, \"1\"]\n[\"8\", \"b\"]\n",
      "{ name = \"column_0\", type = \"date\" },|{ name = \"column_1\", type = \"string\" },|"
      "{ name = \"column_2\", type = \"integer\" },",
      R"("column_1":null,"column_2":1)"},
-    {"converted", "CUSTOM",
-     "converterClassName = \"com.morvex.kel.examples.JsonConverter\"\nconverterParam = \"Symbol,Shares\"\n",
+    {"converted", "CUSTOM", "converterClassName = \"com.morvex.kel.examples.JsonConverter\"\nconverterParam = \"Symbol,Shares\"\n",
      "{\"stream\": \"Trades\", \"Symbol\": \"IBM\", \"Shares\": 1}\n{\"Symbol\": \"NOVA\", \"Shares\": -7}\n",
      "name = \"Trades\"|{ name = \"column_3\", type = \"integer\" },", R"("column_2":"IBM","column_3":1)"},
 };
@@ -101,12 +97,9 @@ TEST_F(Discover, ARunTakesEveryMessageThatTheProposalWasMadeOf) {
         HostProcess discovery = discover(config, {"--output", "toml", "--explain"});
         ASSERT_EQ(discovery.wait(), 0) << discovery.errors();
         const std::string proposal = discovery.output();
-        for (const std::string& part : parts(row.columns))
-            EXPECT_NE(proposal.find(part), std::string::npos) << part << "\n" << proposal;
+        for (const std::string& part : parts(row.columns)) EXPECT_NE(proposal.find(part), std::string::npos) << part << "\n" << proposal;
 
-        HostProcess run(
-            scratch, "run",
-            {"run", "--config", scratch.write("pasted.toml", pasted(text, proposal)), "--idle", "0.3"});
+        HostProcess run(scratch, "run", {"run", "--config", scratch.write("pasted.toml", pasted(text, proposal)), "--idle", "0.3"});
         ASSERT_EQ(run.wait(), 0) << run.errors();
         EXPECT_NE(run.output().find(row.firstRow), std::string::npos) << run.output();
         const bool hasNone = std::string(row.messages).find("no message") != std::string::npos;
