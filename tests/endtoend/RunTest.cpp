@@ -32,9 +32,9 @@ TEST_F(Run, RowsOfEveryKindOfText) {
     for (const char* type : {"QUEUE", "TOPIC"}) {
         Stream stream;
         stream.type = type;
-        HostProcess host(scratch, "run",
-                         {"run", "--config", scratch.write("c.toml", stream.text()), "--feed",
-                          scratch.write("feed.csv", messages), "--rows", "3"});
+        HostProcess host(
+            scratch, "run",
+            {"run", "--config", scratch.write("c.toml", stream.text()), "--feed", scratch.write("feed.csv", messages), "--rows", "3"});
         ASSERT_EQ(host.wait(), 0) << host.errors();
         EXPECT_EQ(host.output(),
                   "{\"stream\":\"Trades\",\"op\":\"i\",\"seq\":0,\"row\":{\"Symbol\":\"\xF0\x9F\x98\x80 "
@@ -122,16 +122,14 @@ TEST_F(Run, TheJvmFindsNoFaultInTheBridge) {
             if (entry.path().stem() == "messages") messages = entry.path();
         }
         HostProcess host(scratch, "run",
-                         {"run", "--config", folder + "/config.toml", "--feed", messages, "--set",
-                          "host.jvmOptions=[\"-Xcheck:jni\"]", "--idle", "0.5"});
+                         {"run", "--config", folder + "/config.toml", "--feed", messages, "--set", "host.jvmOptions=[\"-Xcheck:jni\"]",
+                          "--idle", "0.5"});
         ASSERT_EQ(host.wait(), 0) << host.errors();
         std::stringstream all(host.output() + host.errors());
         int expected = 0;
         for (std::string line; std::getline(all, line);) {
-            const bool isWarning =
-                line.find("WARNING") != std::string::npos || line.find("FATAL") != std::string::npos;
-            const bool isExpected = line.ends_with(
-                "JNI call made without checking exceptions when required to from CallBooleanMethodV");
+            const bool isWarning = line.find("WARNING") != std::string::npos || line.find("FATAL") != std::string::npos;
+            const bool isExpected = line.ends_with("JNI call made without checking exceptions when required to from CallBooleanMethodV");
             EXPECT_TRUE(!isWarning || isExpected) << line;
             expected += isExpected;
         }
