@@ -95,6 +95,20 @@ std::vector<std::string> remarks(const Settings& settings) {
         "what follows the digits is ignored, so that \"7 apples\" is a date."};
 }
 
+// Without an explanation a user would not learn of warnings; what else is wrong with one is not asked for.
+void hintAtWarnings(const Discovery& found, const Settings& settings) {
+    std::string columns;
+    try {
+        const std::vector<Explanation> explanations = explain(found, settings);
+        for (size_t i = 0; i < explanations.size(); ++i) {
+            if (!explanations[i].warnings.empty()) addToList(columns, toUtf8(found.names[i]));
+        }
+    } catch (const Failure&) {
+        return;
+    }
+    if (!columns.empty()) say("There are warnings, which --explain tells, of " + columns + ".");
+}
+
 }  // namespace
 
 int runDiscovery(const DiscoverOptions& options) {
@@ -121,7 +135,11 @@ int runDiscovery(const DiscoverOptions& options) {
 
     const Proposal proposal = propose(found, asConfigured, streamName, xml);
     std::vector<Explanation> explanations;
-    if (options.explain) explanations = explain(found, asConfigured);
+    if (options.explain) {
+        explanations = explain(found, asConfigured);
+    } else {
+        hintAtWarnings(found, asConfigured);
+    }
     const Findings findings{found, proposal, explanations, static_cast<size_t>(options.samples),
                             options.explain ? remarks(asConfigured) : std::vector<std::string>()};
     output.write(options.output == "json"   ? discoveryJson(findings)
