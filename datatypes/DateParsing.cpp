@@ -11,7 +11,6 @@
 namespace DataTypes {
 namespace {
 
-using internal::isDigit;
 using internal::isSpace;
 
 constexpr int kYearBase = 1900;
@@ -89,7 +88,7 @@ constexpr Conversion kConversions[] = {
 constexpr auto kRowOfLetter = [] {
     std::array<uint8_t, 256> rows{};
     for (size_t row = 1; row < std::size(kConversions); ++row) {
-        rows[static_cast<size_t>(kConversions[row].letter)] = static_cast<uint8_t>(row);
+        rows[static_cast<unsigned char>(kConversions[row].letter)] = static_cast<uint8_t>(row);
     }
     return rows;
 }();

@@ -120,11 +120,10 @@ bool readExponent(const char*& text, const char* end, int64_t& exponent) {
 bool toWhole(const Digits& digits, int64_t shift, UInt128& whole) {
     whole = digits.magnitude;
     shift += digits.dropped;
+    // Digits that were dropped need no look here: a full magnitude takes no more of them.
     if (shift >= 0) {
         if (whole == 0) return true;
-        // With digits dropped the number is longer than any decimal already.
-        return digits.dropped == 0 && shift <= internal::kMaxPower &&
-               internal::scaleUp(whole, static_cast<int>(shift));
+        return shift <= internal::kMaxPower && internal::scaleUp(whole, static_cast<int>(shift));
     }
     if (shift < -internal::kMaxPower) {
         whole = 0;

@@ -12,7 +12,6 @@ namespace DataTypes {
 
 using internal::Coefficient;
 using internal::kPowersOfTen;
-using internal::makeUInt128;
 
 namespace {
 

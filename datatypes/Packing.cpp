@@ -41,12 +41,13 @@ DataValue unpack(const unsigned int& type, bool swapBytes, const unsigned char* 
     DataValue value;
     if (packed == nullptr) return value;
     const unsigned int kind = kindOf(type);
-    const size_t width = kind == kDate ? g_dateSize : kind == kTime ? g_timeSize : g_column_lengths[kind];
+    const bool isShort = (kind == kDate && g_dateSize == 4) || (kind == kTime && g_timeSize == 4);
+    const size_t width = isShort ? sizeof(int32_t) : g_column_lengths[kind];
     unsigned char bytes[sizeof(FixedDecimalValue)];
     std::memcpy(bytes, packed, width);
     if (swapBytes) swapValue(kind, bytes, width);
     std::memcpy(&value, bytes, width);
-    if ((kind == kDate || kind == kTime) && width == sizeof(int32_t)) value.longValue = value.integerValue;
+    if (isShort) value.longValue = value.integerValue;
     value.isNull = false;
     return value;
 }

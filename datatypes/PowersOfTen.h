@@ -83,7 +83,8 @@ constexpr UInt128 multiplyHigh(UInt128 a, UInt128 b) {
 }
 
 // The magnitude, at most 2^127, over 10^digits without the rest. The product with the rounded-up reciprocal
-// is exact there: its error, below magnitude / 2^127 of the last unit, never reaches the next whole number.
+// is exact there: its error stays below one over the divisor, the least that a quotient lies below a whole
+// number.
 constexpr UInt128 scaleDown(UInt128 magnitude, int digits) {
     if (digits > kMaxPower) return 0;
     if (digits == 0) return magnitude;

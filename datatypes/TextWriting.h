@@ -60,12 +60,11 @@ void writeText(size_t length, char* out, size_t outSize, Write write) {
     }
 }
 
-// The digits that a number has; one of zero.
+// The digits that a number has; one of zero. The bits times the logarithm of two are them or one less.
 inline int countDigits(uint64_t number) {
     number |= 1;
     const int bits = 64 - __builtin_clzll(number);
-    const int digits =
-        bits * 1233 >> 12;  // the logarithm of two, close enough for 64 bits; at most one too few
+    const int digits = bits * 1233 >> 12;
     return digits + (number >= kPowersOfTen64[static_cast<size_t>(digits)] ? 1 : 0);
 }
 

@@ -67,8 +67,8 @@ int getSeconds(TimeUnit unit, int count) {
 bool getMicroSeconds(TimeUnit unit, long count, long& micros) {
     const UnitInfo* info = infoOf(unit);
     if (info == nullptr) return false;
-    // The maximum binds both signs; a single microsecond has none, so the most negative long stays allowed
-    // there.
+    // The maximum binds both signs. Microseconds have no bound: the most negative long is a count of them
+    // too.
     if (info->micros != 1 && (count > info->max || count < -info->max)) return false;
     micros = count * info->micros;
     return true;

@@ -40,7 +40,7 @@ constexpr unsigned int kindOf(const unsigned int& code) { return code & 0xff; }
 constexpr int scaleOf(const unsigned int& code) { return static_cast<int>((code >> 8) & 0x3f); }
 constexpr int precisionOf(const unsigned int& code) { return static_cast<int>((code >> 14) & 0x3fff); }
 constexpr bool isNumberedMoney(unsigned int kind) { return kMoney1 <= kind && kind <= kMoney15; }
-constexpr int numberedMoneyPlaces(unsigned int kind) { return static_cast<int>(kind) - (kMoney1 - 1); }
+constexpr int numberedMoneyPlaces(unsigned int kind) { return static_cast<int>(kind - kMoney1) + 1; }
 
 // Width in bytes of a packed value by kind; 0 where it varies and for the kinds without values.
 extern const std::array<unsigned int, kKinds> g_column_lengths;

@@ -8,6 +8,23 @@
 #include "datatypes/TypeCodes.h"
 
 namespace DataTypes {
+namespace {
+
+constexpr int kLongDigits = 19;  // of a 64-bit number
+
+struct WholeDigits {
+    unsigned int kind;
+    int digits;
+};
+
+// Int16 is not among them: it adds nothing to a decimal.
+constexpr WholeDigits kWholeDigits[] = {
+    {kInteger, 10},           {kLong, kLongDigits},        {kDate, kLongDigits}, {kTimestamp, kLongDigits},
+    {kInterval, kLongDigits}, {kBigdatetime, kLongDigits}, {kTime, kLongDigits}, {kBoolean, 1},
+};
+
+}  // namespace
+
 namespace internal {
 
 int moneyPlaces(unsigned int kind) {
@@ -16,26 +33,12 @@ int moneyPlaces(unsigned int kind) {
 
 DecimalShape decimalShapeOf(const unsigned int& code) {
     const unsigned int kind = kindOf(code);
-    if (isNumberedMoney(kind)) return {19, moneyPlaces(kind)};
-    switch (kind) {
-        case kInteger:
-            return {10, 0};
-        case kLong:
-        case kDate:
-        case kTimestamp:
-        case kInterval:
-        case kBigdatetime:
-        case kTime:
-            return {19, 0};
-        case kMoney:
-            return {19, moneyPlaces(kMoney)};
-        case kBoolean:
-            return {1, 0};
-        case kDecimal:
-            return {precisionOf(code), scaleOf(code)};
-        default:
-            return {0, 0};  // int16 too
+    if (kind == kDecimal) return {precisionOf(code), scaleOf(code)};
+    if (kind == kMoney || isNumberedMoney(kind)) return {kLongDigits, moneyPlaces(kind)};
+    for (const WholeDigits& row : kWholeDigits) {
+        if (row.kind == kind) return {row.digits, 0};
     }
+    return {0, 0};
 }
 
 }  // namespace internal

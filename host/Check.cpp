@@ -12,6 +12,7 @@
 #include "host/ClassPath.h"
 #include "host/Console.h"
 #include "host/Installation.h"
+#include "host/LoadedAdapter.h"
 #include "host/Plugin.h"
 #include "host/toolkit/ModifiedUtf8.h"
 #include "host/toolkit/Text.h"
@@ -59,7 +60,7 @@ class Checker {
 public:
     explicit Checker(const Settings& settings) : settings_(settings) {}
 
-    Findings findings() {
+    CheckResult result() {
         oneOf("dataFormat", {"CSV", "XML", "FIX", "OBJECTARRAY", "CUSTOM"}, false);
         if (text("dataFormat") == "CSV") needed("delimiter", "the text between two values, such as \",\"");
         if (text("dataFormat") == "CUSTOM")
@@ -78,7 +79,7 @@ public:
         inJvmBroker();
         for (const std::string& option : settings_.jvmOptions) limit(option);
         for (const UsedFor& use : kUsedFor) unused(use);
-        return std::move(findings_);
+        return std::move(result_);
     }
 
 private:
@@ -91,9 +92,9 @@ private:
     void problem(const char* name, const std::string& allowed) {
         if (settings_.malformed.contains("connection." + std::string(name))) return;  // that is the problem
         const bool isThere = settings_.connection.contains(name);
-        findings_.problems.push_back("connection." + std::string(name) +
-                                     (isThere ? " is " + inQuotes(text(name)) : " is missing") + "; " +
-                                     allowed + ".");
+        result_.problems.push_back("connection." + std::string(name) +
+                                   (isThere ? " is " + inQuotes(text(name)) : " is missing") + "; " +
+                                   allowed + ".");
     }
 
     void needed(const char* name, const std::string& what) {
@@ -121,9 +122,9 @@ private:
         for (const Column& column : settings_.columns) {
             const std::string name = toUtf8(column.name);
             if (!fields.contains(name))
-                findings_.problems.push_back("stream.columns has " + inQuotes(name) +
-                                             "; it must be a field named in " + dictionary +
-                                             ", else it is never filled.");
+                result_.problems.push_back("stream.columns has " + inQuotes(name) +
+                                           "; it must be a field named in " + dictionary +
+                                           ", else it is never filled.");
         }
     }
 
@@ -143,7 +144,7 @@ private:
         if (!text("jndiContextFactory").starts_with("org.apache.activemq") ||
             text("jndiURL").find(kUnlimited) != std::string::npos)
             return;
-        findings_.notes.push_back(
+        result_.notes.push_back(
             "connection.jndiURL does not say " + std::string(kUnlimited) +
             "; without it ActiveMQ moves messages to its dead-letter queue after six crashes or stops before "
             "their commit.");
@@ -173,13 +174,13 @@ private:
         std::string known;
         for (const char* limit : kLimits) addToList(known, limit);
         if (std::find(std::begin(kLimits), std::end(kLimits), name) == std::end(kLimits)) {
-            findings_.problems.push_back(
+            result_.problems.push_back(
                 "host.jvmOptions has " + inQuotes(option) + ", which the connector does not know; after " +
                 std::string(kLimitOption) + " it knows " + known + ", trustObjectMessages.");
         } else if (!isLimit(value)) {
-            findings_.problems.push_back("host.jvmOptions has " + inQuotes(option) +
-                                         "; the value must be an integer from 1 to " +
-                                         std::to_string(std::numeric_limits<std::int32_t>::max()) + ".");
+            result_.problems.push_back("host.jvmOptions has " + inQuotes(option) +
+                                       "; the value must be an integer from 1 to " +
+                                       std::to_string(std::numeric_limits<std::int32_t>::max()) + ".");
         }
     }
 
@@ -191,34 +192,43 @@ private:
         if (isUsed || !isGiven) return;
         std::string kinds;
         for (const std::string_view one : use.kinds) addToList(kinds, inQuotes(one), " or ");
-        findings_.notes.push_back("connection." + std::string(use.name) + " is not read unless connection." +
-                                  use.by + " is " + kinds + ".");
+        result_.notes.push_back("connection." + std::string(use.name) + " is not read unless connection." +
+                                use.by + " is " + kinds + ".");
     }
 
     const Settings& settings_;
-    Findings findings_;
+    CheckResult result_;
 };
 
 // Everything that is wrong, each with its place; notes come along.
 std::optional<Settings> examined(const std::string& file, const std::vector<std::string>& overrides,
-                                 Findings& findings) {
-    std::optional<Settings> settings = readSettings(file, overrides, findings.problems);
+                                 StreamSection stream, CheckResult& result) {
+    std::optional<Settings> settings = readSettings(file, overrides, result.problems, stream);
     if (!settings) return settings;
     const std::string place = file + ": ";
-    const Findings found = findingsOf(*settings);
-    for (const std::string& problem : found.problems) findings.problems.push_back(place + problem);
-    for (const std::string& note : found.notes) findings.notes.push_back(place + "note: " + note);
+    const CheckResult found = checkSettings(*settings);
+    for (const std::string& problem : found.problems) result.problems.push_back(place + problem);
+    for (const std::string& note : found.notes) result.notes.push_back(place + "note: " + note);
     try {
         classPath(*settings);
     } catch (const Failure& failure) {
-        findings.problems.push_back(place + failure.what());
+        result.problems.push_back(place + failure.what());
     }
     return settings;
 }
 
+void refuseInJvmBroker(const Settings& settings, const std::string& instead) {
+    const auto url = settings.connection.find("jndiURL");
+    if (url != settings.connection.end() && isInJvmBroker(url->second))
+        throw Failure("connection.jndiURL is " + inQuotes(url->second) +
+                          ", a broker inside the process that uses it, which no other process sees; use " +
+                          instead + " the URL of a broker of its own, such as tcp://localhost:61616.",
+                      kBadConfiguration);
+}
+
 }  // namespace
 
-Findings findingsOf(const Settings& settings) { return Checker(settings).findings(); }
+CheckResult checkSettings(const Settings& settings) { return Checker(settings).result(); }
 
 bool isInJvmBroker(std::string_view url) {
     constexpr std::string_view kScheme = "vm:";
@@ -230,11 +240,14 @@ bool isInJvmBroker(std::string_view url) {
     return false;
 }
 
-Settings soundSettings(const std::string& file, const std::vector<std::string>& overrides) {
-    Findings findings;
-    std::optional<Settings> settings = examined(file, overrides, findings);
-    const size_t count = findings.problems.size();
-    for (const std::string& problem : findings.problems) say(problem);
+Settings soundSettings(const std::string& file, const std::vector<std::string>& overrides,
+                       StreamSection stream, const char* insteadOfInJvmBroker) {
+    CheckResult result;
+    std::optional<Settings> settings = examined(file, overrides, stream, result);
+    // Ahead of the rest, which would tell how to set up such a broker.
+    if (settings && insteadOfInJvmBroker != nullptr) refuseInJvmBroker(*settings, insteadOfInJvmBroker);
+    const size_t count = result.problems.size();
+    for (const std::string& problem : result.problems) say(problem);
     if (count > 0)
         throw Failure(std::to_string(count) + (count == 1 ? " problem" : " problems") +
                           " in the configuration; nothing was started.",
@@ -243,18 +256,18 @@ Settings soundSettings(const std::string& file, const std::vector<std::string>& 
 }
 
 int checkConfiguration(const std::string& file, const std::vector<std::string>& overrides) {
-    Findings findings;
-    if (const auto settings = examined(file, overrides, findings)) {
+    CheckResult result;
+    if (const auto settings = examined(file, overrides, StreamSection::kNeeded, result)) {
         try {
-            const Plugin plugin(settings->plugin.empty() ? pluginFile().string() : settings->plugin);
+            const Plugin plugin(pluginFor(*settings, ""));
         } catch (const Failure& failure) {
-            findings.problems.push_back(file + ": host.plugin: " + failure.what());
+            result.problems.push_back(file + ": host.plugin: " + failure.what());
         }
     }
-    for (const std::string& problem : findings.problems) std::printf("%s\n", oneLine(problem).c_str());
-    if (findings.problems.empty()) std::printf("%s: no problems\n", oneLine(file).c_str());
-    for (const std::string& note : findings.notes) std::printf("%s\n", oneLine(note).c_str());
-    return findings.problems.empty() ? kDone : kBadConfiguration;
+    for (const std::string& problem : result.problems) std::printf("%s\n", oneLine(problem).c_str());
+    if (result.problems.empty()) std::printf("%s: no problems\n", oneLine(file).c_str());
+    for (const std::string& note : result.notes) std::printf("%s\n", oneLine(note).c_str());
+    return result.problems.empty() ? kDone : kBadConfiguration;
 }
 
 }  // namespace host

@@ -9,18 +9,21 @@
 
 namespace host {
 
-struct Findings {
+struct CheckResult {
     // What the adapter, the connector or the provider would refuse or silently take for something else: one
     // sentence each, with the parameter, what was found and what is allowed.
     std::vector<std::string> problems;
     // What works, though hardly as meant.
     std::vector<std::string> notes;
 };
-Findings findingsOf(const Settings& settings);
+CheckResult checkSettings(const Settings& settings);
 
 // The settings of a file and its overrides in which nothing is wrong that is seen before connecting; else
-// says all problems and throws Failure.
-Settings soundSettings(const std::string& file, const std::vector<std::string>& overrides);
+// says all problems and throws Failure. `insteadOfInJvmBroker`, where given, refuses a broker inside this
+// process, which no other sees, and begins what the sentence tells to use.
+Settings soundSettings(const std::string& file, const std::vector<std::string>& overrides,
+                       StreamSection stream = StreamSection::kNeeded,
+                       const char* insteadOfInJvmBroker = nullptr);
 
 // Whether the URL is of a broker inside the process that uses it, also as one of several: vm://a,
 // vm:(...), failover:(vm://a).

@@ -37,7 +37,7 @@ class Reader {
 public:
     explicit Reader(std::string file) : file_(std::move(file)) {}
 
-    std::optional<Settings> read(const std::vector<std::string>& overrides) {
+    std::optional<Settings> read(const std::vector<std::string>& overrides, StreamSection stream) {
         std::ifstream in(file_);
         if (!in || !fs::is_regular_file(file_)) {
             problems_.push_back({0, file_ + " cannot be read; it must be a configuration file in TOML."});
@@ -52,7 +52,7 @@ public:
         }
         for (const std::string& override : overrides) apply(override, document);
         for (const auto& [name, section] : document) readSection(name.str(), section);
-        checkStream();
+        if (stream == StreamSection::kNeeded) checkStream();
         addDefaults();
         return std::move(settings_);
     }
@@ -327,9 +327,9 @@ private:
 }  // namespace
 
 std::optional<Settings> readSettings(const std::string& file, const std::vector<std::string>& overrides,
-                                     std::vector<std::string>& problems) {
+                                     std::vector<std::string>& problems, StreamSection stream) {
     Reader reader(file);
-    std::optional<Settings> settings = reader.read(overrides);
+    std::optional<Settings> settings = reader.read(overrides, stream);
     for (std::string& problem : reader.problems()) problems.push_back(std::move(problem));
     return settings;
 }

@@ -2,16 +2,14 @@
 
 #include <atomic>
 #include <memory>
-#include <mutex>
 #include <optional>
 
 #include "host/Check.h"
 #include "host/Console.h"
 #include "host/Feeder.h"
-#include "host/Installation.h"
 #include "host/Jvm.h"
+#include "host/LoadedAdapter.h"
 #include "host/Output.h"
-#include "host/Plugin.h"
 #include "host/RowFormat.h"
 #include "host/RunReport.h"
 #include "host/Signals.h"
@@ -20,36 +18,6 @@
 namespace host {
 
 namespace {
-
-// The adapter, created, wired and deleted.
-class LoadedAdapter {
-public:
-    LoadedAdapter(const Plugin& plugin, Session& session) : plugin_(plugin), handle_(plugin.createAdapter()) {
-        plugin.setCallBackReference(handle_, &session.context);
-        plugin.setConnectionRowType(handle_, &session.rowType);
-        plugin.setConnectionParams(handle_, &session.settings.connection);
-    }
-    ~LoadedAdapter() { plugin_.deleteAdapter(handle_); }
-    LoadedAdapter(const LoadedAdapter&) = delete;
-    LoadedAdapter& operator=(const LoadedAdapter&) = delete;
-
-    const Plugin& plugin() const { return plugin_; }
-    void* handle() const { return handle_; }
-
-    // Any thread. A stop that came before reset had begun is forgotten by it, so this may be called again.
-    void stop() {
-        isStopped_ = true;
-        const std::lock_guard guard(stopLock_);
-        plugin_.stop(handle_);
-    }
-    bool isStopped() const { return isStopped_; }
-
-private:
-    const Plugin& plugin_;
-    void* handle_;
-    std::mutex stopLock_;
-    std::atomic<bool> isStopped_{false};
-};
 
 std::unique_ptr<RowFormat> makeFormat(const std::string& name, const RowType& type, const Output& output) {
     if (name == "csv") return makeCsv(type, output.isAtStart());
@@ -135,14 +103,6 @@ private:
     double seconds_ = 0;
 };
 
-void reset(LoadedAdapter& adapter, const Session& session) {
-    if (adapter.plugin().reset(adapter.handle())) return;
-    if (adapter.isStopped()) throw Failure("Stopped before the connection was ready.");
-    throw Failure(session.errors > 0
-                      ? "The adapter refuses to start; the reason stands above."
-                      : "The adapter cannot connect; the connector's warning or exception above says why.");
-}
-
 }  // namespace
 
 int runRows(const RunOptions& options) {
@@ -150,8 +110,7 @@ int runRows(const RunOptions& options) {
     if (!options.feed.empty()) feed.emplace(options.feed);
     Output output(options.out);
     Settings settings = soundSettings(options.session.config, options.session.overrides);
-    const std::string pluginName = !options.plugin.empty() ? options.plugin : settings.plugin;
-    const Plugin plugin(!pluginName.empty() ? pluginName : pluginFile().string());
+    const Plugin plugin(pluginFor(settings, options.plugin));
     Session session(std::move(settings), options.session.logLevel);
 
     LoadedAdapter adapter(plugin, session);
@@ -159,7 +118,7 @@ int runRows(const RunOptions& options) {
         const JvmThread thisThread;
         adapter.stop();
     });
-    reset(adapter, session);
+    adapter.reset();
     say("ready");
     plugin.start(adapter.handle());
 

@@ -10,7 +10,6 @@
 #include "host/RunReport.h"
 #include "host/Sender.h"
 #include "host/Signals.h"
-#include "host/toolkit/Text.h"
 
 namespace host {
 
@@ -63,23 +62,14 @@ void saySent(int64_t count, double seconds) {
         std::to_string(seconds) + " s");
 }
 
-void refuseInJvmBroker(const Settings& settings) {
-    const std::string& url = settings.connection.at("jndiURL");
-    if (isInJvmBroker(url))
-        throw Failure(
-            "connection.jndiURL is " + inQuotes(url) +
-                ", a broker inside the process that uses it, which no other process sees; use run "
-                "--feed FILE there, or the URL of a broker of its own, such as tcp://localhost:61616.",
-            kBadConfiguration);
-}
-
 }  // namespace
 
 int sendMessages(const SendOptions& options) {
     if (options.file == kStandardInput && options.repeat > 1)
         throw Failure("Standard input can be read only once; --repeat needs a file.", kUsage);
-    Settings settings = soundSettings(options.session.config, options.session.overrides);
-    refuseInJvmBroker(settings);
+    // What is sent stands in the file, down to the stream's name, so there may be no stream yet.
+    Settings settings = soundSettings(options.session.config, options.session.overrides,
+                                      StreamSection::kOptional, "run --feed FILE there, or");
     LineSource source(options.file);
     Session session(std::move(settings), options.session.logLevel);
     Sender sender(session.context, session.rowType, session.settings.connection);

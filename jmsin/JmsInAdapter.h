@@ -114,11 +114,12 @@ private:
     int64_t batchSize_ = 1;  // messages a commit
     bool expectStreamNameOpcode_ = true;
     bool matchStreamName_ = true;
-    // "%s", seconds since the epoch, is what object arrays and custom messages carry; the other formats'
-    // parameters replace it.
-    std::string timeFormat_ = "%s";
-    std::string dateFormat_ = "%s";
-    std::string timestampFormat_ = "%s";
+    // Seconds since the epoch, which is what object arrays and custom messages carry; other formats have
+    // parameters.
+    static constexpr char kSecondsFormat[] = "%s";
+    std::string timeFormat_ = kSecondsFormat;
+    std::string dateFormat_ = kSecondsFormat;
+    std::string timestampFormat_ = kSecondsFormat;
 
     std::unique_ptr<NewFixUtils> fix_;
     std::unique_ptr<JmsUtils> jms_;

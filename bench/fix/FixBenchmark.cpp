@@ -7,9 +7,9 @@
 #include <cstdlib>
 #include <stdexcept>
 
-#include "adapter/Adapter.h"
 #include "bench/fix/QuickFix.h"
 #include "fix/NewFixUtils.h"
+#include "tests/fix/IdleAdapter.h"
 
 namespace {
 
@@ -47,14 +47,6 @@ void setOp(void* handle, char op) { static_cast<Row*>(handle)->op = op; }
 }
 
 namespace {
-
-class IdleAdapter : public Adapter {
-    void* getNext() override { return nullptr; }
-    void putNext(void*) override {}
-    void stop() override {}
-    bool reset() override { return true; }
-    bool canDiscover() override { return false; }
-};
 
 struct Sample {
     const char* name;

@@ -110,28 +110,47 @@ void compareText(Random& random, Tally& tally) {
                   coefficientByHand(text, precision, scale));
 }
 
+void compareShiftBy(Int128 coefficient, int digits, Tally& tally) {
+    Int128 power = 1;
+    for (int i = 0; i < std::min(digits, 38); ++i) power *= 10;
+    FixedDecimalValue down = make(coefficient);
+    DataTypes::decimal_shift(down.high, down.low, -digits);
+    tally.compare(show(coefficient) + " by " + std::to_string(-digits), show(coefficientOf(down)),
+                  show(digits > 38 ? 0 : coefficient / power));
+    FixedDecimalValue up = make(coefficient);
+    Int128 product = 0;
+    const bool fits =
+        !__builtin_mul_overflow(coefficient, power, &product) && (digits <= 38 || coefficient == 0);
+    const bool shifted = DataTypes::decimal_shift(up.high, up.low, digits);
+    tally.compare(show(coefficient) + " by " + std::to_string(digits),
+                  shifted ? show(coefficientOf(up)) : "refused", fits ? show(product) : "refused");
+}
+
 // Quotients next to a whole number are where a reciprocal goes wrong.
 void compareShift(Random& random, Int128 number, Tally& tally) {
     const int digits = static_cast<int>(random.below(39));
     Int128 power = 1;
     for (int i = 0; i < digits; ++i) power *= 10;
     const Int128 edge = number / power * power;
-    for (const Int128 coefficient : {number, edge, edge - 1, edge + 1}) {
-        FixedDecimalValue down = make(coefficient);
-        DataTypes::decimal_shift(down.high, down.low, -digits);
-        tally.compare(show(coefficient) + " by " + std::to_string(-digits), show(coefficientOf(down)),
-                      show(coefficient / power));
-        FixedDecimalValue up = make(coefficient);
-        Int128 product = 0;
-        const bool fits = !__builtin_mul_overflow(coefficient, power, &product);
-        const bool shifted = DataTypes::decimal_shift(up.high, up.low, digits);
-        tally.compare(show(coefficient) + " by " + std::to_string(digits),
-                      shifted ? show(coefficientOf(up)) : "refused", fits ? show(product) : "refused");
+    for (const Int128 coefficient : {number, edge, edge - 1, edge + 1})
+        compareShiftBy(coefficient, digits, tally);
+}
+
+// The bounds of 128 bits and of 34 digits, by everything to beyond all digits.
+void compareShiftsAtBounds(Tally& tally) {
+    const Int128 most = ~(Int128{1} << 127);
+    Int128 digits34 = 1;
+    for (int i = 0; i < 34; ++i) digits34 *= 10;
+    for (const Int128 bound :
+         {Int128{0}, Int128{1}, Int128{10}, Int128{1} << 63, Int128{1} << 64, digits34, most / 10, most}) {
+        for (const Int128 number : {bound - 1, bound, -bound, -bound - 1}) {
+            for (int digits = 0; digits <= 41; ++digits) compareShiftBy(number, digits, tally);
+            for (const int digits : {1000, 2147483647}) compareShiftBy(number, digits, tally);
+        }
     }
 }
 
-void compareDouble(Random& random, Int128 coefficient, Tally& tally) {
-    const int scale = static_cast<int>(random.below(64));
+void compareDouble(int scale, Int128 coefficient, Tally& tally) {
     const FixedDecimalValue value = make(coefficient);
     double number = 0;
     DataTypes::decimal_getDouble(value.high, value.low, scale, number);
@@ -151,6 +170,14 @@ void compareLongDivision(Random& random, UInt128 a, UInt128 b, Tally& tally) {
     for (int i = 0; i < 8; ++i) divisor[i] = static_cast<uint16_t>(b >> 16 * i);
     number[8] = DataTypes::mul1(number, 8, static_cast<uint16_t>(random.number()));
     const std::string input(reinterpret_cast<const char*>(number), sizeof number);
+    uint64_t words[4] = {};
+    DataTypes::longdivmod128(static_cast<uint64_t>(a >> 64), static_cast<uint64_t>(a),
+                             static_cast<uint64_t>(b >> 64), static_cast<uint64_t>(b), words[0], words[1],
+                             words[2], words[3]);
+    const UInt128 whole = UInt128{words[0]} << 64 | words[1], rest = UInt128{words[2]} << 64 | words[3];
+    tally.compare("128 bits",
+                  rest < b ? show(static_cast<Int128>(whole * b + rest)) : "a remainder too large",
+                  show(static_cast<Int128>(a)));
     DataTypes::longdivmod(number, kDigits, divisor, 8, quotient);
     for (int i = 0; i < kDigits; ++i) {
         uint32_t carry = 0;
@@ -182,13 +209,17 @@ bool compareDecimals(Random& random, long count) {
     Tally texts("decimals with digit strings"), formats("decimals to text with digit strings"),
         shifts("rescaling with 128-bit division"), doubles("decimals to doubles with strtod"),
         divisions("long division with its inverse");
+    compareShiftsAtBounds(shifts);
     for (long i = 0; i < count; ++i) {
         compareText(random, texts);
         const UInt128 magnitude = (UInt128{random.word()} << 64 | random.word()) >> (1 + random.below(127));
         const Int128 coefficient =
             random.oneIn(2) ? static_cast<Int128>(magnitude) : -static_cast<Int128>(magnitude);
         compareShift(random, coefficient, shifts);
-        compareDouble(random, coefficient, doubles);
+        compareDouble(static_cast<int>(random.below(64)), coefficient, doubles);
+        // Half way between two doubles, and next to it.
+        const Int128 tie = ((static_cast<Int128>(random.word() >> 11) | Int128{1} << 53) * 2 + 1) * 1000;
+        for (const Int128 near : {tie - 1, tie, tie + 1}) compareDouble(3, near, doubles);
         compareLongDivision(random, magnitude,
                             (UInt128{random.word()} << 64 | random.word() | 1) >> random.below(127) | 1,
                             divisions);

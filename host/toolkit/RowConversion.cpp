@@ -12,14 +12,6 @@ namespace {
 
 constexpr std::string_view kOpcodes = "iudps";
 constexpr char kOpcodeField[] = "KEL_OPS";
-constexpr size_t kLongestQuote = 200;
-
-// The text in quotes, cut where it would bury the sentence.
-std::string quoted(std::string_view text) {
-    if (text.size() <= kLongestQuote) return inQuotes(text);
-    return '"' + std::string(wholeCharacters(text, kLongestQuote)) + "...\" (" + std::to_string(text.size()) +
-           " bytes)";
-}
 
 std::string columnNames(const RowType& type) {
     std::string names;

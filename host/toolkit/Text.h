@@ -27,6 +27,21 @@ inline std::string_view wholeCharacters(std::string_view text, size_t most) {
     return text.substr(0, isWithinPair ? length - kHalf : length);
 }
 
+// The text in quotes, cut where it would bury the sentence.
+inline std::string quoted(std::string_view text) {
+    constexpr size_t kLongest = 200;
+    if (text.size() <= kLongest) return inQuotes(text);
+    return '"' + std::string(wholeCharacters(text, kLongest)) + "...\" (" + std::to_string(text.size()) +
+           " bytes)";
+}
+
+// How many character cells a text in UTF-8 takes, near enough: one a code point.
+inline size_t cellWidth(std::string_view utf8) {
+    size_t cells = 0;
+    for (const char c : utf8) cells += (c & 0xC0) != 0x80 ? 1 : 0;
+    return cells;
+}
+
 inline void addToList(std::string& list, std::string_view item, std::string_view separator = ", ") {
     if (!list.empty()) list += separator;
     list += item;

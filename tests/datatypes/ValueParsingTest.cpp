@@ -79,24 +79,6 @@ TEST(ValueParsing, ListedTexts) {
     }
 }
 
-TEST(ValueParsing, Booleans) {
-    const std::string blanks = " \t\r\n", fault = "!not a legal boolean value";
-    for (const std::string word : {"true", "yes", "on", "1", "false", "no", "off", "0", "t", "y", "f", "n"}) {
-        const std::string value =
-            std::string(" true yes on 1 t y ").find(" " + word + " ") != std::string::npos ? "1" : "0";
-        std::string upper = word;
-        for (char& c : upper) c = static_cast<char>(toupper(c));
-        for (const std::string& text : {word, upper, blanks + word})
-            EXPECT_EQ(read(kBoolean, text.c_str()), value) << text;
-        const bool abbreviated = std::strchr("tyfn", word[0]) != nullptr && word.size() == 1;
-        EXPECT_EQ(read(kBoolean, (word + blanks).c_str()), abbreviated ? fault : value) << word;
-        for (const char* tail : {"x", " x", "1", "\v"})
-            EXPECT_EQ(read(kBoolean, (word + tail).c_str()), fault) << word << tail;
-    }
-    for (const char* text : {"", " ", "tr", "tru", "fal", "fals", "ye", "o", "of", "2", "\x11", "\x10", "-1"})
-        EXPECT_EQ(read(kBoolean, text), fault) << text;
-}
-
 using Settings = support::SettingsRestored;
 
 TEST_F(Settings, LegacyMoneyWithTheMostAndNoPlaces) {

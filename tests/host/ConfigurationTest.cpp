@@ -40,8 +40,7 @@ protected:
 };
 
 TEST_F(Configuration, HandsInWhatItSays) {
-    const host::Settings settings =
-        read(std::string(kStream) + R"([connection]
+    const host::Settings settings = read(std::string(kStream) + R"([connection]
 delimiter = "\u0000\U0001F600"
 batchsize = 100
 expectStreamNameOpcode = true
@@ -53,8 +52,8 @@ classPath = "a.jar:lib/b.jar"
 addClassPath = ["/x/c.jar"]
 jvmOptions = ["-Da=b:c"]
 )",
-             {"connection.batchsize=5", "connection.expectStreamNameOpcode=0",
-              "connection.jndiURL=tcp://h:1?a=b", "host.jvmOptions=[\"-Xint\"]", "connection.clientID=12"});
+                                         {"connection.batchsize=5", "connection.expectStreamNameOpcode=0",
+                                          "connection.jndiURL=tcp://h:1?a=b", "host.jvmOptions=[\"-Xint\"]", "connection.clientID=12"});
     EXPECT_EQ(problems, Texts());
     EXPECT_EQ(settings.streamName, "S");
     ASSERT_EQ(settings.columns.size(), 2U);
@@ -76,31 +75,26 @@ jvmOptions = ["-Da=b:c"]
 }
 
 TEST_F(Configuration, EveryFaultIsASentence) {
-    EXPECT_EQ(
-        faults(
-            "[connection]\ndelimeter = 1\nbatchsize = \"ten\"\ndataFormat = 3\nmatchStreamName = \"true\"\n"
-            "logLevel = 1\n[host]\nlogLevel = 8\njvmOptions = [1]\n[conection]\n",
-            {"batchsize=1", "host.logLevel=x", "strem.name=T", "connection.expectStreamNameOpcode=2"}),
-        (Texts{
-            "--set batchsize=1: this is not of the form section.name=value.",
-            "--set: connection.expectStreamNameOpcode is the integer 2; allowed is true, false, 1 or 0 "
-            "without "
-            "quotes.",
-            "--set: host.logLevel is the text \"x\"; allowed is an integer from 0 (least) to 7 (every step).",
-            "--set: there is no section [strem]; the nearest known one is [stream].",
-            "5: there is no key connection.delimeter; the nearest known one is connection.delimiter.",
-            "6: connection.batchsize is the text \"ten\"; allowed is an integer.",
-            "7: connection.dataFormat is the integer 3; allowed is a text in quotes.",
-            "8: connection.matchStreamName is the text \"true\"; allowed is true, false, 1 or 0 without "
-            "quotes.",
-            "9: there is no key connection.logLevel; the nearest known one is host.logLevel.",
-            "12: host.jvmOptions is a list; allowed is a list of texts in quotes.",
-            "13: there is no section [conection]; the nearest known one is [connection]."}));
-    EXPECT_EQ(
-        faults("x = 1.5\n[host]\nlogLevel = 8\n"),
-        (Texts{
-            "4: there is no key stream.x; the nearest known one is stream.name.",
-            "6: host.logLevel is the integer 8; allowed is an integer from 0 (least) to 7 (every step)."}));
+    EXPECT_EQ(faults("[connection]\ndelimeter = 1\nbatchsize = \"ten\"\ndataFormat = 3\nmatchStreamName = \"true\"\n"
+                     "logLevel = 1\n[host]\nlogLevel = 8\njvmOptions = [1]\n[conection]\n",
+                     {"batchsize=1", "host.logLevel=x", "strem.name=T", "connection.expectStreamNameOpcode=2"}),
+              (Texts{"--set batchsize=1: this is not of the form section.name=value.",
+                     "--set: connection.expectStreamNameOpcode is the integer 2; allowed is true, false, 1 or 0 "
+                     "without "
+                     "quotes.",
+                     "--set: host.logLevel is the text \"x\"; allowed is an integer from 0 (least) to 7 (every step).",
+                     "--set: there is no section [strem]; the nearest known one is [stream].",
+                     "5: there is no key connection.delimeter; the nearest known one is connection.delimiter.",
+                     "6: connection.batchsize is the text \"ten\"; allowed is an integer.",
+                     "7: connection.dataFormat is the integer 3; allowed is a text in quotes.",
+                     "8: connection.matchStreamName is the text \"true\"; allowed is true, false, 1 or 0 without "
+                     "quotes.",
+                     "9: there is no key connection.logLevel; the nearest known one is host.logLevel.",
+                     "12: host.jvmOptions is a list; allowed is a list of texts in quotes.",
+                     "13: there is no section [conection]; the nearest known one is [connection]."}));
+    EXPECT_EQ(faults("x = 1.5\n[host]\nlogLevel = 8\n"),
+              (Texts{"4: there is no key stream.x; the nearest known one is stream.name.",
+                     "6: host.logLevel is the integer 8; allowed is an integer from 0 (least) to 7 (every step)."}));
     EXPECT_EQ(faults("= 1\n").size(), 1U);
 }
 
@@ -111,11 +105,9 @@ TEST_F(Configuration, EveryColumnFaultNamesTheColumn) {
          "= "
          "\"string\", key = true }."},
         {"[{ type = \"long\" }]", "1: this column has no name; it needs one, as in name = \"Symbol\"."},
-        {"[{ name = \"A\", type = \"Long\" }]",
-         "1: column \"A\" has the unknown type \"Long\"; the types are " + host::typeNames() + "."},
+        {"[{ name = \"A\", type = \"Long\" }]", "1: column \"A\" has the unknown type \"Long\"; the types are " + host::typeNames() + "."},
         {"[{ name = \"A\" }]", "1: column \"A\" has no type; the types are " + host::typeNames() + "."},
-        {"[{ name = \"A\", type = \"long\", kye = true }]",
-         "1: a column has no key kye; the nearest known one is key."},
+        {"[{ name = \"A\", type = \"long\", kye = true }]", "1: a column has no key kye; the nearest known one is key."},
         {"[{ name = \"A\", type = \"long\", key = 1 }]",
          "1: key of column \"A\" is the integer 1; allowed are true and false without quotes."},
         {"[{ name = \"A\", type = \"long\" }, { name = \"A\", type = \"long\" }]",
@@ -131,11 +123,9 @@ TEST_F(Configuration, EveryColumnFaultNamesTheColumn) {
 }
 
 TEST(Check, KnowsABrokerInsideTheProcess) {
-    for (const char* url :
-         {"vm://a", "vm:(broker:(tcp://h:1))", "failover:(tcp://h:1,vm://a)", "failover:vm://a"})
+    for (const char* url : {"vm://a", "vm:(broker:(tcp://h:1))", "failover:(tcp://h:1,vm://a)", "failover:vm://a"})
         EXPECT_TRUE(host::isInJvmBroker(url)) << url;
-    for (const char* url : {"", "tcp://vm:61616", "tcp://h:1?x=vm://a", "vmx://a"})
-        EXPECT_FALSE(host::isInJvmBroker(url)) << url;
+    for (const char* url : {"", "tcp://vm:61616", "tcp://h:1?x=vm://a", "vmx://a"}) EXPECT_FALSE(host::isInJvmBroker(url)) << url;
 }
 
 TEST(ClassPath, NamesEveryMissingJarWithItsPackage) {
@@ -151,39 +141,31 @@ TEST(ClassPath, NamesEveryMissingJarWithItsPackage) {
                      "(Debian package libactivemq-java), absent.jar.");
     }
     settings.classPath = {"/"};
-    EXPECT_THROW(host::classPath(settings), host::Failure)
-        << "the connector is added, and is not beside this test";
+    EXPECT_THROW(host::classPath(settings), host::Failure) << "the connector is added, and is not beside this test";
 }
 
 TEST_F(Configuration, CheckNamesWhatWouldBeTakenForSomethingElse) {
-    const std::string good =
-        std::string(kStream) +
-        "[connection]\ndataFormat = \"XML\"\nconnectionFactory = \"C\"\n"
-        "jndiContextFactory = \"F\"\njndiURL = \"tcp://h:1\"\ndestinationType = \"TOPIC\"\n"
-        "destinationName = \"D\"\n";
+    const std::string good = std::string(kStream) +
+                             "[connection]\ndataFormat = \"XML\"\nconnectionFactory = \"C\"\n"
+                             "jndiContextFactory = \"F\"\njndiURL = \"tcp://h:1\"\ndestinationType = \"TOPIC\"\n"
+                             "destinationName = \"D\"\n";
     ::setenv("KEL_HOME", "/nowhere", 1);
-    EXPECT_EQ(host::findingsOf(read(good)).problems, Texts());
+    EXPECT_EQ(host::checkSettings(read(good)).problems, Texts());
     struct {
         Texts overrides;
         Texts problems;
     } const rows[] = {
-        {{"connection.dataFormat=xml"},
-         {"dataFormat is \"xml\"; allowed are \"CSV\", \"XML\", \"FIX\", \"OBJECTARRAY\", \"CUSTOM\"."}},
-        {{"connection.dataFormat=CSV"},
-         {"delimiter is missing; it must be the text between two values, such as \",\"."}},
-        {{"connection.dataFormat=CUSTOM"},
-         {"converterClassName is missing; it must be the full name of the converter's Java class."}},
+        {{"connection.dataFormat=xml"}, {"dataFormat is \"xml\"; allowed are \"CSV\", \"XML\", \"FIX\", \"OBJECTARRAY\", \"CUSTOM\"."}},
+        {{"connection.dataFormat=CSV"}, {"delimiter is missing; it must be the text between two values, such as \",\"."}},
+        {{"connection.dataFormat=CUSTOM"}, {"converterClassName is missing; it must be the full name of the converter's Java class."}},
         {{"connection.dataFormat=FIX", "connection.fixVersion=9.9"},
          {"fixMessageType is missing; it must be the type of the messages wanted, such as \"D\": all others "
           "are "
           "skipped.",
           "fixVersion is \"9.9\"; its dictionary /nowhere/etc/fix/dictionary9.9.txt cannot be read."}},
-        {{"connection.destinationType=queue"},
-         {"destinationType is \"queue\"; allowed are \"QUEUE\", \"TOPIC\"."}},
-        {{"connection.subscriptionMode=durable"},
-         {"subscriptionMode is \"durable\"; allowed are \"NONDURABLE\", \"DURABLE\"."}},
-        {{"connection.subscriptionMode=DURABLE", "connection.batchsize=-1",
-          "connection.destinationType=QUEUE"},
+        {{"connection.destinationType=queue"}, {"destinationType is \"queue\"; allowed are \"QUEUE\", \"TOPIC\"."}},
+        {{"connection.subscriptionMode=durable"}, {"subscriptionMode is \"durable\"; allowed are \"NONDURABLE\", \"DURABLE\"."}},
+        {{"connection.subscriptionMode=DURABLE", "connection.batchsize=-1", "connection.destinationType=QUEUE"},
          {"subscriptionMode is \"DURABLE\"; a queue has no durable subscriptions, only a topic has.",
           "clientID is missing; it must be a name that no other connection to the provider uses.",
           "subscriptionName is missing; it must be the subscription's name.",
@@ -197,15 +179,14 @@ TEST_F(Configuration, CheckNamesWhatWouldBeTakenForSomethingElse) {
          {"jvmOptions has \"-Dkel.jms.browseMillis=0\"; the value must be an integer from 1 to 2147483647."}},
     };
     for (const auto& row : rows) {
-        Texts found = host::findingsOf(read(good, row.overrides)).problems;
+        Texts found = host::checkSettings(read(good, row.overrides)).problems;
         for (std::string& problem : found) problem = problem.substr(problem.find('.') + 1);
         EXPECT_EQ(found, row.problems);
     }
-    const host::Settings durable =
-        read(good, {"connection.delimiter=;", "connection.subscriptionMode=DURABLE", "connection.clientID=c",
-                    "connection.subscriptionName=s",
-                    "connection.jndiContextFactory=org.apache.activemq.jndi.ActiveMQInitialContextFactory"});
-    const Texts notes = host::findingsOf(durable).notes;
+    const host::Settings durable = read(
+        good, {"connection.delimiter=;", "connection.subscriptionMode=DURABLE", "connection.clientID=c", "connection.subscriptionName=s",
+               "connection.jndiContextFactory=org.apache.activemq.jndi.ActiveMQInitialContextFactory"});
+    const Texts notes = host::checkSettings(durable).notes;
     ASSERT_EQ(notes.size(), 2U);
     EXPECT_TRUE(notes[0].find("dead-letter queue after six") != std::string::npos) << notes[0];
     EXPECT_EQ(notes[1], "connection.delimiter is not read unless connection.dataFormat is \"CSV\".");

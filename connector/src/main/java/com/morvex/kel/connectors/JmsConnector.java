@@ -118,12 +118,11 @@ public final class JmsConnector {
         if (link == null) return;
         try {
             link.commit();
-        } catch (JMSException e) {
+        } catch (JMSException | RuntimeException e) {
             String sentence = "The commit failed and %d messages will come again: %s.".formatted(
                     link.pending(), Log.reason(e));
             Log.warn(sentence, e);
-            // The session's state is anybody's guess now; a new one begins after the last commit that
-            // succeeded.
+            // The session's state is anybody's guess now; a new one begins after the last good commit.
             keeper.lost(link, e);
             // Without the cause: the bridge prints what it catches, and the stack is in the log.
             throw new ConnectorException(sentence);
@@ -163,9 +162,9 @@ public final class JmsConnector {
             action.run();
             return true;
         } catch (ConnectorException e) {
-            Log.warn(e.getMessage(), e);
-        } catch (RuntimeException | LinkageError | StackOverflowError e) {
-            // a mistake of the provider's client
+            Log.warn(Log.reason(e) + ".", e);
+        } catch (RuntimeException | Error e) {
+            // a mistake of the provider's client or of a converter
             Log.warn("The operation failed with a " + e.getClass().getName() + ": " + Log.reason(e) + ".", e);
         }
         return false;
@@ -202,7 +201,7 @@ public final class JmsConnector {
     private static <T> T read(Message message, Reading<T> reading) {
         try {
             return reading.of(message);
-        } catch (JMSException | RuntimeException | LinkageError | StackOverflowError e) {
+        } catch (JMSException | RuntimeException | Error e) {   // one message must not end the others
             Log.warn("The message " + idOf(message) + " was refused: " + Log.reason(e) + ".", e);
             return null;
         }
@@ -219,7 +218,9 @@ public final class JmsConnector {
             if (link == null) throw new ConnectorException("The message was not sent: no connection.");
             try {
                 link.send(maker);
-            } catch (JMSException e) {
+            } catch (ConnectorException e) {
+                throw e;   // the message, not the link
+            } catch (JMSException | RuntimeException e) {
                 keeper.lost(link, e);
                 throw new ConnectorException("The message was not sent: " + Log.reason(e) + ".", e);
             }
@@ -235,7 +236,7 @@ public final class JmsConnector {
                 T read = read(message, reading);
                 if (read != null) found.add(read);
             }
-        } catch (JMSException e) {
+        } catch (JMSException | RuntimeException e) {
             Log.detail("Browsing failed.", e);
             String sentence = "Browsing %s failed: %s.";
             throw new ConnectorException(sentence.formatted(settings.destination(), Log.reason(e)));

@@ -97,13 +97,13 @@ final class Link {
     }
 
     /**
-     * Commits what was taken since the last commit; without a transaction, acknowledges it. A failure leaves
-     * it pending.
+     * Commits what was taken since the last commit, if anything; without a transaction, acknowledges it. A
+     * failure leaves it pending.
      */
     void commit() throws JMSException {
         lock.lock();
         try {
-            if (transacted) {
+            if (transacted && pending > 0) {
                 session.commit();
                 forgetPending();
             } else {
@@ -148,7 +148,7 @@ final class Link {
         if (lockForClosing()) {
             try {
                 acknowledge();
-            } catch (JMSException e) {
+            } catch (JMSException | RuntimeException e) {
                 problem = Log.reason(e);
             } finally {
                 lock.unlock();
@@ -158,8 +158,7 @@ final class Link {
         }
         boolean closed = Closer.close(connection);
         if (problem == null) return closed;
-        Log.warn("The messages handed on last (up to " + ACKNOWLEDGE_EVERY
-                + ") could not be acknowledged and may come again: " + problem + ".");
+        Log.warn("The messages handed on last may come again, because closing did not go cleanly: " + problem + ".");
         return false;
     }
 

@@ -1,104 +1,87 @@
 package com.morvex.kel.connectors;
 
-import static org.junit.Assert.assertEquals;
-import static org.junit.Assert.assertFalse;
-import static org.junit.Assert.assertThrows;
-import static org.junit.Assert.assertTrue;
+import static com.morvex.kel.connectors.TestBroker.*;
+import static org.junit.Assert.*;
 
-import java.net.InetAddress;
-import java.net.ServerSocket;
-import java.net.URL;
-import java.net.URLClassLoader;
+import java.net.*;
 import java.nio.file.Files;
 import java.nio.file.Path;
+import java.util.ArrayList;
 import java.util.List;
-import java.util.concurrent.CountDownLatch;
 import javax.jms.Connection;
 import javax.jms.JMSException;
-import org.apache.activemq.broker.BrokerPlugin;
 import org.apache.activemq.security.AuthenticationUser;
 import org.apache.activemq.security.SimpleAuthenticationPlugin;
-import org.junit.AfterClass;
-import org.junit.Before;
-import org.junit.BeforeClass;
-import org.junit.Test;
+import org.junit.*;
 
-/** How connecting fails, with what sentence and how soon. */
+/** How connecting fails, with what sentence and how soon; and what a provider may do to a connection. */
 public class ConnectingTest {
-    private static TestBroker broker;
+    private TestBroker broker;
 
-    @BeforeClass
-    public static void start() throws Exception {
-        broker = new TestBroker(new BrokerPlugin[] {
-                new SimpleAuthenticationPlugin(List.of(new AuthenticationUser("reader", "secret", "")))});
+    @Before
+    public void start() throws Exception {
+        var reader = new AuthenticationUser("reader", "secret", "");
+        broker = new TestBroker(new SimpleAuthenticationPlugin(List.of(reader)));
         login("reader", "secret");
     }
 
-    @AfterClass
-    public static void stop() throws Exception {
-        System.clearProperty("java.naming.security.principal");
-        System.clearProperty("java.naming.security.credentials");
+    @After
+    public void stop() throws Exception {
+        login(null, null);
         broker.close();
     }
 
-    @Before
-    public void clearLog() {
-        LogCapture.clear();
-    }
-
     private static void login(String user, String password) {
+        System.getProperties().remove("java.naming.security.principal");
+        System.getProperties().remove("java.naming.security.credentials");
+        if (user == null) return;
         System.setProperty("java.naming.security.principal", user);
         System.setProperty("java.naming.security.credentials", password);
     }
 
-    private static JmsConnector connector(
-            String factory, String type, String name, String contextFactory, String url) {
-        return new JmsConnector(factory, type, name, false, null, null, null, contextFactory, url, "", "");
-    }
-
     private static void checkFails(String reason, JmsConnector connector) {
         assertFalse(reason, connector.connectForInput(true));
-        assertTrue(LogCapture.lines(),
-                LogCapture.lines().contains(reason) && !LogCapture.lines().contains("\n"));
-        LogCapture.clear();
+        String log = takeLog();
+        assertTrue(log, log.contains(reason) && !log.contains("\n"));
     }
 
     @Test
-    public void everyFailureIsOneSentence() {
-        String factory = TestBroker.CONTEXT_FACTORY;
+    public void everyFailureIsOneSentence() throws Exception {
         String url = broker.url();
-        checkFails("\"com.example.Missing\" (parameter jndiContextFactory) must be a JNDI context factory",
-                connector("ConnectionFactory", "QUEUE", "q", "com.example.Missing", url));
-        checkFails("The parameter connectionFactory is empty", connector("", "QUEUE", "q", factory, url));
-        checkFails("The parameter destinationName is empty",
-                connector("ConnectionFactory", "QUEUE", "", factory, url));
-        checkFails("\"connectionFactory\" (parameter connectionFactory) is not bound",
-                connector("connectionFactory", "QUEUE", "q", factory, url));
-        checkFails("must be bound to a javax.jms.ConnectionFactory",
-                connector("dynamicQueues/q", "QUEUE", "q", factory, url));
-        checkFails("\"dynamicTopics/t\" (parameter destinationName) is bound to a org.apache.activemq.command"
-                        + ".ActiveMQTopic, but must be bound to a javax.jms.Queue",
-                connector("ConnectionFactory", "QUEUE", "dynamicTopics/t", factory, url));
-        checkFails("at \"tcp://127.0.0.1:1\" (parameter jndiURL) is not reachable",
-                connector("ConnectionFactory", "QUEUE", "q", factory, "tcp://127.0.0.1:1"));
-        checkFails("is not reachable: Could not create Transport",
-                connector("ConnectionFactory", "QUEUE", "q", factory, "nonsense://x"));
-        checkFails("A durable subscription needs a topic",
-                broker.connector(url, "QUEUE", "q", true, "id", "subscription"));
-        JmsConnector connected = broker.receiver("dynamicQueues/q");
+        String[][] rows = {
+                // the sentence's core, connectionFactory, destinationName, jndiContextFactory, jndiURL
+                {"(parameter jndiContextFactory) must be", "ConnectionFactory", "q", "com.example.No", url},
+                {"parameter connectionFactory is empty", "", "q", CONTEXT_FACTORY, url},
+                {"parameter destinationName is empty", "ConnectionFactory", "", CONTEXT_FACTORY, url},
+                {"(parameter connectionFactory) is not bound", "wrong", "q", CONTEXT_FACTORY, url},
+                {"to a javax.jms.ConnectionFactory", "dynamicQueues/q", "q", CONTEXT_FACTORY, url},
+                {"to a javax.jms.Queue", "ConnectionFactory", "dynamicTopics/t", CONTEXT_FACTORY, url},
+                {"is not reachable", "ConnectionFactory", "q", CONTEXT_FACTORY, "tcp://127.0.0.1:1"},
+                {"is not reachable", "ConnectionFactory", "q", CONTEXT_FACTORY, "nonsense://x"},
+                {"subscription needs a topic", "ConnectionFactory", "q", CONTEXT_FACTORY, url, "id"},
+        };
+        for (String[] row : rows) {
+            boolean durable = row.length > 5;
+            checkFails(row[0],
+                    new JmsConnector(row[1], "QUEUE", row[2], durable, null, null, null, row[3], row[4], "id",
+                            "subscription"));
+        }
+        JmsConnector connected = broker.receiver("");
         checkFails("is connected already", connected);
         connected.disconnect();
         checkFails("was disconnected", connected);
+        var e = assertThrows(
+                ConnectorException.class, () -> limited("browseLimit", "0", () -> broker.connector(url, "")));
+        assertTrue(e.getMessage().contains(
+                "kel.jms.browseLimit is \"0\", but must be an integer from 1 to 2147483647"));
     }
 
     @Test
     public void aLoginComesFromSystemPropertiesOrJndiProperties() throws Exception {
         login("reader", "wrong");
-        checkFails("refuses the login of \"reader\"", broker.queue("q"));
-        System.clearProperty("java.naming.security.principal");
-        System.clearProperty("java.naming.security.credentials");
-        checkFails("refuses a connection without a login", broker.queue("q"));
-
+        checkFails("refuses the login of \"reader\"", broker.connector(broker.url(), ""));
+        login(null, null);
+        checkFails("refuses a connection without a login", broker.connector(broker.url(), ""));
         Path folder = Files.createTempDirectory("kel-jndi");
         Path file = Files.writeString(folder.resolve("jndi.properties"),
                 "java.naming.security.principal=reader\njava.naming.security.credentials=secret\n");
@@ -106,10 +89,9 @@ public class ConnectingTest {
         ClassLoader before = thread.getContextClassLoader();
         try (URLClassLoader loader = new URLClassLoader(new URL[] {folder.toUri().toURL()}, before)) {
             thread.setContextClassLoader(loader);
-            assertTrue(LogCapture.lines(), broker.queue("q").connectForInput(false));
+            broker.receiver("");
         } finally {
             thread.setContextClassLoader(before);
-            login("reader", "secret");
             Files.delete(file);
             Files.delete(folder);
         }
@@ -117,126 +99,80 @@ public class ConnectingTest {
 
     @Test
     public void aSilentProviderIsGivenUpInTime() throws Exception {
-        System.setProperty("kel.jms.connectTimeoutMillis", "300");
         try (ServerSocket silent = new ServerSocket(0, 5, InetAddress.getLoopbackAddress())) {
             String url = "tcp://127.0.0.1:" + silent.getLocalPort();
-            JmsConnector connector =
-                    connector("ConnectionFactory", "QUEUE", "q", TestBroker.CONTEXT_FACTORY, url);
+            JmsConnector connector = limited("connectTimeoutMillis", "300", () -> broker.connector(url, ""));
+            JmsConnector patient = limited("connectTimeoutMillis", "20000", () -> broker.connector(url, ""));
             long start = System.nanoTime();
             checkFails("did not connect within 300 ms", connector);
-            assertTrue(System.nanoTime() - start < 1_500_000_000L);
-            System.setProperty("kel.jms.connectTimeoutMillis", "20000");
-            JmsConnector patient =
-                    connector("ConnectionFactory", "QUEUE", "q", TestBroker.CONTEXT_FACTORY, url);
-            Thread stopper = new Thread(() -> {
-                try {
-                    silent.accept();   // of the first connector
-                    silent.accept();
-                } catch (java.io.IOException e) {
-                    throw new java.io.UncheckedIOException(e);
-                }
+            silent.accept();
+            Thread stopper = later(0, () -> {
+                silent.accept();
                 patient.disconnect();
             });
-            stopper.start();
             checkFails("Connecting was cancelled", patient);
             stopper.join();
             assertTrue(System.nanoTime() - start < 3_000_000_000L);
-        } finally {
-            System.clearProperty("kel.jms.connectTimeoutMillis");
         }
     }
 
     @Test
-    public void aConnectionThatAppearsLateIsClosed() throws Exception {
-        System.setProperty("kel.jms.connectTimeoutMillis", "100");
-        JmsConnector connector = FakeProvider.connector();
-        System.clearProperty("kel.jms.connectTimeoutMillis");
-        CountDownLatch start = FakeProvider.block("Connection.start");
-        checkFails("within 100 ms", connector);
-        TestBroker.waitUntil(
-                "closed while starting", () -> FakeProvider.callsTo("Connection.close").size() == 1);
-        start.countDown();
-        TestBroker.waitUntil(
-                "closed when started", () -> FakeProvider.callsTo("Connection.close").size() == 2);
+    public void aClientIdInUseIsWaitedForBriefly() throws Exception {
+        Connection other = broker.connection();
+        other.setClientID("id");
+        other.start();
+        checkFails("\"id\" (parameter clientID) must be free", broker.connector(broker.url(), "id"));
+        Thread leaving = later(300_000, other::close);
+        broker.receiver("id");
+        leaving.join();
+        takeLog();
+        assertTrue(
+                "browsing needs no client ID", broker.connector(broker.url(), "id").connectForInput(false));
+        assertEquals("and leaves its holder alone", "", takeLog());
     }
 
     @Test
-    public void aLostConnectionIsClosedBeforeTheNextIsMade() throws Exception {
-        String create = "ConnectionFactory.createConnection";
-        String close = "Connection.close";
-        JmsConnector connector = FakeProvider.connector();
+    public void aConnectionThatAppearsLateIsClosed() throws Exception {
+        JmsConnector connector =
+                limited("connectTimeoutMillis", "100", () -> FakeProvider.connector("Connection.start"));
+        checkFails("within 100 ms", connector);
+        FakeProvider.waitForCalls(FakeProvider.CLOSE, 1);
+        FakeProvider.until.countDown();
+        FakeProvider.waitForCalls(FakeProvider.CLOSE, 2);
+    }
+
+    @Test
+    public void aLossIsNoticedHoweverItIsToldAndTheOldConnectionClosedFirst() throws Exception {
+        JmsConnector connector = FakeProvider.connector("");
         assertTrue(connector.connectForInput(true));
         FakeProvider.listener.onException(new JMSException("gone"));
-        TestBroker.waitUntil("connected again", () -> FakeProvider.callsTo(create).size() == 2);
-        assertEquals(List.of(create, close, create), FakeProvider.callsTo(create, close));
-        assertTrue(connector.disconnect());
-    }
-
-    @Test
-    public void aLossThatOnlyAFailedCallTellsOfIsNoticed() throws Exception {
-        String create = "ConnectionFactory.createConnection";
-        JmsConnector connector = FakeProvider.connector();
-        assertTrue(connector.connectForInput(true));
-        FakeProvider.FAILING.add("MessageConsumer.receiveNoWait");
+        waitUntil("connected again", () -> logged("is there again"));
+        FakeProvider.failing = "MessageConsumer.receiveNoWait";
         assertEquals("", connector.receiveTextMessage());
-        FakeProvider.FAILING.clear();
-        TestBroker.waitUntil("connected again", () -> FakeProvider.callsTo(create).size() == 2);
-        assertEquals("", connector.receiveTextMessage());
-        FakeProvider.FAILING.add("Session.commit");
+        FakeProvider.failing = "Session.commit";
+        FakeProvider.waitForCalls(FakeProvider.CREATE, 3);
+        assertNull("a message without text", connector.receiveTextMessage());
         assertThrows(ConnectorException.class, connector::commitTransaction);
-        TestBroker.waitUntil("connected once more", () -> FakeProvider.callsTo(create).size() == 3);
+        FakeProvider.waitForCalls(FakeProvider.CREATE, 4);
+        List<String> calls = new ArrayList<>(FakeProvider.CALLS);
+        calls.retainAll(List.of(FakeProvider.CREATE, FakeProvider.CLOSE));
+        String renewed = ", " + FakeProvider.CLOSE + ", " + FakeProvider.CREATE;
+        assertEquals("[" + FakeProvider.CREATE + renewed.repeat(3) + "]", calls.toString());
         assertTrue(connector.disconnect());
     }
 
     @Test
     public void aProviderThatHoldsUpACallDoesNotHoldUpAStop() throws Exception {
-        JmsConnector connector = FakeProvider.connector();
+        JmsConnector connector = FakeProvider.connector("MessageConsumer.receiveNoWait");
         assertTrue(connector.connectForInput(true));
-        CountDownLatch take = FakeProvider.block("MessageConsumer.receiveNoWait");
-        Thread reader = new Thread(connector::receiveTextMessage);
-        reader.start();
-        TestBroker.waitUntil("reading", () -> FakeProvider.CALLS.contains("MessageConsumer.receiveNoWait"));
+        Thread reader = later(0, connector::receiveTextMessage);
+        FakeProvider.waitForCalls("MessageConsumer.receiveNoWait", 1);
         long start = System.nanoTime();
         assertFalse(connector.disconnect());
         assertTrue(System.nanoTime() - start < 2_000_000_000L);
-        assertTrue(LogCapture.lines(), LogCapture.lines().contains("does not return from a call"));
-        assertEquals(List.of("Connection.close"), FakeProvider.callsTo("Connection.close"));
-        take.countDown();
+        assertTrue(logged("does not return from a call"));
+        FakeProvider.waitForCalls(FakeProvider.CLOSE, 1);
+        FakeProvider.until.countDown();
         reader.join();
-    }
-
-    @Test
-    public void aClientIdInUseIsWaitedForBriefly() throws Exception {
-        Connection other = broker.connect("reader", "secret");
-        other.setClientID("taken");
-        other.start();
-        checkFails("The client ID \"taken\" (parameter clientID) must be free", broker.durable("t", "taken"));
-        Thread leaving = new Thread(() -> {
-            try {
-                Thread.sleep(300);
-                other.close();
-            } catch (Exception e) {
-                throw new AssertionError(e);
-            }
-        });
-        leaving.start();
-        assertTrue(LogCapture.lines(), broker.durable("t", "taken").connectForInput(true));
-        leaving.join();
-        LogCapture.clear();
-        assertTrue("browsing needs no client ID", broker.durable("t", "taken").connectForInput(false));
-        assertEquals("and leaves its holder alone", "", LogCapture.lines());
-    }
-
-    @Test
-    public void anUnusableLimitIsNamed() {
-        System.setProperty("kel.jms.browseLimit", "0");
-        try {
-            ConnectorException e = assertThrows(ConnectorException.class, () -> broker.queue("q"));
-            assertEquals("The system property kel.jms.browseLimit is \"0\", but must be an integer from 1 to"
-                            + " 2147483647.",
-                    e.getMessage());
-        } finally {
-            System.clearProperty("kel.jms.browseLimit");
-        }
     }
 }

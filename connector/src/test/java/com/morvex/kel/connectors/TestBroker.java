@@ -1,29 +1,29 @@
 package com.morvex.kel.connectors;
 
-import java.util.ArrayList;
-import java.util.List;
+import java.util.*;
+import java.util.concurrent.CopyOnWriteArrayList;
+import java.util.concurrent.locks.LockSupport;
 import java.util.function.BooleanSupplier;
-import javax.jms.Connection;
-import javax.jms.Destination;
-import javax.jms.JMSException;
-import javax.jms.Message;
-import javax.jms.Session;
+import java.util.function.Supplier;
+import java.util.logging.Logger;
+import java.util.stream.IntStream;
+import javax.jms.*;
 import org.apache.activemq.ActiveMQConnectionFactory;
 import org.apache.activemq.broker.BrokerPlugin;
 import org.apache.activemq.broker.BrokerService;
-import org.apache.activemq.broker.TransportConnector;
 import org.apache.activemq.broker.region.DestinationStatistics;
 import org.apache.activemq.command.ActiveMQQueue;
 import org.apache.activemq.command.ActiveMQTopic;
 
-/** A broker of the tests' own process on a free port, and connectors to it. */
+/** A broker of the tests' own process on a free port, connectors to it, and what they log. */
 final class TestBroker implements AutoCloseable {
     static final String CONTEXT_FACTORY = "org.apache.activemq.jndi.ActiveMQInitialContextFactory";
+    static final ActiveMQQueue QUEUE = new ActiveMQQueue("q");
+    static final ActiveMQTopic TOPIC = new ActiveMQTopic("t");
 
-    /** Makes the messages that a test sends. */
-    interface Maker {
-        Message make(Session session) throws JMSException;
-    }
+    // Held here, because a logger that nobody holds is collected together with its filter.
+    private static final Logger LOGGER = Logger.getLogger("kel.jms");
+    private static final List<String> LOG = new CopyOnWriteArrayList<>();
 
     private final List<JmsConnector> connectors = new ArrayList<>();
     private final BrokerPlugin[] plugins;
@@ -32,6 +32,8 @@ final class TestBroker implements AutoCloseable {
 
     TestBroker(BrokerPlugin... plugins) throws Exception {
         this.plugins = plugins;
+        LOGGER.setFilter(entry -> !LOG.add(entry.getMessage()));
+        LOG.clear();
         start();
     }
 
@@ -39,12 +41,10 @@ final class TestBroker implements AutoCloseable {
         service = new BrokerService();
         service.setPersistent(false);
         service.setUseJmx(false);
-        service.setUseShutdownHook(false);
         service.setBrokerName("tests");
         service.setPlugins(plugins);
-        TransportConnector transport = service.addConnector("tcp://127.0.0.1:" + port);
+        port = service.addConnector("tcp://127.0.0.1:" + port).getConnectUri().getPort();
         service.start();
-        port = transport.getConnectUri().getPort();
     }
 
     void stop() throws Exception {
@@ -58,8 +58,14 @@ final class TestBroker implements AutoCloseable {
         stop();
     }
 
-    /** Leaves the connectors to the garbage collector. */
-    void forgetConnectors() { connectors.clear(); }
+    /** What was logged since the last look. */
+    static String takeLog() {
+        String lines = String.join("\n", LOG);
+        LOG.clear();
+        return lines;
+    }
+
+    static boolean logged(String text) { return LOG.stream().anyMatch(line -> line.contains(text)); }
 
     String url() { return "tcp://127.0.0.1:" + port; }
 
@@ -68,79 +74,67 @@ final class TestBroker implements AutoCloseable {
         for (var connection : service.getTransportConnectors().get(0).getConnections()) connection.stop();
     }
 
-    /** What the broker counts for a queue. */
-    DestinationStatistics counts(String queue) {
-        try {
-            return service.getDestination(queueNamed(queue)).getDestinationStatistics();
-        } catch (Exception e) {
-            throw new AssertionError(e);
-        }
-    }
-
     int connections() { return service.getTransportConnectors().get(0).getConnections().size(); }
 
-    JmsConnector queue(String name) { return connector(url(), "QUEUE", name, false, "", ""); }
-
-    JmsConnector topic(String name) { return connector(url(), "TOPIC", name, false, "", ""); }
-
-    JmsConnector durable(String topic, String clientId) {
-        return connector(url(), "TOPIC", topic, true, clientId, "subscription");
+    DestinationStatistics counts() {
+        return service.getRegionBroker().getDestinationMap().get(QUEUE).getDestinationStatistics();
     }
 
-    JmsConnector connector(
-            String url, String type, String name, boolean durable, String clientId, String subscription) {
-        JmsConnector made = new JmsConnector("ConnectionFactory", type, name, durable, new int[2],
-                new String[] {"Symbol", "Shares"}, new String[2], CONTEXT_FACTORY, url, clientId,
-                subscription);
+    /** A connector to the queue "q", or for a client ID to a durable subscription of the topic "t". */
+    JmsConnector connector(String url, String clientId) {
+        boolean durable = !clientId.isEmpty();
+        JmsConnector made =
+                new JmsConnector("ConnectionFactory", durable ? "TOPIC" : "QUEUE", durable ? "t" : "q",
+                        durable, new int[5], new String[] {"Symbol", "Shares", "two words", "or", "JMSType"},
+                        new String[] {null, "Count"}, CONTEXT_FACTORY, url, clientId, "subscription");
         connectors.add(made);
         return made;
     }
 
-    /** A connector that receives from a queue. */
-    JmsConnector receiver(String queue) {
-        JmsConnector made = queue(queue);
-        if (!made.connectForInput(true)) throw new AssertionError("not connected: " + LogCapture.lines());
+    /** The same, connected for receiving. */
+    JmsConnector receiver(String clientId) {
+        JmsConnector made = connector(url(), clientId);
+        if (!made.connectForInput(true)) throw new AssertionError(takeLog());
         return made;
     }
 
-    Connection connect() throws JMSException { return connect(null, null); }
+    /** Leaves the connectors to the garbage collector. */
+    void forgetConnectors() { connectors.clear(); }
 
-    Connection connect(String user, String password) throws JMSException {
-        return new ActiveMQConnectionFactory(url()).createConnection(user, password);
+    /** Makes one message. */
+    interface Maker {
+        Message make(Session session) throws JMSException;
     }
 
     void send(Destination destination, Maker... makers) throws JMSException {
-        Connection connection = connect();
-        try {
-            Session session = connection.createSession(false, Session.AUTO_ACKNOWLEDGE);
-            var producer = session.createProducer(destination);
-            for (Maker maker : makers) producer.send(maker.make(session));
-        } finally {
-            connection.close();
-        }
+        Connection connection = connection();
+        Session session = connection.createSession(false, Session.AUTO_ACKNOWLEDGE);
+        for (Maker maker : makers) session.createProducer(destination).send(maker.make(session));
+        connection.close();
+    }
+
+    Connection connection() throws JMSException {
+        return new ActiveMQConnectionFactory("reader", "secret", url()).createConnection();
     }
 
     /** Sends the numbers from first to last as texts. */
     void sendNumbers(Destination destination, int first, int last) throws JMSException {
         Maker[] makers = new Maker[last - first + 1];
-        for (int i = 0; i < makers.length; ++i) {
-            String text = Integer.toString(first + i);
-            makers[i] = session -> session.createTextMessage(text);
-        }
+        Arrays.setAll(makers, i -> session -> session.createTextMessage("" + (first + i)));
         send(destination, makers);
     }
 
-    static ActiveMQQueue queueNamed(String name) { return new ActiveMQQueue(name); }
+    static List<Integer> numbers(int first, int last) {
+        return IntStream.rangeClosed(first, last).boxed().toList();
+    }
 
-    static ActiveMQTopic topicNamed(String name) { return new ActiveMQTopic(name); }
-
-    /** The next texts; fails when one is refused or none comes for five seconds. */
-    static List<Integer> numbers(JmsConnector connector, int count) {
+    /** The next numbers; fewer when none comes for five seconds. */
+    static List<Integer> receive(JmsConnector connector, int count) {
         List<Integer> found = new ArrayList<>();
         long end = System.nanoTime() + 5_000_000_000L;
         while (found.size() < count && System.nanoTime() < end) {
             String text = connector.receiveTextMessage();
-            if (text == null) throw new AssertionError("refused after " + found + ": " + LogCapture.lines());
+            if (text == null) throw new AssertionError("refused after " + found + ": " + takeLog());
             if (!text.isEmpty()) found.add(Integer.valueOf(text));
         }
         return found;
@@ -148,6 +142,34 @@ final class TestBroker implements AutoCloseable {
 
     static void waitUntil(String what, BooleanSupplier condition) throws InterruptedException {
         for (int i = 0; i < 500 && !condition.getAsBoolean(); ++i) Thread.sleep(10);
-        if (!condition.getAsBoolean()) throw new AssertionError("not within five seconds: " + what);
+        if (!condition.getAsBoolean()) throw new AssertionError("not within five seconds: " + what + LOG);
+    }
+
+    /** What a test does beside its own thread. */
+    interface Action {
+        void run() throws Exception;
+    }
+
+    static Thread later(int micros, Action action) {
+        Thread thread = new Thread(() -> {
+            try {
+                LockSupport.parkNanos(micros * 1_000L);
+                action.run();
+            } catch (Exception e) {
+                throw new AssertionError(e);
+            }
+        });
+        thread.start();
+        return thread;
+    }
+
+    /** A connector made while one of its limits is set. */
+    static JmsConnector limited(String limit, String value, Supplier<JmsConnector> maker) {
+        System.setProperty("kel.jms." + limit, value);
+        try {
+            return maker.get();
+        } finally {
+            System.clearProperty("kel.jms." + limit);
+        }
     }
 }

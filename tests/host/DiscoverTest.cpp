@@ -1,0 +1,176 @@
+// What discover makes of the entry points' answers: the explanation of a type, and the stream that is
+// proposed.
+#include <gtest/gtest.h>
+
+#include "host/Console.h"
+#include "host/DiscoverExplain.h"
+#include "host/DiscoverPeek.h"
+#include "host/DiscoverProposal.h"
+
+namespace {
+
+using Texts = std::vector<std::string>;
+
+host::Settings settings(const std::string& format, const host::Parameters& more = {}) {
+    host::Settings result;
+    result.connection = more;
+    result.connection.emplace("dataFormat", format);
+    result.connection.emplace("destinationName", "dynamicQueues/waiting");
+    result.connection.emplace("dateFormat", host::kDefaultDateFormat);
+    result.connection.emplace("timestampFormat", host::kDefaultDateFormat);
+    return result;
+}
+
+struct Explained {
+    const char* format;
+    host::Parameters more;
+    const char* type;  // the entry points' answer
+    Texts values;      // of one column
+    size_t sample;     // 0: the library comes to another type
+    size_t counted;
+    std::string warning;  // the beginning of the only one; "": there is none
+};
+
+TEST(DiscoverExplain, NamesTheDecidingValueAndWhatTheTypeLoses) {
+    const Explained kRows[] = {
+        {"CSV", {}, "float", {"1", "2.5", "3", "1e9"}, 2, 4, ""},
+        {"CSV", {}, "long", {"2147483648", "1"}, 1, 2, ""},
+        {"CSV", {}, "integer", {"1", "2.5"}, 0, 0, ""},
+        {"CSV",
+         {},
+         "string",
+         {"1", "", "2"},
+         2,
+         3,
+         "only blank values make it a string, 1 of 3; without them it is integer"},
+        {"CSV", {}, "string", {"x", ""}, 1, 2, ""},
+        {"CSV", {}, "integer", {"1", ""}, 0, 0, ""},
+        {"XML", {}, "integer", {"", "1"}, 2, 1, ""},
+        {"XML", {}, "string", {"", "1"}, 1, 2, "only blank values"},
+        {"CSV",
+         {},
+         "integer",
+         {"0", "-0", "-07", "+00", "10"},
+         1,
+         5,
+         "\"-07\" (sample 3) loses its leading zeros as a number; likewise 1 more"},
+        {"CSV", {}, "string", {"007", "x"}, 2, 2, ""},
+        {"CSV", {}, "date", {"5", "2024-01-02T03:04:05"}, 2, 2, ""},
+        {"CSV",
+         {},
+         "date",
+         {"2024-01-02T03:04:05.123"},
+         1,
+         1,
+         "\"2024-01-02T03:04:05.123\" (sample 1) is a date only because the rest, \".123\", is ignored"},
+        {"CSV", {{"dateFormat", "%d.%m.%Y"}}, "timestamp", {"2024-01-02T03:04:05.123"}, 1, 1, ""},
+        {"CSV",
+         {{"dateFormat", "%d.%m.%Y"}},
+         "timestamp",
+         {"2024-01-02T03:04:05Z.5"},
+         1,
+         1,
+         "\"2024-01-02T03:04:05Z.5\" (sample 1) is a timestamp only because the rest, \"Z\","},
+        {"FIX",
+         {},
+         "time",
+         {"12:00:00 noon"},
+         1,
+         1,
+         "\"12:00:00 noon\" (sample 1) is a time only because the rest, \" noon\","},
+        {"OBJECTARRAY",
+         {},
+         "date",
+         {"7 apples", "8"},
+         1,
+         2,
+         "\"7 apples\" (sample 1) is a date only because the rest, \" apples\","},
+        {"CUSTOM", {}, "date", {"10.0.0.1"}, 1, 1, "\"10.0.0.1\" (sample 1) is a date"},
+    };
+    for (const Explained& row : kRows) {
+        SCOPED_TRACE(row.values[0] + " as " + row.type + " in " + row.format);
+        host::Discovery found{{"a"}, {row.type}, {}, {}};
+        for (const std::string& value : row.values) found.samples.push_back({value});
+        if (row.sample == 0) {
+            EXPECT_THROW(host::explain(found, settings(row.format, row.more)), host::Failure);
+            continue;
+        }
+        const host::Explanation one = host::explain(found, settings(row.format, row.more)).at(0);
+        EXPECT_EQ(one.sample, row.sample);
+        EXPECT_EQ(one.value, row.values[row.sample - 1]);
+        EXPECT_EQ(one.values, row.counted);
+        ASSERT_EQ(one.warnings.size(), row.warning.empty() ? 0U : 1U);
+        for (const std::string& warning : one.warnings)
+            EXPECT_EQ(warning.substr(0, row.warning.size()), row.warning);
+    }
+}
+
+TEST(DiscoverExplain, CountsWhatFitsOverRowsOfDifferentLengths) {
+    const host::Discovery found{{"a", "b"}, {"integer", "float"}, {}, {{"1"}, {"2", "7"}, {"3", ".5"}}};
+    const host::Explanation second = host::explain(found, settings("CSV")).at(1);
+    const std::vector<std::pair<std::string, size_t>> kFits = {
+        {"integer", 1}, {"long", 1}, {"float", 2}, {"date", 0}, {"timestamp", 0}, {"time", 0}, {"string", 2}};
+    EXPECT_EQ(second.fits, kFits);
+    EXPECT_EQ(second.rule, "float is the first type that reads it; with integer before it that makes float");
+}
+
+struct Proposed {
+    const char* format;
+    host::Parameters more;
+    const char* configured;  // the stream's name
+    const char* asked;
+    std::vector<Texts> samples;
+    const char* streamName;
+    size_t columns;
+    const char* connection;  // the key that [connection] needs
+};
+
+TEST(DiscoverProposal, FindsTheStreamsNameAndWhetherMessagesBringIt) {
+    const host::Parameters kNoPrefix = {{"expectStreamNameOpcode", "0"}};
+    const Proposed kRows[] = {
+        {"CSV", kNoPrefix, "", "", {{"Trades", "i", "1"}}, "waiting", 3, ""},
+        {"CSV", {}, "", "", {{"Trades", "i", "1"}, {"Trades", "d"}}, "Trades", 1, ""},
+        {"CSV",
+         {},
+         "",
+         "",
+         {{"Trades", "i", "1"}, {"Quotes", "i", "1"}},
+         "waiting",
+         3,
+         "expectStreamNameOpcode"},
+        {"CSV", {}, "Quotes", "", {{"Trades", "i", "x"}, {"Quotes", "i", "1"}}, "Quotes", 1, ""},
+        {"CSV", {}, "Quotes", "Other", {{"Quotes", "i", "1"}}, "Other", 3, "expectStreamNameOpcode"},
+        {"OBJECTARRAY", {}, "", "", {{"Trades", "insert", "1"}}, "waiting", 3, "expectStreamNameOpcode"},
+        {"OBJECTARRAY", {}, "", "", {{"1"}}, "waiting", 1, "expectStreamNameOpcode"},
+        {"CUSTOM", {}, "", "", {{"", "", "1"}, {"Trades", "i", "1"}}, "Trades", 1, ""},
+        {"FIX", {}, "", "Orders", {{"1"}}, "Orders", 1, ""},
+    };
+    for (const Proposed& row : kRows) {
+        SCOPED_TRACE(std::string(row.format) + " " + row.samples[0][0] + " " + row.configured + row.asked);
+        host::Settings all = settings(row.format, row.more);
+        all.streamName = row.configured;
+        host::Discovery found;
+        for (size_t i = 0; i < row.samples[0].size(); ++i) {
+            found.names.push_back("column_" + std::to_string(i));
+            found.types.push_back(i < 2 ? "string" : "integer");
+        }
+        found.samples = row.samples;
+        const host::Proposal proposal = host::propose(found, all, row.asked, {});
+        EXPECT_EQ(proposal.streamName, row.streamName);
+        EXPECT_EQ(proposal.columns.size(), row.columns);
+        EXPECT_EQ(proposal.connection.empty() ? "" : proposal.connection[0].first, row.connection);
+        // A text of another stream's message decides nothing.
+        EXPECT_EQ(proposal.columns.back().reason, "");
+    }
+}
+
+TEST(DiscoverPeek, ReadsElementAndAttributesAsTheAdapterDoes) {
+    const auto sample = host::readXmlSample("<?xml version=\"1.0\"?> <Trades a=\"1\" KEL_OPS=\"p\" b=\"\"/>");
+    ASSERT_TRUE(sample);
+    EXPECT_EQ(sample->element, "Trades");
+    EXPECT_EQ(sample->attributes, (Texts{"a", "b"}));
+    EXPECT_FALSE(host::readXmlSample("<Trades a='1'/>"));
+    EXPECT_FALSE(host::readXmlSample("<Trades></Trades>"));
+}
+
+}  // namespace
