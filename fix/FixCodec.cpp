@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cstring>
 #include <optional>
 #include <string_view>
@@ -89,6 +90,25 @@ int checkSumOf(std::string_view text) {
     sum -= kOffset * text.size();
     return static_cast<int32_t>(static_cast<uint32_t>(sum)) % 256;
 }
+
+// A number's text. One shorter than `width` gets one zero in front, and never more than one.
+class NumberText {
+public:
+    explicit NumberText(int64_t number, size_t width = 0) {
+        text_[0] = '0';
+        char* const first = text_.data() + 1;
+        end_ = std::to_chars(first, text_.data() + text_.size(), number).ptr;
+        begin_ = static_cast<size_t>(end_ - first) < width ? text_.data() : first;
+    }
+    NumberText(const NumberText&) = delete;
+    NumberText& operator=(const NumberText&) = delete;
+    std::string_view view() const { return {begin_, static_cast<size_t>(end_ - begin_)}; }
+
+private:
+    std::array<char, 24> text_;
+    const char* begin_;
+    const char* end_;
+};
 
 }  // namespace
 
@@ -192,14 +212,12 @@ bool NewFixUtils::rowBufToFixMsg(void* row, std::string& message, const std::str
     MessageWriter writer(message, front, fieldSeparator);
     writer.append(msgTypeTag, messageType);
     const bool complete = appendColumns(row, writer);
-    if (complete) writer.prepend(bodyLengthTag, std::to_string(writer.message().size()));
+    if (complete) writer.prepend(bodyLengthTag, NumberText(std::ssize(writer.message())).view());
     writer.prepend(beginStringTag, version);
     if (!complete) return false;
 
-    std::string checkSum = std::to_string(checkSumOf(writer.message()));
-    // One zero at the most: a one-digit sum goes out with two digits, as receivers of this program know it.
-    if (checkSum.size() < 3) checkSum.insert(0, 1, '0');
-    writer.append(checkSumTag, checkSum);
+    // A one-digit sum goes out with two digits, as receivers of this program know it.
+    writer.append(checkSumTag, NumberText(checkSumOf(writer.message()), 3).view());
     return true;
 }
 

@@ -1,11 +1,13 @@
 #include "host/Check.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstdio>
+#include <fstream>
+#include <set>
 
 #include "host/ClassPath.h"
 #include "host/Console.h"
+#include "host/Installation.h"
 #include "host/toolkit/ModifiedUtf8.h"
 #include "host/toolkit/Text.h"
 
@@ -22,6 +24,7 @@ public:
         if (text("dataFormat") == "CSV") needed("delimiter", "the text between two values, such as \",\"");
         if (text("dataFormat") == "CUSTOM")
             needed("converterClassName", "the full name of the converter's Java class");
+        if (text("dataFormat") == "FIX") fix();
         needed("connectionFactory", "the JNDI name of the provider's factory, such as \"ConnectionFactory\"");
         needed("jndiContextFactory",
                "the provider's Java class for JNDI, such as "
@@ -60,6 +63,25 @@ private:
         std::string list;
         for (const std::string& value : values) addToList(list, inQuotes(value));
         problem(name, "allowed are " + list);
+    }
+
+    void fix() {
+        needed("fixMessageType", "the type of the messages wanted, such as \"D\": all others are skipped");
+        const std::string dictionary = dictionaryFile(text("fixVersion")).string();
+        std::ifstream in(dictionary);
+        if (!in) {
+            problem("fixVersion", "its dictionary " + dictionary + " cannot be read");
+            return;
+        }
+        std::set<std::string> fields;
+        for (std::string line; std::getline(in, line);) fields.insert(line.substr(line.find('=') + 1));
+        for (const Column& column : settings_.columns) {
+            const std::string name = toUtf8(column.name);
+            if (!fields.contains(name))
+                problems_.push_back("stream.columns has " + inQuotes(name) +
+                                    "; it must be a field named in " + dictionary +
+                                    ", else it is never filled.");
+        }
     }
 
     void durable() {

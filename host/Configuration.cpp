@@ -312,11 +312,11 @@ private:
 }  // namespace
 
 std::optional<Settings> readSettings(const std::string& file, const std::vector<std::string>& overrides,
-                                     std::vector<std::string>& problems) {
+                                     std::vector<std::string>& problems, StreamSection stream) {
     Reader reader(file);
     std::optional<Settings> settings = reader.read(overrides);
     for (std::string& problem : reader.problems()) problems.push_back(std::move(problem));
-    if (problems.empty()) {
+    if (problems.empty() && stream == StreamSection::kNeeded) {
         if (settings->streamName.empty())
             problems.push_back(file +
                                ": the section [stream] has no name; it needs one, as in name = \"Trades\".");
@@ -328,9 +328,10 @@ std::optional<Settings> readSettings(const std::string& file, const std::vector<
     return settings;
 }
 
-Settings loadSettings(const std::string& file, const std::vector<std::string>& overrides) {
+Settings loadSettings(const std::string& file, const std::vector<std::string>& overrides,
+                      StreamSection stream) {
     std::vector<std::string> problems;
-    std::optional<Settings> settings = readSettings(file, overrides, problems);
+    std::optional<Settings> settings = readSettings(file, overrides, problems, stream);
     for (const std::string& problem : problems) say(problem);
     if (!problems.empty())
         throw Failure(std::to_string(problems.size()) + (problems.size() == 1 ? " problem" : " problems") +

@@ -26,13 +26,18 @@ struct Settings {
     int logLevel = 4;
 };
 
+// Whether the configuration must name a stream and its columns.
+enum class StreamSection { kNeeded, kOptional };
+
 // Reads the file, then the overrides "section.name=value". Every problem found is appended to `problems`,
 // one sentence each: where, what was found, what is allowed. Nothing is connected or looked up. None: the
 // file cannot be read at all.
 std::optional<Settings> readSettings(const std::string& file, const std::vector<std::string>& overrides,
-                                     std::vector<std::string>& problems);
+                                     std::vector<std::string>& problems,
+                                     StreamSection stream = StreamSection::kNeeded);
 
 // The same; when there are problems, says them all and throws Failure.
-Settings loadSettings(const std::string& file, const std::vector<std::string>& overrides);
+Settings loadSettings(const std::string& file, const std::vector<std::string>& overrides,
+                      StreamSection stream = StreamSection::kNeeded);
 
 }  // namespace host

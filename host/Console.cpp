@@ -12,6 +12,7 @@ namespace host {
 
 namespace {
 
+constexpr size_t kLongestLine = 4000;
 constexpr std::string_view kEraseLine = "\r\x1b[K";
 
 std::mutex terminalLock;  // guards standard error and what follows
@@ -54,7 +55,13 @@ void say(std::string_view text) {
     put(eraseStatus() + line + statusLine());
 }
 
-void sayModified(const std::string& prefix, const char* text) { say(prefix + toUtf8(text)); }
+void sayModified(const std::string& prefix, const char* text) {
+    std::string line = prefix;
+    const std::string_view whole = text;
+    appendUtf8(whole.substr(0, kLongestLine), line);
+    if (whole.size() > kLongestLine) line += "... (" + std::to_string(whole.size()) + " bytes)";
+    say(line);
+}
 
 bool canShowStatus() { return ::isatty(STDERR_FILENO) == 1; }
 

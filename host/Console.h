@@ -28,7 +28,7 @@ std::string oneLine(std::string_view text);
 // Writes the text as one line to standard error. Any thread.
 void say(std::string_view text);
 
-// The same for a text in modified UTF-8, as the adapter's are.
+// The same for a text in modified UTF-8, as the adapter's are; a very long one is cut and its length told.
 void sayModified(const std::string& prefix, const char* text);
 
 // The last line of the terminal, renewed in place; lines that are said push it down. Does nothing where

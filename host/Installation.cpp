@@ -45,6 +45,11 @@ fs::path pluginFile() {
                   "; name its file with --plugin or with plugin in the section [host].");
 }
 
+fs::path dictionaryFile(const std::string& fixVersion) {
+    const fs::path home = *kelHome() != '\0' ? fs::path(kelHome()) : prefix();
+    return home / "etc/fix" / ("dictionary" + fixVersion + ".txt");
+}
+
 fs::path catalogueFile() {
     const fs::path ofHome = fs::path(kelHome()) / kCatalogue;
     return *kelHome() != '\0' && fs::exists(ofHome) ? ofHome : prefix() / kCatalogue;

@@ -3,7 +3,6 @@
 
 #include <filesystem>
 #include <string>
-#include <vector>
 
 namespace host {
 
@@ -12,6 +11,9 @@ std::filesystem::path prefix();
 
 // The plug-in belonging to this program; throws Failure when it is not there.
 std::filesystem::path pluginFile();
+
+// What the adapter reads the FIX fields of a version from: below KEL_HOME, else below the prefix.
+std::filesystem::path dictionaryFile(const std::string& fixVersion);
 
 // The message catalogue: below KEL_HOME, else below the prefix.
 std::filesystem::path catalogueFile();

@@ -3,14 +3,12 @@
 #include <atomic>
 #include <fstream>
 #include <memory>
-#include <mutex>
 
 #include "host/Console.h"
 #include "host/Feeder.h"
-#include "host/Installation.h"
 #include "host/Jvm.h"
+#include "host/LoadedAdapter.h"
 #include "host/Output.h"
-#include "host/Plugin.h"
 #include "host/RowFormat.h"
 #include "host/RunReport.h"
 #include "host/Signals.h"
@@ -19,36 +17,6 @@
 namespace host {
 
 namespace {
-
-// The adapter, created, wired and deleted.
-class LoadedAdapter {
-public:
-    LoadedAdapter(const Plugin& plugin, Session& session) : plugin_(plugin), handle_(plugin.createAdapter()) {
-        plugin.setCallBackReference(handle_, &session.context);
-        plugin.setConnectionRowType(handle_, &session.rowType);
-        plugin.setConnectionParams(handle_, &session.settings.connection);
-    }
-    ~LoadedAdapter() { plugin_.deleteAdapter(handle_); }
-    LoadedAdapter(const LoadedAdapter&) = delete;
-    LoadedAdapter& operator=(const LoadedAdapter&) = delete;
-
-    const Plugin& plugin() const { return plugin_; }
-    void* handle() const { return handle_; }
-
-    // Any thread. A stop that came before reset had begun is forgotten by it, so this may be called again.
-    void stop() {
-        isStopped_ = true;
-        const std::lock_guard guard(stopLock_);
-        plugin_.stop(handle_);
-    }
-    bool isStopped() const { return isStopped_; }
-
-private:
-    const Plugin& plugin_;
-    void* handle_;
-    std::mutex stopLock_;
-    std::atomic<bool> isStopped_{false};
-};
 
 std::unique_ptr<RowFormat> makeFormat(const std::string& name, const RowType& type, const Output& output) {
     if (name == "csv") return makeCsv(type, output.isAtStart());
@@ -139,28 +107,20 @@ void checkReadable(const std::string& feed) {
         throw Failure("The file " + feed + " cannot be read; --feed needs one with a message in each line.");
 }
 
-void reset(LoadedAdapter& adapter, const Session& session) {
-    if (adapter.plugin().reset(adapter.handle())) return;
-    if (adapter.isStopped()) throw Failure("Stopped before the connection was ready.");
-    throw Failure(session.errors > 0 ? "The adapter refuses to start; the reason stands above."
-                                     : "The adapter cannot connect; the connector's warning above says why.");
-}
-
 }  // namespace
 
 int runRows(const RunOptions& options) {
     checkReadable(options.feed);
     Output output(options.out);
     Session session(options.session);
-    const std::string pluginName = !options.plugin.empty() ? options.plugin : session.settings.plugin;
-    const Plugin plugin(!pluginName.empty() ? pluginName : pluginFile().string());
+    const Plugin plugin(pluginFor(session, options.plugin));
 
     LoadedAdapter adapter(plugin, session);
     SignalWatch signals([&adapter] {
         const JvmThread thisThread;
         adapter.stop();
     });
-    reset(adapter, session);
+    adapter.reset();
     say("ready");
     plugin.start(adapter.handle());
 

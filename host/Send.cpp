@@ -69,23 +69,25 @@ void saySent(int64_t count, double seconds) {
         std::to_string(seconds) + " s");
 }
 
-void refuseInJvmBroker(const Settings& settings) {
+}  // namespace
+
+void refuseInJvmBroker(const Settings& settings, const std::string& instead) {
     const auto url = settings.connection.find("jndiURL");
     if (url != settings.connection.end() && url->second.starts_with("vm://"))
-        throw Failure(
-            "connection.jndiURL is \"" + url->second +
-                "\", a broker inside the process that uses it, which no other process sees; use run "
-                "--feed FILE there, or the URL of a broker of its own, such as tcp://localhost:61616.",
-            kBadConfiguration);
+        throw Failure("connection.jndiURL is \"" + url->second +
+                          "\", a broker inside the process that uses it, which no other process sees; use " +
+                          instead + " the URL of a broker of its own, such as tcp://localhost:61616.",
+                      kBadConfiguration);
 }
-
-}  // namespace
 
 int sendMessages(const SendOptions& options) {
     if (options.file == kStandardInput && options.repeat > 1)
         throw Failure("Standard input can be read only once; --repeat needs a file.", kUsage);
-    refuseInJvmBroker(loadSettings(options.session.config, options.session.overrides));
-    Session session(options.session);
+    // What is sent stands in the file, down to the stream's name, so there may be no stream yet.
+    constexpr StreamSection kStream = StreamSection::kOptional;
+    refuseInJvmBroker(loadSettings(options.session.config, options.session.overrides, kStream),
+                      "run --feed FILE there, or");
+    Session session(options.session, kStream);
     Sender sender(session.context, session.rowType, session.settings.connection);
     std::atomic<bool> isStopped{false};
     SignalWatch signals([&] {

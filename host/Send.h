@@ -16,6 +16,10 @@ struct SendOptions {
     std::string soh;          // the character that stands for FIX' separator in the file; empty: none does
 };
 
+// Throws Failure for a broker inside the process that uses it, which no other process sees; `instead` ends
+// the sentence.
+void refuseInJvmBroker(const Settings& settings, const std::string& instead);
+
 // The exit code. Throws Failure.
 int sendMessages(const SendOptions& options);
 

@@ -7,8 +7,8 @@
 
 namespace host {
 
-Session::Session(const SessionOptions& options)
-    : settings(loadSettings(options.config, options.overrides)),
+Session::Session(const SessionOptions& options, StreamSection stream)
+    : settings(loadSettings(options.config, options.overrides, stream)),
       rowType(settings.streamName, settings.columns) {
     const std::string path = classPath(settings);
     provideKelHome();

@@ -22,7 +22,7 @@ struct SessionOptions {
 // and log going to standard error. At most one a process. The constructor throws Failure.
 class Session {
 public:
-    explicit Session(const SessionOptions& options);
+    explicit Session(const SessionOptions& options, StreamSection stream = StreamSection::kNeeded);
     ~Session();
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;

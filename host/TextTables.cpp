@@ -3,6 +3,7 @@
 
 #include "host/RowFormat.h"
 #include "host/toolkit/ModifiedUtf8.h"
+#include "host/toolkit/Text.h"
 #include "host/toolkit/ValueTyping.h"
 
 namespace host {
@@ -61,12 +62,6 @@ private:
     bool headingIsDue_;
 };
 
-// How many character cells a text takes, near enough: one a code point.
-size_t width(const std::string& utf8) {
-    return static_cast<size_t>(
-        std::count_if(utf8.begin(), utf8.end(), [](char c) { return (c & 0xC0) != 0x80; }));
-}
-
 // A control character would break the lines or steer the terminal.
 std::string printable(std::string text) {
     for (char& c : text) {
@@ -78,8 +73,8 @@ std::string printable(std::string text) {
 class Table : public RowFormat {
 public:
     explicit Table(const RowType& type) : names_(headings(type)) {
-        for (const std::string& name : names_) widths_.push_back(std::max(width(name), kLeastWidth));
-        widths_[0] = width(names_[0]);
+        for (const std::string& name : names_) widths_.push_back(std::max(cellWidth(name), kLeastWidth));
+        widths_[0] = cellWidth(names_[0]);
     }
 
     // A text wider than its column so far widens it from here on.
@@ -111,8 +106,8 @@ private:
     }
 
     void appendCell(size_t column, const std::string& text, bool toTheRight, std::string& line) {
-        widths_[column] = std::max(widths_[column], width(text));
-        const std::string padding(widths_[column] - width(text), ' ');
+        widths_[column] = std::max(widths_[column], cellWidth(text));
+        const std::string padding(widths_[column] - cellWidth(text), ' ');
         if (column > 0) line += "  ";
         line += toTheRight ? padding + text : text + padding;
     }

@@ -8,6 +8,7 @@
 #include "host/Broker.h"
 #include "host/Check.h"
 #include "host/Console.h"
+#include "host/Discover.h"
 #include "host/Run.h"
 #include "host/Send.h"
 #include "host/Signals.h"
@@ -78,6 +79,22 @@ void addBroker(CLI::App& broker, host::BrokerOptions& options) {
         ->type_name("DIR");
 }
 
+void addDiscover(CLI::App& discover, host::DiscoverOptions& options) {
+    constexpr int kMostSamples = 10;  // the adapter collects no more
+    addConfiguration(discover, options.session);
+    addLogLevel(discover, options.session);
+    discover.add_option("--output", options.output, "form of the proposal")
+        ->type_name("FORM")
+        ->check(CLI::IsMember({"table", "json", "toml"}))
+        ->capture_default_str();
+    discover.add_option("--samples", options.samples, "show at most N samples")
+        ->type_name("0..10")
+        ->check(CLI::Range(0, kMostSamples).description(""))
+        ->capture_default_str();
+    discover.add_flag("--explain", options.explain, "tell how each column's type came about");
+    discover.add_option("--stream", options.stream, "name the proposed stream so")->type_name("NAME");
+}
+
 struct Command {
     CLI::App* parser;
     std::function<int()> run;
@@ -87,6 +104,7 @@ int execute(int argc, char** argv) {
     CLI::App app("Does with the JMS adapter plug-in what a stream server does.");
     app.require_subcommand(1);
     host::RunOptions runOptions;
+    host::DiscoverOptions discoverOptions;
     host::SendOptions sendOptions;
     host::BrokerOptions brokerOptions;
     host::SessionOptions checkOptions;
@@ -94,6 +112,8 @@ int execute(int argc, char** argv) {
     const Command commands[] = {
         {add("run", "feed the stream from the destination and write its rows"),
          [&] { return host::runRows(runOptions); }},
+        {add("discover", "propose a schema from the messages that wait on the destination"),
+         [&] { return host::runDiscovery(discoverOptions); }},
         {add("send", "put messages on the destination"), [&] { return host::sendMessages(sendOptions); }},
         {add("broker", "serve as an ActiveMQ broker on 127.0.0.1 and print its URL"),
          [&] { return host::runBroker(brokerOptions); }},
@@ -101,9 +121,10 @@ int execute(int argc, char** argv) {
          [&] { return host::checkConfiguration(checkOptions.config, checkOptions.overrides); }},
     };
     addRun(*commands[0].parser, runOptions);
-    addSend(*commands[1].parser, sendOptions);
-    addBroker(*commands[2].parser, brokerOptions);
-    addConfiguration(*commands[3].parser, checkOptions);
+    addDiscover(*commands[1].parser, discoverOptions);
+    addSend(*commands[2].parser, sendOptions);
+    addBroker(*commands[3].parser, brokerOptions);
+    addConfiguration(*commands[4].parser, checkOptions);
     try {
         app.parse(argc, argv);
         for (const Command& command : commands) {

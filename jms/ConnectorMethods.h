@@ -22,10 +22,14 @@ inline constexpr Method kConnectForOutput = {"connectForOutput", "()Z"};
 inline constexpr Method kInitInConverter = {"initInConverter", "(Ljava/lang/String;Ljava/lang/String;)Z"};
 inline constexpr Method kInitOutConverter = {"initOutConverter", "(Ljava/lang/String;Ljava/lang/String;)Z"};
 inline constexpr Method kDisconnect = {"disconnect", "()Z"};
+inline constexpr Method kBrowseTextMessages = {"browseTextMessages", "()[Ljava/lang/String;"};
+inline constexpr Method kBrowseObjectArrayMessages = {"browseObjectArrayMessages", "()[Ljava/lang/Object;"};
+inline constexpr Method kBrowseCustomMessages = {"browseCustomMessages", "()[Ljava/lang/Object;"};
 
 // Methods looked up where they are called.
-inline constexpr Method kUncached[] = {kConstructor,     kConnectForInput,  kConnectForOutput,
-                                       kInitInConverter, kInitOutConverter, kDisconnect};
+inline constexpr Method kUncached[] = {
+    kConstructor, kConnectForInput,    kConnectForOutput,          kInitInConverter,     kInitOutConverter,
+    kDisconnect,  kBrowseTextMessages, kBrowseObjectArrayMessages, kBrowseCustomMessages};
 
 // Methods called for every message: looked up by `init`, in this order.
 struct CachedMethod {

@@ -15,8 +15,12 @@
 
 #include <map>
 #include <string>
+#include <vector>
 
 class Adapter;
+namespace contract {
+struct Method;
+}
 
 class JmsUtils {
 public:
@@ -77,6 +81,14 @@ public:
     bool sendObjectArrayMessage(const std::string& streamName, void* row, bool withStreamNameOpcode);
     bool sendCustomMessage(const std::string& streamName, void* row);
 
+    // ---- messages that wait on the destination, in its order, without consuming them. Appended to
+    // `messages`, which stays as it was on false: no environment, or a Java exception. A null message or
+    // element is empty.
+
+    bool browseTextMessages(std::vector<std::string>& messages);
+    bool browseObjectArrayMessages(std::vector<std::vector<std::string>>& messages);
+    bool browseCustomMessages(std::vector<std::vector<std::string>>& messages);
+
     // ---- state
     Adapter* adapter = nullptr;
     jobject connector = nullptr;  // global reference
@@ -96,6 +108,8 @@ private:
     bool connect(jclass connectorClass, bool forInput, bool bindSchema);
     void storeFields(jobjectArray message, jsize first, void* row);
     void loadFields(void* row, jobjectArray message, jsize first);
+    bool browse(const contract::Method& method, jobjectArray& messages);
+    bool browseArrays(const contract::Method& method, std::vector<std::vector<std::string>>& messages);
     bool sendArray(jmethodID method, const std::string& streamName, void* row, bool withPrefix,
                    bool passFlag);
 };

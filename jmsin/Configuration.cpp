@@ -90,7 +90,10 @@ void JmsInAdapter::readMessageLayout() {
         expectStreamNameOpcode_ = readFlag("expectStreamNameOpcode");
     }
     if (dataFormat_ == DataFormat::kXml) matchStreamName_ = readFlag("matchStreamName");
-    if (isObjectArray || dataFormat_ == DataFormat::kCustom) return;
+    if (isObjectArray || dataFormat_ == DataFormat::kCustom) {
+        timeFormat_ = dateFormat_ = timestampFormat_ = kSecondsFormat;
+        return;
+    }
     getParam("timeFormat", timeFormat_);
     getParam("dateFormat", dateFormat_);
     getParam("timestampFormat", timestampFormat_);

@@ -36,6 +36,24 @@ public:
     // succeeded, else 0), and otherwise returns how many whole batches there were. Not durable: 0.
     int64_t commitTransaction() override;
 
+    // Proposes a schema, in discovery mode: browses messages without consuming them and fills field names,
+    // field types and at most discoveryRowLimit sample rows. The name is not used; field keys stay empty.
+    // After a success later calls answer true without browsing; after each earlier attempt the connector is
+    // disconnected.
+    bool discover(std::string name) override;
+    using Adapter::discover;
+
+    // The steps of a discovery, for one data format each: false when nothing could be browsed.
+    bool discoverCsv();
+    bool discoverXml();
+    bool discoverFix();
+    bool discoverObjectArray();
+    bool discoverCustom();
+    // Takes the connection row's fields as one sample; widens `types`, one per column seen so far, over it.
+    void addRowToDiscovery(std::vector<unsigned int>& types, std::vector<std::vector<std::string>>& rows);
+    void makeDiscoveredRows(std::vector<std::vector<std::string>>& rows);
+    void makeDiscoveredFieldTypes(std::vector<unsigned int>& types);
+
     // Reads and checks the connection parameters in a fixed order. The first fault is appended to the
     // connection errors; what was read before it stays.
     bool getParams();
@@ -56,6 +74,12 @@ private:
     Received receiveFix();
     Received receiveObjectArray();
     Received receiveCustom();
+    bool discoverByFormat();
+    bool discoverArrays(bool (JmsUtils::*browse)(std::vector<std::vector<std::string>>& messages));
+    void makeNumberedColumns(std::vector<unsigned int>& types, std::vector<std::vector<std::string>>& rows);
+    bool wantsMoreSamples(const std::vector<std::vector<std::string>>& rows) const;
+    uint32_t typeOf(const char* value);
+
     bool placeToken(const std::string& token, int field, const std::string& text);
     bool matchesStream(std::string_view name);
 
@@ -90,11 +114,12 @@ private:
     int64_t batchSize_ = 1;  // messages a commit
     bool expectStreamNameOpcode_ = true;
     bool matchStreamName_ = true;
-    // "%s", seconds since the epoch, is what object arrays and custom messages carry; the other formats'
-    // parameters replace it.
-    std::string timeFormat_ = "%s";
-    std::string dateFormat_ = "%s";
-    std::string timestampFormat_ = "%s";
+    // Seconds since the epoch, which is what object arrays and custom messages carry; other formats have
+    // parameters.
+    static constexpr char kSecondsFormat[] = "%s";
+    std::string timeFormat_ = kSecondsFormat;
+    std::string dateFormat_ = kSecondsFormat;
+    std::string timestampFormat_ = kSecondsFormat;
 
     std::unique_ptr<NewFixUtils> fix_;
     std::unique_ptr<JmsUtils> jms_;

@@ -17,6 +17,16 @@ inline constexpr char kParseCsvEnd[] = "300290-7_JMSIN_ADAPTER_PARSECSVMSG_END";
 inline constexpr char kParseXml[] = "300291-7_JMSIN_ADAPTER_PARSEXMLMSG";
 inline constexpr char kParseXmlFailed[] = "300292-3_JMSIN_ADAPTER_PARSEXMLMSG_FAILED";
 inline constexpr char kParseXmlBadAttribute[] = "300293-3_JMSIN_ADAPTER_PARSEXMLMSG_BADATTR";
+inline constexpr char kDiscover[] = "300294-7_JMSIN_ADAPTER_DISCOVER";
+inline constexpr char kDiscoverXml[] = "300295-7_JMSIN_ADAPTER_DISCOVERXML";
+inline constexpr char kDiscoverCsv[] = "300296-7_JMSIN_ADAPTER_DISCOVERCSV";
+inline constexpr char kDiscoverFix[] = "300297-7_JMSIN_ADAPTER_DISCOVERFIX";
+inline constexpr char kDiscoverFixNoTag[] = "300298-3_JMSIN_ADAPTER_DISCOVERFIX_NOTAG";
+inline constexpr char kDiscoverObjectArray[] = "300299-7_JMSIN_ADAPTER_DISCOVEROBJARRAY";
+inline constexpr char kDiscoverCustom[] = "300300-7_JMSIN_ADAPTER_DISCOVERCUSTOM";
+inline constexpr char kAddRowToDiscovery[] = "300301-7_JMSIN_ADAPTER_ADDROWTODISCOVERY";
+inline constexpr char kMakeDiscoveredFieldTypes[] = "300302-7_JMSIN_ADAPTER_MAKEDISCFIELDTYPES";
+inline constexpr char kMakeDiscoveredRows[] = "300303-7_JMSIN_ADAPTER_MAKEDISCROWS";
 inline constexpr char kGetParam[] = "300304-7_JMSIN_ADAPTER_GETPARAM";
 inline constexpr char kEmptyDelimiter[] = "300305-3_JMSIN_ADAPTER_GETPARAM_EMPTY_DEL";
 inline constexpr char kEmptyConverterClass[] = "300306-3_JMSIN_ADAPTER_GETPARAM_EMPTY_CONVCLASS";
@@ -54,6 +64,16 @@ inline constexpr const char* kAll[] = {
     kDurableQueue,
     kNoClientId,
     kNoSubscriptionName,
+    kDiscover,
+    kDiscoverXml,
+    kDiscoverCsv,
+    kDiscoverFix,
+    kDiscoverFixNoTag,
+    kDiscoverObjectArray,
+    kDiscoverCustom,
+    kAddRowToDiscovery,
+    kMakeDiscoveredFieldTypes,
+    kMakeDiscoveredRows,
     kCommit,
     kCommitDurable,
 };

@@ -12,6 +12,20 @@ void add(const FIX::FieldMap& part, Fields& fields) {
         fields[field->getTag()] = field->getString();
 }
 
+template <typename AnyFields>
+std::string composeAny(const std::string& version, const std::string& type, const AnyFields& fields) {
+    FIX::Message message;
+    message.getHeader().setField(8, "FIX." + version);
+    message.getHeader().setField(35, type);
+    for (const auto& field : fields) {
+        const bool inHeader = FIX::Message::isHeaderField(field.first);
+        FIX::FieldMap* part = &message;
+        if (inHeader) part = &message.getHeader();
+        part->setField(field.first, field.second);
+    }
+    return message.toString();
+}
+
 }  // namespace
 
 Fields read(const std::string& message) {
@@ -27,16 +41,12 @@ Fields read(const std::string& message) {
 }
 
 std::string compose(const std::string& version, const std::string& type, const Fields& fields) {
-    FIX::Message message;
-    message.getHeader().setField(8, "FIX." + version);
-    message.getHeader().setField(35, type);
-    for (const auto& field : fields) {
-        const bool inHeader = FIX::Message::isHeaderField(field.first);
-        FIX::FieldMap* part = &message;
-        if (inHeader) part = &message.getHeader();
-        part->setField(field.first, field.second);
-    }
-    return message.toString();
+    return composeAny(version, type, fields);
+}
+
+std::string compose(const std::string& version, const std::string& type,
+                    const std::vector<std::pair<int, const char*>>& fields) {
+    return composeAny(version, type, fields);
 }
 
 void parse(const std::string& message) {

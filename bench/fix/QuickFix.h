@@ -3,6 +3,8 @@
 
 #include <map>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace quickfix {
 
@@ -13,6 +15,10 @@ using Fields = std::map<int, std::string>;
 Fields read(const std::string& message);
 
 std::string compose(const std::string& version, const std::string& type, const Fields& fields);
+
+// From texts as a row hands them out.
+std::string compose(const std::string& version, const std::string& type,
+                    const std::vector<std::pair<int, const char*>>& fields);
 
 // Into a new message, which is then thrown away.
 void parse(const std::string& message);

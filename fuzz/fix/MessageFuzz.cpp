@@ -1,18 +1,28 @@
-// Any bytes as a FIX message: the field map is what the plain reading of the rules gives, the path without a
-// map lays the same row, and what is composed of that row reads back as the same fields.
+// Any bytes as a FIX message: the field map is what a plain reading of the rules gives; the path without a
+// map does, says and throws what the three operations do that it stands for; a row is composed as a plain
+// writing composes it.
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <numeric>
+#include <random>
 #include <stdexcept>
 
-#include "adapter/Adapter.h"
 #include "fix/NewFixUtils.h"
 #include "tests/doubles/FakeToolkit.h"
+#include "tests/fix/IdleAdapter.h"
 
 namespace {
 
 using Fields = NewFixUtils::FieldMap;
-using Outcome = NewFixUtils::Outcome;
+
+// As in fuzz/fix/etc: among the tags are texts that are no plain numbers, and one that has two names.
+const std::pair<const char*, const char*> kColumns[] = {
+    {"Symbol", "55"},      {"Price", "44"},       {"MsgType", "35"},
+    {"BeginString", "8"},  {"Text", "58"},        {"Zero", "055"},
+    {"Word", "word"},      {"Big", "65537"},      {"Wrapped", "4294967351"},
+    {"Long", "123456789"}, {"SevenA", "1234567"}, {"OrderQty", "38"},
+    {"Type", "35"},        {"Unknown", ""}};
 
 void require(bool holds, const char* what) {
     if (holds) return;
@@ -20,77 +30,111 @@ void require(bool holds, const char* what) {
     std::abort();
 }
 
-class IdleAdapter : public Adapter {
-    void* getNext() override { return nullptr; }
-    void putNext(void*) override {}
-    void stop() override {}
-    bool reset() override { return true; }
-    bool canDiscover() override { return false; }
-};
-
-struct Codec {
-    IdleAdapter adapter;
-    NewFixUtils fix;
-    void* row = createConnectionRow("RowByOrder");
-
+class Codec {
+public:
     Codec() {
-        fake::toolkit().columns = {{"Symbol"}, {"Side"},      {"Price"},
-                                   {"Text"},   {"MsgSeqNum"}, {"TransactTime"}};
-        adapter.setConnectionRowType(fake::handle("type"));
-        fix.reset(&adapter);
-        setenv("KEL_HOME", KEL_SOURCE_DIR, 1);
-        require(fix.makeDictionary("4.4"), "the dictionary loads");
+        adapter_.setConnectionRowType(fake::handle("type"));
+        setenv("KEL_HOME", KEL_SOURCE_DIR "/fuzz/fix", 1);
+        for (NewFixUtils* one : {&direct_, &stepwise_}) {
+            one->reset(&adapter_);
+            require(one->makeDictionary("4.4"), "the dictionary loads");
+        }
     }
 
-    Fields readPlainly(const std::string& message) const {
+    void check(const std::string& message) {
+        chooseColumns(message);
         Fields fields;
+        direct_.parseFixMessage(message, fields);
+        require(fields == readPlainly(message, {}), "the map holds the fields of the plain reading");
+        direct_.parseFixMessage(message, mixed_);
+        mixedPlainly_ = readPlainly(message, mixedPlainly_);
+        require(mixed_ == mixedPlainly_, "fields are added to those of former messages");
+        if (mixed_.size() > 100) mixed_ = mixedPlainly_ = {};
+
+        const auto steps = trace([&] { return byMap(message); });
+        require(steps == trace([&] { return directly(message); }), "both paths do and say the same");
+        if (steps.back() != "row") return;
+        std::string composed;
+        require(direct_.rowBufToFixMsg(row_, composed, "D") && composed == composePlainly(),
+                "the message is that of the plain writing");
+    }
+
+private:
+    // A few by the message's bytes, so that an input is always checked under the same ones.
+    void chooseColumns(const std::string& message) {
+        std::minstd_rand choice(std::accumulate(message.begin(), message.end(), 1u));
+        chosen_.resize(choice() % 8);
+        fake::toolkit().columns.clear();
+        for (size_t& column : chosen_) {
+            column = choice() % std::size(kColumns);
+            fake::toolkit().columns.push_back({kColumns[column].first});
+        }
+    }
+
+    Fields readPlainly(const std::string& message, Fields fields) const {
         std::vector<std::string> pieces;
-        fix.splitString(message, std::string(1, fix.fieldSeparator), pieces);
+        direct_.splitString(message, "\x01", pieces);
         for (const std::string& piece : pieces) {
             std::vector<std::string> parts;
-            if (!piece.empty()) fix.splitString(piece, "=", parts);
+            if (!piece.empty()) direct_.splitString(piece, "=", parts);
             if (parts.size() == 2) fields[parts[0]] = parts[1];
         }
         return fields;
     }
 
-    // The row as text, or what became of the message instead.
-    template <typename Path>
-    std::string laid(Path path) {
-        clearData(row);
-        try {
-            const Outcome outcome = path();
-            return outcome == Outcome::kRow   ? fake::show(*fake::toolkit().row)
-                   : outcome == Outcome::kBad ? "bad"
-                                              : "";
-        } catch (const std::out_of_range& error) {
-            return error.what();
+    std::string composePlainly() {
+        std::string body = "35=D\x01";
+        for (size_t i = 0; i < chosen_.size(); ++i) {
+            const char* value = nullptr;
+            require(getFieldAsStringWithIndex(row_, static_cast<int>(i), &value), "the row has the column");
+            body += std::string(kColumns[chosen_[i]].second) + "=" + (value != nullptr ? value : "") + "\x01";
         }
+        const std::string text =
+            "8=FIX.4.4\x01"
+            "9=" +
+            std::to_string(body.size()) + "\x01" + body;
+        int sum = 0;
+        for (const char c : text) sum += static_cast<signed char>(c);
+        const std::string checkSum = std::to_string(sum % 256);
+        return text + "10=" + (checkSum.size() < 3 ? "0" : "") + checkSum + "\x01";
     }
 
-    void check(const std::string& message) {
+    std::string byMap(const std::string& message) {
         Fields fields;
-        fix.parseFixMessage(message, fields);
-        require(fields == readPlainly(message), "the map holds the fields of the plain reading");
-
-        const std::string byMap = laid([&] {
-            if (!fix.validateFixMessage(fields, "D")) return Outcome::kSkipped;
-            return fix.fixMsgToRowBuf(fields, row) ? Outcome::kRow : Outcome::kBad;
-        });
-        const std::string directly = laid([&] { return fix.messageToRow(message, "D", row); });
-        require(byMap == directly, "both paths lay the same row");
-
-        std::string composed;
-        Fields again;
-        if (directly.starts_with("i ") && fix.rowBufToFixMsg(row, composed, "D")) {
-            fix.parseFixMessage(composed, again);
-            require(laid([&] { return fix.messageToRow(composed, "D", row); }).starts_with("i "),
-                    "a composed message is a valid one");
-            for (const char* tag : {"55", "54", "44", "58", "34", "60"})
-                require(again[tag] == fields[tag].c_str(), "a composed message has the row's values");
-        }
-        fake::toolkit().calls.clear();
+        stepwise_.parseFixMessage(message, fields);
+        if (!stepwise_.validateFixMessage(fields, "D")) return "skipped";
+        return stepwise_.fixMsgToRowBuf(fields, row_) ? "row" : "bad";
     }
+
+    std::string directly(const std::string& message) {
+        static const char* const kOutcomes[] = {"row", "skipped", "bad"};
+        return kOutcomes[static_cast<int>(direct_.messageToRow(message, "D", row_))];
+    }
+
+    // All that was said to the toolkit, the row, and the outcome or exception.
+    template <typename Path>
+    std::vector<std::string> trace(Path path) {
+        clearData(row_);
+        fake::toolkit().takeCalls();
+        std::string outcome;
+        try {
+            outcome = path();
+        } catch (const std::out_of_range& error) {
+            outcome = error.what();
+        }
+        std::vector<std::string> all = fake::toolkit().takeCalls();
+        all.push_back(fake::show(*fake::toolkit().row));
+        all.push_back(outcome);
+        return all;
+    }
+
+    IdleAdapter adapter_;
+    NewFixUtils direct_;
+    NewFixUtils stepwise_;
+    void* row_ = createConnectionRow("RowByOrder");
+    std::vector<size_t> chosen_;
+    Fields mixed_;
+    Fields mixedPlainly_;
 };
 
 }  // namespace

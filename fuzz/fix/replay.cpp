@@ -1,21 +1,36 @@
-// Runs a fuzz target over files, so that its seeds and past findings are tests of any compiler's build.
+// Runs the fuzz target over files and over random messages of a fixed seed, so that both are tests of any
+// compiler's build.
+//
+// replay COUNT FILE...: COUNT random messages, then the files.
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
-#include <vector>
+
+#include "fuzz/fix/Messages.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
 
-int main(int count, char** files) {
-    for (int i = 1; i < count; ++i) {
-        std::ifstream file(files[i], std::ios::binary);
+namespace {
+
+void run(const std::string& message) {
+    LLVMFuzzerTestOneInput(reinterpret_cast<const uint8_t*>(message.data()), message.size());
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+    if (count < 3) return 2;
+    Messages messages;
+    for (long left = std::atol(arguments[1]); left > 0; --left) run(messages.next());
+    for (int i = 2; i < count; ++i) {
+        std::ifstream file(arguments[i], std::ios::binary);
         if (!file) {
-            std::fprintf(stderr, "cannot read %s\n", files[i]);
+            std::fprintf(stderr, "cannot read %s\n", arguments[i]);
             return 1;
         }
-        const std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
-        LLVMFuzzerTestOneInput(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size());
+        run({std::istreambuf_iterator<char>(file), {}});
     }
-    return count > 1 ? 0 : 1;
+    return 0;
 }

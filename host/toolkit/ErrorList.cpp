@@ -22,8 +22,12 @@ void setErrorSink(std::function<void(const char* text)> sink) { errorSink() = st
 void ErrorList::add(const char* text) {
     {
         const std::lock_guard guard(lock_);
-        if (texts_.size() == kMostTexts) texts_.pop_front();
         texts_.emplace_back(text);
+        bytes_ += texts_.back().size();
+        while (texts_.size() > kMostTexts || (bytes_ > kMostBytes && texts_.size() > 1)) {
+            bytes_ -= texts_.front().size();
+            texts_.pop_front();
+        }
     }
     if (errorSink()) errorSink()(text);
 }
@@ -31,6 +35,7 @@ void ErrorList::add(const char* text) {
 void ErrorList::clear() {
     const std::lock_guard guard(lock_);
     texts_.clear();
+    bytes_ = 0;
 }
 
 int ErrorList::count() const {

@@ -1,5 +1,4 @@
 // From a connection row to a server row: every field typed by its column, or one sentence why not.
-#include <algorithm>
 #include <memory>
 
 #include "host/toolkit/ConnectionRow.h"
@@ -13,15 +12,6 @@ namespace {
 
 constexpr std::string_view kOpcodes = "iudps";
 constexpr char kOpcodeField[] = "KEL_OPS";
-constexpr size_t kLongestQuote = 200;
-
-// The text in quotes, cut where it would bury the sentence. A cut never leaves half a character.
-std::string quoted(std::string_view text) {
-    if (text.size() <= kLongestQuote) return inQuotes(text);
-    size_t length = kLongestQuote;
-    while (length > 0 && (text[length] & 0xC0) == 0x80) --length;
-    return '"' + std::string(text.substr(0, length)) + "...\" (" + std::to_string(text.size()) + " bytes)";
-}
 
 std::string columnNames(const RowType& type) {
     std::string names;

@@ -10,7 +10,7 @@ namespace host {
 
 class RowType;
 
-// Null; int16, integer and long; float; every other type as its text.
+// Null; int16, integer and long; float; every other type as the data type library writes it.
 using Value = std::variant<std::monostate, std::int64_t, double, std::string>;
 
 struct ServerRow {

@@ -2,117 +2,103 @@
 
 #include <array>
 #include <charconv>
-#include <cmath>
-#include <limits>
+#include <cstdlib>
 
+#include "datatypes/DataTypes.h"
 #include "host/toolkit/Text.h"
 
 namespace host {
 
 namespace {
 
-enum class Reading { kInteger, kFloat, kText };
+constexpr size_t kLongestText = 64;  // of any value but strings and binary ones
 
-struct ColumnType {
-    std::uint32_t code;
-    const char* name;
-    Reading reading;
-    std::int64_t lowest;
-    std::int64_t highest;
+// What the library makes of a text; strings and bytes that it allocates are freed.
+class TypedValue {
+public:
+    explicit TypedValue(std::uint32_t type) : type_(type) {}
+    ~TypedValue() {
+        if (!held_.isNull && type_ == DataTypes::kBinary) std::free(held_.binaryValue.bytes);
+    }
+    TypedValue(const TypedValue&) = delete;
+    TypedValue& operator=(const TypedValue&) = delete;
+
+    bool read(const char* text, const TemporalFormats& formats, const char*& error) {
+        return DataTypes::convertFromString(type_, text, held_, error, formats.date.c_str(),
+                                            formats.timestamp.c_str(), nullptr, formats.time.c_str());
+    }
+
+    Value value() {
+        switch (type_) {
+            case DataTypes::kInt16:
+                return std::int64_t{held_.int16Value};
+            case DataTypes::kInteger:
+                return std::int64_t{held_.integerValue};
+            case DataTypes::kLong:
+                return held_.longValue;
+            case DataTypes::kFloat:
+                return held_.floatValue;
+            case DataTypes::kBinary: {
+                std::string digits;
+                DataTypes::convertBinaryToHexString(held_.binaryValue.bytes, held_.binaryValue.length,
+                                                    digits);
+                return digits;
+            }
+            default: {
+                char written[kLongestText] = "";
+                DataTypes::convertToString(type_, false, false, held_, written, sizeof written);
+                return std::string(written);
+            }
+        }
+    }
+
+private:
+    std::uint32_t type_;
+    DataTypes::DataValue held_;
 };
-
-template <typename Int>
-constexpr ColumnType integerType(std::uint32_t code, const char* name) {
-    return {code, name, Reading::kInteger, std::numeric_limits<Int>::min(), std::numeric_limits<Int>::max()};
-}
-
-constexpr ColumnType kColumnTypes[] = {
-    integerType<std::int16_t>(0, "int16"), integerType<std::int32_t>(1, "integer"),
-    integerType<std::int64_t>(2, "long"),  {3, "float", Reading::kFloat, 0, 0},
-    {5, "string", Reading::kText, 0, 0},
-};
-
-const ColumnType* find(std::uint32_t code) {
-    for (const ColumnType& type : kColumnTypes) {
-        if (type.code == code) return &type;
-    }
-    return nullptr;
-}
-
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-
-// The whole text, after an optional "+", must be one number.
-template <typename Number>
-std::errc readNumber(std::string_view text, Number& number) {
-    if (text.starts_with('+')) {
-        text.remove_prefix(1);
-        if (text.starts_with('-')) return std::errc::invalid_argument;
-    }
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error == std::errc::invalid_argument || end != text.data() + text.size())
-        return std::errc::invalid_argument;
-    return error;
-}
-
-bool readInteger(const ColumnType& type, const std::string& text, Value& value, std::string& reason) {
-    std::int64_t number = 0;
-    if (readNumber(text, number) == std::errc() && number >= type.lowest && number <= type.highest) {
-        value = number;
-        return true;
-    }
-    reason = "allowed are whole numbers from " + std::to_string(type.lowest) + " to " +
-             std::to_string(type.highest);
-    return false;
-}
-
-bool readFloat(const std::string& text, Value& value, std::string& reason) {
-    double number = 0;
-    const size_t sign = text.starts_with('+') || text.starts_with('-') ? 1 : 0;
-    const bool begins = sign < text.size() && (isDigit(text[sign]) || text[sign] == '.');
-    if (begins && readNumber(text, number) == std::errc()) {
-        value = number;
-        return true;
-    }
-    reason = "allowed are decimal numbers such as -12.5 or 1e9, of a magnitude that a double can hold";
-    return false;
-}
 
 }  // namespace
 
 std::optional<std::uint32_t> typeCode(std::string_view name) {
-    for (const ColumnType& type : kColumnTypes) {
-        if (name == type.name) return type.code;
-    }
-    return std::nullopt;
+    const std::string text(name);
+    const std::uint32_t code = DataTypes::stringToType(text);
+    // The library takes any name with "decimal" in it, and numbers that no decimal can have.
+    const bool isName = DataTypes::typeToString(code) == text || DataTypes::typeToLegacyString(code) == text;
+    if (code == DataTypes::kUntyped || !isName || code == DataTypes::kDecimal) return std::nullopt;
+    return code;
 }
 
-std::string typeName(std::uint32_t type) {
-    const ColumnType* found = find(type);
-    return found != nullptr ? found->name : "N/A";
-}
+std::string typeName(std::uint32_t type) { return DataTypes::typeToString(type); }
 
 std::string typeNames() {
     std::string names;
-    for (const ColumnType& type : kColumnTypes) addToList(names, type.name);
+    for (unsigned int kind = 0; kind < DataTypes::kKinds; ++kind) {
+        const bool hasName = kind != DataTypes::kUntyped && kind != DataTypes::kReserved;
+        if (!hasName || DataTypes::isNumberedMoney(kind)) continue;
+        if (kind == DataTypes::kDecimal) {
+            addToList(names, "decimal(P,S) with P from 1 to 34 and S from 0 to P");
+        } else {
+            addToList(names, DataTypes::typeToString(kind));
+        }
+        if (kind == DataTypes::kMoney) addToList(names, "money(1) to money(15)");
+    }
     return names;
 }
 
-bool readValue(std::uint32_t type, const std::string& text, const TemporalFormats& /*formats*/, Value& value,
+bool readValue(std::uint32_t type, const std::string& text, const TemporalFormats& formats, Value& value,
                std::string& reason) {
-    const ColumnType* found = find(type);
-    if (found == nullptr) {
-        reason = "columns of this type cannot be filled; those of the types " + typeNames() + " can";
+    if (type == DataTypes::kString) {
+        value = text;
+        return true;
+    }
+    TypedValue typed(type);
+    const char* error = "";
+    if (!typed.read(text.c_str(), formats, error)) {
+        reason = error;
+        if (!reason.empty() && reason.back() == '.') reason.pop_back();  // the caller ends the sentence
         return false;
     }
-    switch (found->reading) {
-        case Reading::kInteger:
-            return readInteger(*found, text, value, reason);
-        case Reading::kFloat:
-            return readFloat(text, value, reason);
-        case Reading::kText:
-            break;
-    }
-    value = text;
+    value = typed.value();
     return true;
 }
 

@@ -1,4 +1,4 @@
-// The one place that knows the server's column types: from a field's text to the value of a row, and back.
+// From a field's text to the value of a row, and back, by the data type library.
 #pragma once
 
 #include <cstdint>
@@ -19,10 +19,10 @@ struct TemporalFormats {
     std::string timestamp;
 };
 
-// The code of a type's lower-case server name; none for a name that no column can have.
+// The code of a type's lower-case server name, ordinary or legacy; none for a name that no column can have.
 std::optional<std::uint32_t> typeCode(std::string_view name);
 
-// The reverse; "N/A" for a code that no column can have.
+// The reverse, in the ordinary spelling.
 std::string typeName(std::uint32_t type);
 
 // The names that typeCode knows, as a list for messages.
@@ -33,7 +33,7 @@ std::string typeNames();
 bool readValue(std::uint32_t type, const std::string& text, const TemporalFormats& formats, Value& value,
                std::string& reason);
 
-// The text that readValue makes this very value from.
+// The value as text; null is the empty one.
 std::string writeValue(const Value& value);
 
 }  // namespace host

@@ -53,9 +53,8 @@ protected:
     void report(const std::string& what, int messages, int kills) const {
         const Numbers numbers = numbersIn(scratch.path("rows"));
         EXPECT_EQ(numbers.different.size(), static_cast<size_t>(messages));
-        EXPECT_EQ(*numbers.different.rbegin(), messages);
-        std::cout << what << ": " << messages << " messages, " << kills << " kills, none missing, "
-                  << numbers.repeats << " repeated\n";
+        std::cout << what << ": " << messages << " messages, " << kills << " kills, "
+                  << messages - static_cast<int>(numbers.different.size()) << " missing, " << numbers.repeats << " repeated\n";
     }
 };
 
@@ -69,6 +68,11 @@ TEST_F(Delivery, KilledRunsOfAQueueLoseNothing) {
 TEST_F(Delivery, KilledRunsOfADurableSubscriptionLoseNothing) {
     const Broker broker(scratch);
     killRuns(Stream::durable(broker.url(), 100), kSoak ? 20000 : 3000, kSoak ? 100 : 5);
+}
+
+TEST_F(Delivery, KillsBeforeAnyCommitLoseNothing) {
+    const Broker broker(scratch);
+    killRuns(Stream::durable(broker.url(), 100), 5, 8);
 }
 
 TEST_F(Delivery, AStopAndAReturnRepeatNothingThatWasCommitted) {
@@ -130,9 +134,8 @@ TEST_F(Delivery, AKilledBrokerWithAStoreLosesNothing) {
         sleepFor(between(0.1, 1));
         broker.start();
     }
-    EXPECT_TRUE(within(Seconds(60), [&] {
-        return numbersIn(scratch.path("rows")).different.size() >= static_cast<size_t>(messages);
-    })) << host.errors();
+    EXPECT_TRUE(within(Seconds(60), [&] { return numbersIn(scratch.path("rows")).different.size() >= static_cast<size_t>(messages); }))
+        << host.errors();
     host.signal(SIGTERM);
     EXPECT_EQ(host.wait(), 0) << host.errors();
     EXPECT_NE(host.errors().find("bad 0"), std::string::npos) << host.errors();
@@ -151,9 +154,8 @@ TEST_F(Delivery, AnOutageIsNoBadRow) {
     broker.start();
     const auto returned = std::chrono::steady_clock::now();
     send(scratch, config, numberedMessages(scratch, 1, 10));
-    EXPECT_TRUE(within(Seconds(kSoak ? 30 : 5), [&] { return lineCount(scratch.path("rows")) >= 10; }));
-    std::cout << "rows again " << Seconds(std::chrono::steady_clock::now() - returned).count()
-              << " s after the broker's return\n";
+    EXPECT_TRUE(within(Seconds(5), [&] { return lineCount(scratch.path("rows")) >= 10; }));
+    std::cout << "rows again " << Seconds(std::chrono::steady_clock::now() - returned).count() << " s after the broker's return\n";
     host.signal(SIGTERM);
     EXPECT_EQ(host.wait(Seconds(5)), 0);
     EXPECT_NE(host.errors().find("bad 0"), std::string::npos) << host.errors();

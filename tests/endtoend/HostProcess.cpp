@@ -38,8 +38,7 @@ size_t lineCount(const std::string& path) {
     return static_cast<size_t>(std::count(text.begin(), text.end(), '\n'));
 }
 
-HostProcess::HostProcess(const Scratch& scratch, const std::string& name,
-                         const std::vector<std::string>& arguments)
+HostProcess::HostProcess(const Scratch& scratch, const std::string& name, const std::vector<std::string>& arguments)
     : out_(scratch.path(name + ".out")), err_(scratch.path(name + ".err")) {
     std::vector<std::string> all = {KEL_HOST};
     all.insert(all.end(), arguments.begin(), arguments.end());

@@ -53,7 +53,7 @@ public:
     // The exit status, 128 + the signal that ended it, or -1 when it still runs after the time.
     int wait(Seconds limit = Seconds(60));
     bool waitForError(const std::string& text, Seconds limit = Seconds(60)) const;  // on standard error
-    bool waitForRows(size_t count, Seconds limit = Seconds(60)) const;  // lines on standard output
+    bool waitForRows(size_t count, Seconds limit = Seconds(60)) const;              // lines on standard output
 
     std::string output() const { return read(out_); }
     std::string errors() const { return read(err_); }

@@ -9,11 +9,11 @@ namespace endtoend {
 
 Stream Stream::durable(const std::string& url, int batchSize) {
     Stream stream;
-    stream.url = url;
+    // Without the option the client gives up messages that came again more than six times without a commit.
+    stream.url = url + "?jms.redeliveryPolicy.maximumRedeliveries=-1";
     stream.type = "TOPIC";
     stream.more =
-        "subscriptionMode = \"DURABLE\"\nclientID = \"test\"\nsubscriptionName = \"test\"\nbatchsize = " +
-        std::to_string(batchSize) + "\n";
+        "subscriptionMode = \"DURABLE\"\nclientID = \"test\"\nsubscriptionName = \"test\"\nbatchsize = " + std::to_string(batchSize) + "\n";
     return stream;
 }
 
@@ -26,13 +26,10 @@ std::string Stream::text() const {
            "connectionFactory = \"ConnectionFactory\"\n"
            "jndiContextFactory = \"org.apache.activemq.jndi.ActiveMQInitialContextFactory\"\n"
            "jndiURL = \"" +
-           url + "\"\ndestinationType = \"" + type + "\"\ndestinationName = \"test\"\n" + more + "[host]\n" +
-           host;
+           url + "\"\ndestinationType = \"" + type + "\"\ndestinationName = \"test\"\n" + more + "[host]\n" + host;
 }
 
-Broker::Broker(const Scratch& scratch, bool isPersistent) : scratch_(scratch), isPersistent_(isPersistent) {
-    start();
-}
+Broker::Broker(const Scratch& scratch, bool isPersistent) : scratch_(scratch), isPersistent_(isPersistent) { start(); }
 
 void Broker::start() {
     std::vector<std::string> arguments = {"broker", "--port", port_};

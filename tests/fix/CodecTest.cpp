@@ -1,5 +1,6 @@
+#include <random>
+
 #include "tests/fix/FixFixture.h"
-#include "tests/fix/Messages.h"
 
 namespace {
 
@@ -11,15 +12,6 @@ protected:
         Calls parts;
         fix.splitString(text, delimiter, parts);
         return parts;
-    }
-
-    // The rules of a message, word by word.
-    void readPlainly(const std::string& message, Fields& fields) {
-        for (const std::string& piece : split(message, "\x01")) {
-            if (piece.empty()) continue;
-            const Calls parts = split(piece, "=");
-            if (parts.size() == 2) fields[parts[0]] = parts[1];
-        }
     }
 
     // Loads the dictionary, and a row of the values under the columns.
@@ -56,21 +48,6 @@ TEST_F(FixCodec, ParseAddsEveryFieldWithOneEqualSign) {
     EXPECT_TRUE(fix.parseFixMessage(soh("8=FIX.4.2|58=a=b|55=IBM|abc||44=|55=ACM|=x"), fields));
     EXPECT_EQ(fields, (Fields{{"1", "kept"}, {"8", "FIX.4.2"}, {"55", "ACM"}, {"44", ""}, {"", "x"}}));
     expectLogs("parseFixMessage", "");
-
-    Messages messages;
-    Fields kept, keptPlainly;
-    for (int i = 0; i < 5000; ++i) {
-        std::string message = messages.next();
-        if (i % 100 == 0) message += message + message + message + soh("44=9|") + message;  // over one batch
-        Fields parsed, plain;
-        fix.parseFixMessage(message, parsed);
-        fix.parseFixMessage(message, kept);
-        readPlainly(message, plain);
-        readPlainly(message, keptPlainly);
-        ASSERT_EQ(parsed, plain) << message;
-        ASSERT_EQ(kept, keptPlainly) << message;
-        if (messages.pick(20) == 0) kept = keptPlainly = {};
-    }
 }
 
 TEST_F(FixCodec, ValidateChecksVersionThenType) {
@@ -140,13 +117,34 @@ TEST_F(FixCodec, RowToMessage) {
     }
 }
 
+// fuzz/fix compares it with the three operations that it stands for.
+TEST_F(FixCodec, MessageToRow) {
+    using enum NewFixUtils::Outcome;
+    start({"Symbol", "Side"});
+    const std::string message = soh("8=FIX.4.2|35=D|55=SAP|38=7|55=IBM|");
+    EXPECT_EQ(fix.messageToRow(message, "D", row), kRow);
+    EXPECT_EQ(fake::show(*toolkit.row), "i IBM,null");
+    EXPECT_EQ(logs(), (Calls{"7 NewFixUtils::parseFixMessage()", "7 NewFixUtils::validateFixMessage()",
+                             "7 NewFixUtils::fixMsgToRowBuf()"}));
+    EXPECT_EQ(fix.messageToRow(message, "8", row), kSkipped);
+    EXPECT_EQ(logs().back(), "7 NewFixUtils::validateFixMessage()");
+    EXPECT_THROW(fix.messageToRow(soh("8=FIX|35=D|"), "D", row), std::out_of_range);
+
+    writeDictionary("4.2", "38=Symbol\n");  // another tag for a column that is in use
+    ASSERT_TRUE(fix.makeDictionary("4.2"));
+    EXPECT_EQ(fix.messageToRow(message, "D", row), kRow);
+    EXPECT_EQ(fake::show(*toolkit.row), "i 7,null");
+    useColumns({"Bogus"});
+    EXPECT_EQ(fix.messageToRow(message, "D", row), kBad);
+}
+
 TEST_F(FixCodec, CheckSum) {
-    Messages random;
+    std::mt19937 random;
     for (size_t length = 0; length < 200; ++length) {
         std::string text;
         int sum = 0;
         while (text.size() < length) {
-            text += static_cast<char>(length % 3 == 0 ? 0x80 : random.pick(256));
+            text += static_cast<char>(length % 3 == 0 ? 0x80 : random());
             sum += static_cast<signed char>(text.back());
         }
         EXPECT_EQ(fix.calculateCheckSum(text), sum % 256) << length;

@@ -8,9 +8,9 @@
 #include <filesystem>
 #include <fstream>
 
-#include "adapter/Adapter.h"
 #include "fix/NewFixUtils.h"
 #include "tests/doubles/FakeToolkit.h"
+#include "tests/fix/IdleAdapter.h"
 
 using Calls = std::vector<std::string>;
 
@@ -22,14 +22,6 @@ inline std::string soh(std::string text) {
 
 class FixFixture : public ::testing::Test {
 protected:
-    class IdleAdapter : public Adapter {
-        void* getNext() override { return nullptr; }
-        void putNext(void*) override {}
-        void stop() override {}
-        bool reset() override { return true; }
-        bool canDiscover() override { return false; }
-    };
-
     fake::Toolkit& toolkit = fake::fresh();
     IdleAdapter adapter;
     NewFixUtils fix;

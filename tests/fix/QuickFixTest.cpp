@@ -1,7 +1,9 @@
 // Messages of ours read by QuickFIX, and of QuickFIX by ours.
 #include "bench/fix/QuickFix.h"
+
+#include <random>
+
 #include "tests/fix/FixFixture.h"
-#include "tests/fix/Messages.h"
 
 namespace {
 
@@ -13,7 +15,7 @@ const std::vector<std::pair<int, std::string>> kColumns = {
 
 class FixInteroperation : public FixFixture {
 protected:
-    Messages random;
+    std::mt19937 random{20240215};
     quickfix::Fields fields;
     NewFixUtils::FieldMap ours;
 
@@ -23,8 +25,8 @@ protected:
         fields.clear();
         for (const auto& column : kColumns) {
             std::string& value = fields[column.first];
-            for (unsigned length = 1 + random.pick(30); length > 0; --length)
-                value += static_cast<char>('>' + random.pick('~' - '>'));  // printable, no "="
+            for (auto length = 1 + random() % 30; length > 0; --length)
+                value += static_cast<char>('>' + random() % ('~' - '>'));  // printable, no "="
         }
         ours.clear();
         toolkit.takeCalls();

@@ -1,5 +1,6 @@
 // A configuration read: what comes of a good one, and the sentence for each fault of a bad one.
 #include "host/Configuration.h"
+#include "host/toolkit/ValueTyping.h"
 
 #include <gtest/gtest.h>
 
@@ -99,16 +100,15 @@ TEST_F(Configuration, EveryFaultIsASentence) {
 }
 
 TEST_F(Configuration, EveryColumnFaultNamesTheColumn) {
-    const std::pair<const char*, const char*> rows[] = {
+    const std::pair<const char*, std::string> rows[] = {
         {"5",
          "1: stream.columns is the integer 5; allowed is a list of tables such as { name = \"Symbol\", type "
          "= "
          "\"string\", key = true }."},
         {"[{ type = \"long\" }]", "1: this column has no name; it needs one, as in name = \"Symbol\"."},
         {"[{ name = \"A\", type = \"Long\" }]",
-         "1: column \"A\" has the unknown type \"Long\"; the types are int16, integer, long, float, string."},
-        {"[{ name = \"A\" }]",
-         "1: column \"A\" has no type; the types are int16, integer, long, float, string."},
+         "1: column \"A\" has the unknown type \"Long\"; the types are " + host::typeNames() + "."},
+        {"[{ name = \"A\" }]", "1: column \"A\" has no type; the types are " + host::typeNames() + "."},
         {"[{ name = \"A\", type = \"long\", kye = true }]",
          "1: a column has no key kye; the nearest known one is key."},
         {"[{ name = \"A\", type = \"long\", key = 1 }]",
@@ -149,6 +149,7 @@ TEST_F(Configuration, CheckNamesWhatWouldBeTakenForSomethingElse) {
         "[connection]\ndataFormat = \"XML\"\nconnectionFactory = \"C\"\n"
         "jndiContextFactory = \"F\"\njndiURL = \"tcp://h:1\"\ndestinationType = \"TOPIC\"\n"
         "destinationName = \"D\"\n";
+    ::setenv("KEL_HOME", "/nowhere", 1);
     EXPECT_EQ(host::connectionProblems(read(good)), Texts());
     struct {
         Texts overrides;
@@ -160,6 +161,11 @@ TEST_F(Configuration, CheckNamesWhatWouldBeTakenForSomethingElse) {
          {"delimiter is missing; it must be the text between two values, such as \",\"."}},
         {{"connection.dataFormat=CUSTOM"},
          {"converterClassName is missing; it must be the full name of the converter's Java class."}},
+        {{"connection.dataFormat=FIX", "connection.fixVersion=9.9"},
+         {"fixMessageType is missing; it must be the type of the messages wanted, such as \"D\": all others "
+          "are "
+          "skipped.",
+          "fixVersion is \"9.9\"; its dictionary /nowhere/etc/fix/dictionary9.9.txt cannot be read."}},
         {{"connection.destinationType=queue"},
          {"destinationType is \"queue\"; allowed are \"QUEUE\", \"TOPIC\"."}},
         {{"connection.subscriptionMode=durable"},

@@ -108,6 +108,10 @@ TEST(ToolkitErrors, KeepsTheLastThousandAndTellsEachOnce) {
     EXPECT_EQ(getAdapterError(errors, &text), 1000);
     EXPECT_TRUE(take(text).starts_with("second\nmore\n"));
     EXPECT_EQ(told, 1001);
+    const std::string message(9 << 20, 'x');
+    for (int i = 0; i < 3; ++i) addGeneral(errors, message.c_str());
+    EXPECT_EQ(getAdapterError(errors, &text), 1) << "whole messages fill the memory";
+    EXPECT_EQ(take(text), message);
     clearConnectionErrors(errors);
     EXPECT_TRUE(empty(errors));
     deleteConnectionErrors(errors);

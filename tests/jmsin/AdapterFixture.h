@@ -34,11 +34,8 @@ protected:
     }
 
     static Params params(const std::string& format, const Params& more = {}) {
-        Params all = {{"dataFormat", format},
-                      {"delimiter", ","},
-                      {"converterClassName", "Conv"},
-                      {"jndiURL", "url"},
-                      {"jndiContextFactory", "ctx"}};
+        Params all = {
+            {"dataFormat", format}, {"delimiter", ","}, {"converterClassName", "Conv"}, {"jndiURL", "url"}, {"jndiContextFactory", "ctx"}};
         for (const auto& [name, value] : more) all[name] = value;
         return all;
     }
@@ -51,12 +48,9 @@ protected:
         jvm.takeCalls();
     }
 
-    void nextText(const std::string& text) {
-        jvm.answer("receiveTextMessage", {fake::string(text), JNI_TRUE, false});
-    }
+    void nextText(const std::string& text) { jvm.answer("receiveTextMessage", {fake::string(text), JNI_TRUE, false}); }
 
     std::string counters() const {
-        return std::to_string(adapter.totalRows) + " " + std::to_string(adapter.goodRows) + " " +
-               std::to_string(adapter.badRows);
+        return std::to_string(adapter.totalRows) + " " + std::to_string(adapter.goodRows) + " " + std::to_string(adapter.badRows);
     }
 };

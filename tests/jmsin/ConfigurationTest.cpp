@@ -20,14 +20,12 @@ TEST_F(Configuration, TheFirstFaultWins) {
         {{{"dataFormat", "CSV"}}, "300305-3_JMSIN_ADAPTER_GETPARAM_EMPTY_DEL"},
         {{{"dataFormat", "CUSTOM"}}, "300306-3_JMSIN_ADAPTER_GETPARAM_EMPTY_CONVCLASS"},
         {{{"dataFormat", "XML"}}, "300307-3_JMSIN_ADAPTER_GETPARAM_UNKNOWN_DATAFORMAT XML"},
-        {params("CUSTOM", {{"jndiContextFactory", ""}}),
-         "300307-3_JMSIN_ADAPTER_GETPARAM_UNKNOWN_DATAFORMAT CUSTOM"},
+        {params("CUSTOM", {{"jndiContextFactory", ""}}), "300307-3_JMSIN_ADAPTER_GETPARAM_UNKNOWN_DATAFORMAT CUSTOM"},
         {params("FIX", {{"jndiURL", ""}}), "300309-3_JMSIN_ADAPTER_GETPARAM_NO_JNDI_URL"},
         {params("CSV", {{"destinationType", "QUEUE"}, {"subscriptionMode", "DURABLE"}}),
          "300536-3_JMSIN_ADAPTER_DURABLE_SUBSCRIPTION_NOT_SUPPORTED_FOR_QUEUE"},
         {durable({}), "300537-3_JMSIN_ADAPTER_DURABLE_TOPIC_SUBSCRIPTION_CLIENTID_NOT_SPECIFIED"},
-        {durable({{"clientID", "c"}}),
-         "300538-3_JMSIN_ADAPTER_DURABLE_TOPIC_SUBSCRIPTION_NAME_NOT_SPECIFIED"},
+        {durable({{"clientID", "c"}}), "300538-3_JMSIN_ADAPTER_DURABLE_TOPIC_SUBSCRIPTION_NAME_NOT_SPECIFIED"},
         {durable({{"clientID", "c"}, {"subscriptionName", "s"}}), ""},
         {params("XML", {{"subscriptionMode", "durable"}, {"destinationType", "QUEUE"}}), ""},
         {params("OBJECTARRAY"), ""},
@@ -48,19 +46,15 @@ TEST_F(Configuration, ReadsInOrderAndStopsAtTheFault) {
     toolkit.takeCalls();
     EXPECT_FALSE(adapter.getParams());
     Calls names;
-    for (const std::string& call : toolkit.takeCalls("getConnectionParamString"))
-        names.push_back(call.substr(32));
-    EXPECT_EQ(names,
-              (Calls{"dataFormat)", "delimiter)", "connectionFactory)", "jndiContextFactory)", "jndiURL)",
-                     "destinationType)", "destinationName)", "subscriptionMode)", "clientID)"}));
+    for (const std::string& call : toolkit.takeCalls("getConnectionParamString")) names.push_back(call.substr(32));
+    EXPECT_EQ(names, (Calls{"dataFormat)", "delimiter)", "connectionFactory)", "jndiContextFactory)", "jndiURL)", "destinationType)",
+                            "destinationName)", "subscriptionMode)", "clientID)"}));
 }
 
 TEST_F(Configuration, ReadsWhatTheFormatHas) {
     const auto read = [&](const char* format) {
-        toolkit.params = params(format, {{"destinationType", "TOPIC"},
-                                         {"subscriptionMode", "DURABLE"},
-                                         {"clientID", "c"},
-                                         {"subscriptionName", "s"}});
+        toolkit.params =
+            params(format, {{"destinationType", "TOPIC"}, {"subscriptionMode", "DURABLE"}, {"clientID", "c"}, {"subscriptionName", "s"}});
         toolkit.takeCalls();
         EXPECT_TRUE(adapter.getParams());
         std::string names;
@@ -82,22 +76,18 @@ TEST_F(Configuration, ReadsWhatTheFormatHas) {
 }
 
 TEST_F(Configuration, ResetHandsTheParametersOn) {
-    const Params kMore = {{"connectionFactory", "CF"}, {"destinationType", "TOPIC"}, {"destinationName", "T"},
-                          {"clientID", "id"},          {"subscriptionName", "sub"},  {"timeFormat", "%H"},
-                          {"dateFormat", "%d"},        {"timestampFormat", "%s"}};
+    const Params kMore = {{"connectionFactory", "CF"}, {"destinationType", "TOPIC"}, {"destinationName", "T"}, {"clientID", "id"},
+                          {"subscriptionName", "sub"}, {"timeFormat", "%H"},         {"dateFormat", "%d"},     {"timestampFormat", "%s"}};
     toolkit.params = params("XML", kMore);
     toolkit.takeCalls();
     ASSERT_TRUE(adapter.reset());
     // Client ID and subscription name are for durable subscriptions only.
-    EXPECT_EQ(jvm.takeCalls(), (Calls{"AttachCurrentThread",
-                                      "<init>(CF,TOPIC,T,false,[5 5],[Symbol Price],[null null],ctx,url,,)",
+    EXPECT_EQ(jvm.takeCalls(), (Calls{"AttachCurrentThread", "<init>(CF,TOPIC,T,false,[5 5],[Symbol Price],[null null],ctx,url,,)",
                                       "connectForInput(true)"}));
     Calls rowCalls = toolkit.takeCalls();
-    rowCalls.erase(rowCalls.begin(),
-                   std::find(rowCalls.begin(), rowCalls.end(), "createConnectionRow(RowByNames)"));
-    EXPECT_EQ(rowCalls, (Calls{"createConnectionRow(RowByNames)", "setTimeFormat(row,%H)",
-                               "setDateFormat(row,%d)", "setTimestampFormat(row,%s)",
-                               "setStreamType(row,type,false)", "setAdapterState(cb,2)"}));
+    rowCalls.erase(rowCalls.begin(), std::find(rowCalls.begin(), rowCalls.end(), "createConnectionRow(RowByNames)"));
+    EXPECT_EQ(rowCalls, (Calls{"createConnectionRow(RowByNames)", "setTimeFormat(row,%H)", "setDateFormat(row,%d)",
+                               "setTimestampFormat(row,%s)", "setStreamType(row,type,false)", "setAdapterState(cb,2)"}));
 
     toolkit.params = params("CUSTOM", {{"converterParam", "p"}, {"dateFormat", "ignored"}});
     toolkit.params["subscriptionMode"] = "DURABLE";
@@ -106,9 +96,8 @@ TEST_F(Configuration, ResetHandsTheParametersOn) {
     JmsInAdapter custom;
     custom.discoveryMode = true;
     ASSERT_TRUE(custom.reset());
-    EXPECT_EQ(jvm.takeCalls(),
-              (Calls{"AttachCurrentThread", "<init>(CF,TOPIC,T,true,null,null,null,ctx,url,id,sub)",
-                     "connectForInput(false)", "initInConverter(Conv,p)"}));
+    EXPECT_EQ(jvm.takeCalls(), (Calls{"AttachCurrentThread", "<init>(CF,TOPIC,T,true,null,null,null,ctx,url,id,sub)",
+                                      "connectForInput(false)", "initInConverter(Conv,p)"}));
     EXPECT_EQ(toolkit.takeCalls("setDateFormat"), (Calls{"setDateFormat(row,%s)"}));
     toolkit.params["dataFormat"] = "OBJECTARRAY";
     ASSERT_TRUE(custom.reset());

@@ -22,8 +22,7 @@ TEST_F(Lifecycle, CountsWhatItTakes) {
         {nullptr, false, "3 1 2"}, {"Trades,i", true, "4 2 2"},     {"Trades,,IBM", false, "5 2 3"},
     };
     for (const Row& row : kRows) {
-        jvm.answer("receiveTextMessage",
-                   {row.text != nullptr ? fake::string(row.text) : nullptr, JNI_TRUE, false});
+        jvm.answer("receiveTextMessage", {row.text != nullptr ? fake::string(row.text) : nullptr, JNI_TRUE, false});
         EXPECT_EQ(adapter.getNext() != nullptr, row.good);
         EXPECT_EQ(counters(), row.counters);
     }
@@ -47,8 +46,8 @@ TEST_F(Lifecycle, ClearsTheRowBeforeEachMessage) {
 }
 
 TEST_F(Lifecycle, TakesObjectArraysAndCustomMessages) {
-    for (const auto& [format, method] : std::map<std::string, std::string>{
-             {"OBJECTARRAY", "receiveObjectArrayMessage"}, {"CUSTOM", "receiveCustomMessage"}}) {
+    for (const auto& [format, method] :
+         std::map<std::string, std::string>{{"OBJECTARRAY", "receiveObjectArrayMessage"}, {"CUSTOM", "receiveCustomMessage"}}) {
         SCOPED_TRACE(format);
         start(format);
         const bool isCustom = format == "CUSTOM";
@@ -59,16 +58,14 @@ TEST_F(Lifecycle, TakesObjectArraysAndCustomMessages) {
         jvm.answer(method, {fake::array(Strings{"Quotes", "u", "IBM"}), JNI_TRUE, false});
         EXPECT_EQ(adapter.getNext(), nullptr);
         EXPECT_EQ(counters(), "2 1 1");
-        jvm.answer(method, {fake::array(isCustom ? Strings{std::nullopt, std::nullopt} : Strings{}), JNI_TRUE,
-                            false});
+        jvm.answer(method, {fake::array(isCustom ? Strings{std::nullopt, std::nullopt} : Strings{}), JNI_TRUE, false});
         toolkit.takeCalls();
         EXPECT_EQ(adapter.getNext(), nullptr);
         EXPECT_EQ(counters(), "2 1 1");
         Calls logged;
         for (const std::string& call : toolkit.takeCalls("logMessage")) logged.push_back(call.substr(16));
-        EXPECT_EQ(logged,
-                  isCustom ? (Calls{std::string(keys::kGetNext) + ")", std::string(keys::kRowBufSize) + ")"})
-                           : (Calls{std::string(keys::kGetNext) + ")"}));
+        EXPECT_EQ(logged, isCustom ? (Calls{std::string(keys::kGetNext) + ")", std::string(keys::kRowBufSize) + ")"})
+                                   : (Calls{std::string(keys::kGetNext) + ")"}));
     }
 }
 
@@ -86,8 +83,7 @@ TEST_F(Lifecycle, TakesFixMessagesOfTheTypeAlone) {
     const std::string kOrder = "8=FIX.4.2|35=D|55=IBM|44=25.5|";
     EXPECT_TRUE(receive({"8=FIX.4.2|35=8|55=A|44=1|", "8=FIX.4.4|35=D|55=B|", "8=FIX.4.2|", kOrder}));
     EXPECT_EQ(counters(), "4 1 0");
-    EXPECT_TRUE(
-        receive({"35=8|44=1|", "8=FIX.4.2|35=D|55=ACME|"}));  // no field of a skipped one is left over
+    EXPECT_TRUE(receive({"35=8|44=1|", "8=FIX.4.2|35=D|55=ACME|"}));  // no field of a skipped one is left over
     EXPECT_FALSE(receive({"8=FIX.4.2|35=8|", ""}));
     EXPECT_EQ(counters(), "7 2 0");
     EXPECT_EQ(toolkit.posted, (Calls{"i IBM,25.5", "i ACME,null"}));
@@ -166,9 +162,7 @@ TEST_F(Lifecycle, CommitsWholeBatches) {
 }
 
 TEST_F(Lifecycle, ACommitThatFailsAndOneBeforeAnyMessage) {
-    start(
-        "XML",
-        {{"subscriptionMode", "DURABLE"}, {"clientID", "c"}, {"subscriptionName", "s"}, {"batchsize", "2"}});
+    start("XML", {{"subscriptionMode", "DURABLE"}, {"clientID", "c"}, {"subscriptionName", "s"}, {"batchsize", "2"}});
     jvm.answer("commitTransaction", {nullptr, JNI_TRUE, true});
     EXPECT_EQ(adapter.commitTransaction(), 0);  // zero is a multiple
     EXPECT_EQ(jvm.takeCalls(), (Calls{"commitTransaction()", "ExceptionDescribe"}));
@@ -184,9 +178,7 @@ TEST_F(Lifecycle, TracesItsOperations) {
         }
         return all;
     };
-    toolkit.params = params(
-        "XML",
-        {{"subscriptionMode", "DURABLE"}, {"clientID", "c"}, {"subscriptionName", "s"}, {"batchsize", "2"}});
+    toolkit.params = params("XML", {{"subscriptionMode", "DURABLE"}, {"clientID", "c"}, {"subscriptionName", "s"}, {"batchsize", "2"}});
     ASSERT_TRUE(adapter.reset());
     EXPECT_EQ(traces(), "300281-7_JMSIN_ADAPTER_RESET 300304-7_JMSIN_ADAPTER_GETPARAM ");
     nextText("<Trades A='1'/>");
@@ -220,8 +212,8 @@ TEST_F(Lifecycle, ASecondResetReplacesTheRow) {
 }
 
 TEST_F(Lifecycle, CanDiscoverSomeFormats) {
-    for (const auto& [format, expected] : std::map<std::string, bool>{
-             {"CSV", true}, {"XML", true}, {"FIX", false}, {"OBJECTARRAY", true}, {"CUSTOM", false}}) {
+    for (const auto& [format, expected] :
+         std::map<std::string, bool>{{"CSV", true}, {"XML", true}, {"FIX", false}, {"OBJECTARRAY", true}, {"CUSTOM", false}}) {
         toolkit.params = params(format);
         ASSERT_TRUE(adapter.getParams());
         EXPECT_EQ(adapter.canDiscover(), expected) << format;

@@ -62,16 +62,14 @@ TEST_F(TextParsing, Csv) {
     toolkit.takeCalls();
     EXPECT_TRUE(adapter.parseCsvMessage(text, true));
     EXPECT_EQ(toolkit.takeCalls("logMessage"),
-              (Calls{"logMessage(cb,7,300287-7_JMSIN_ADAPTER_PARSECSVMSG)",
-                     "logMessage(cb,7,300290-7_JMSIN_ADAPTER_PARSECSVMSG_END)"}));
+              (Calls{"logMessage(cb,7,300287-7_JMSIN_ADAPTER_PARSECSVMSG)", "logMessage(cb,7,300290-7_JMSIN_ADAPTER_PARSECSVMSG_END)"}));
 }
 
 TEST_F(TextParsing, AFieldBeforeTheFirstIsLeftToTheToolkit) {
     start("CSV");
     std::string text = "Trades,";
     EXPECT_TRUE(adapter.parseCsvMessage(text, false));
-    EXPECT_EQ(toolkit.takeCalls("setFieldAsStringWithIndex"),
-              (Calls{"setFieldAsStringWithIndex(row,-1,null)"}));
+    EXPECT_EQ(toolkit.takeCalls("setFieldAsStringWithIndex"), (Calls{"setFieldAsStringWithIndex(row,-1,null)"}));
 }
 
 TEST_F(TextParsing, Xml) {
@@ -84,10 +82,8 @@ TEST_F(TextParsing, Xml) {
         std::string error;
     };
     const Row kRows[] = {
-        {true, R"(<Trades Symbol="IBM" Price="25.5" KEL_OPS="p"/>)", true,
-         "- Symbol=IBM,Price=25.5,KEL_OPS=p", "Symbol,Price,", ""},
-        {true, "text < Trades\t A = \"1 > 0 &amp; 'x'\"\v/> <Trades B=\"2\"/>", true, "- A=1 > 0 &amp; 'x'",
-         "A,", ""},
+        {true, R"(<Trades Symbol="IBM" Price="25.5" KEL_OPS="p"/>)", true, "- Symbol=IBM,Price=25.5,KEL_OPS=p", "Symbol,Price,", ""},
+        {true, "text < Trades\t A = \"1 > 0 &amp; 'x'\"\v/> <Trades B=\"2\"/>", true, "- A=1 > 0 &amp; 'x'", "A,", ""},
         {true, "<Trades/>", true, "-", "", ""},
         {true, "<Trades A=\"\"/>", true, "- A=", "A,", ""},
         {true, "<Trades A=\"1\"B=\"2\" />", true, "- A=1,B=2", "A,B,", ""},

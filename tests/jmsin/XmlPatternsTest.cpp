@@ -20,8 +20,8 @@ std::optional<xml::Match> byPattern(const std::string& pattern, const std::strin
     int o[9];
     const int found = pcre_exec(code, nullptr, text.data(), static_cast<int>(text.size()), 0, 0, o, 9);
     if (found != 3) return std::nullopt;
-    return xml::Match{static_cast<size_t>(o[2]), static_cast<size_t>(o[3]), static_cast<size_t>(o[4]),
-                      static_cast<size_t>(o[5]), static_cast<size_t>(o[1])};
+    return xml::Match{static_cast<size_t>(o[2]), static_cast<size_t>(o[3]), static_cast<size_t>(o[4]), static_cast<size_t>(o[5]),
+                      static_cast<size_t>(o[1])};
 }
 
 const std::string kMessages[] = {
@@ -101,8 +101,7 @@ void HostileXml::parseAll() {
         while (text.size() < size) text += shape;
         return text;
     };
-    const char* const kShapes[] = {"<",       "<a",     " ",     "<a ",    "a=\"",
-                                   "<a b=\"", "\n<a\n", "<a/\n", "<a\n/>", "<a \n"};
+    const char* const kShapes[] = {"<", "<a", " ", "<a ", "a=\"", "<a b=\"", "\n<a\n", "<a/\n", "<a\n/>", "<a \n"};
     for (const size_t size : {size_t{1000}, size_t{2000}, size_t{8} << 20}) {
         for (const char* shape : kShapes) {
             for (const char* begin : {"", "<a", "  <a  "}) {

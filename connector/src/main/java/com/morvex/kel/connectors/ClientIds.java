@@ -18,7 +18,7 @@ final class ClientIds {
         if (earlier == null || earlier == keeper) return;
         Log.warn("The connection with the client ID \"" + settings.clientId()
                 + "\" is closed, because another connector of this process connects with it.");
-        earlier.disconnect();
+        earlier.displace();
     }
 
     static void release(ConnectionSettings settings, ConnectionKeeper keeper) {

@@ -63,6 +63,9 @@ final class ConnectAttempt {
         throw new ConnectorException(late.formatted(opener.settings().provider(), millis));
     }
 
+    /** Whether the provider still has the thread. */
+    synchronized boolean isRunning() { return !finished; }
+
     static ConnectorException cancelled() { return new ConnectorException("Connecting was cancelled."); }
 
     /** Gives the attempt up, from any thread, without waiting for it. */

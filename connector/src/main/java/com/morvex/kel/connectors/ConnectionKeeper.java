@@ -26,6 +26,7 @@ final class ConnectionKeeper {
     private long generation;
     private boolean connected;
     private boolean disconnected;
+    private boolean displaced;
     private ConnectAttempt attempt;
     private Backoff backoff = new Backoff();
     private long openedAt;
@@ -57,7 +58,7 @@ final class ConnectionKeeper {
         if (open != null) return open;
         synchronized (this) {
             if (!connected && !disconnected) throw new ConnectorException("The connector is not connected.");
-            if (!disconnected) pause(generation, millis);
+            if (!disconnected || displaced) pause(generation, millis);
             return link;
         }
     }
@@ -75,6 +76,12 @@ final class ConnectionKeeper {
         Thread worker = new Thread(() -> reconnect(mine, failed, cause), "kel-jms-reconnect");
         worker.setDaemon(true);
         worker.start();
+    }
+
+    /** Disconnects for another connector; the reader does not know of it, so receives go on waiting. */
+    void displace() {
+        synchronized (this) { displaced = true; }
+        disconnect();
     }
 
     /** Ends whatever is open or under way, from any thread; true when it ended cleanly. */
@@ -141,6 +148,11 @@ final class ConnectionKeeper {
         ConnectAttempt started;
         synchronized (this) {
             if (generation != mine) throw ConnectAttempt.cancelled();
+            if (attempt != null && attempt.isRunning()) {
+                // A provider that is deaf to interruption must not collect a blocked thread for each attempt.
+                throw new ConnectorException(
+                        opener.settings().provider() + " has still not returned from the attempt before.");
+            }
             started = ConnectAttempt.start(opener);
             attempt = started;
         }

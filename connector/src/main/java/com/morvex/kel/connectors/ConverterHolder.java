@@ -30,13 +30,13 @@ final class ConverterHolder {
         } catch (NoSuchMethodException | IllegalAccessException | InstantiationException e) {
             throw new ConnectorException(
                     name + "must be public, not abstract, with a public constructor without arguments.", e);
-        } catch (Exception | LinkageError e) {
+        } catch (Exception | Error e) {
             Throwable own = e.getCause() == null ? e : e.getCause();
             throw new ConnectorException(name + "could not be made: " + Log.reason(own) + ".", e);
         }
         try {
             converter.init(parameter);
-        } catch (Exception | LinkageError e) {
+        } catch (Exception | Error e) {
             String refused = "%srefused \"%s\" (parameter converterParam): %s.";
             throw new ConnectorException(refused.formatted(name, parameter, Log.reason(e)), e);
         }
@@ -47,7 +47,7 @@ final class ConverterHolder {
         String[] row;
         try {
             row = converter.toRow(message);
-        } catch (Exception | LinkageError | StackOverflowError e) {
+        } catch (Exception | Error e) {
             throw failed("toRow", e);
         }
         if (row == null) throw new ConnectorException("the converter " + className + " made no row of it");
@@ -59,7 +59,7 @@ final class ConverterHolder {
         Message message;
         try {
             message = converter.toMessage(row, session);
-        } catch (Exception | LinkageError | StackOverflowError e) {
+        } catch (Exception | Error e) {
             throw failed("toMessage", e);
         }
         if (message == null) throw new ConnectorException("The converter " + className + " made no message.");

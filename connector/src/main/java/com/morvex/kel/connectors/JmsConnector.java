@@ -163,8 +163,8 @@ public final class JmsConnector {
             return true;
         } catch (ConnectorException e) {
             Log.warn(Log.reason(e) + ".", e);
-        } catch (RuntimeException | LinkageError | StackOverflowError e) {
-            // a mistake of the provider's client
+        } catch (RuntimeException | Error e) {
+            // a mistake of the provider's client or of a converter
             Log.warn("The operation failed with a " + e.getClass().getName() + ": " + Log.reason(e) + ".", e);
         }
         return false;
@@ -201,7 +201,7 @@ public final class JmsConnector {
     private static <T> T read(Message message, Reading<T> reading) {
         try {
             return reading.of(message);
-        } catch (JMSException | RuntimeException | LinkageError | StackOverflowError e) {
+        } catch (JMSException | RuntimeException | Error e) {   // one message must not end the others
             Log.warn("The message " + idOf(message) + " was refused: " + Log.reason(e) + ".", e);
             return null;
         }
@@ -218,7 +218,9 @@ public final class JmsConnector {
             if (link == null) throw new ConnectorException("The message was not sent: no connection.");
             try {
                 link.send(maker);
-            } catch (JMSException e) {
+            } catch (ConnectorException e) {
+                throw e;   // the message, not the link
+            } catch (JMSException | RuntimeException e) {
                 keeper.lost(link, e);
                 throw new ConnectorException("The message was not sent: " + Log.reason(e) + ".", e);
             }

@@ -158,8 +158,7 @@ final class Link {
         }
         boolean closed = Closer.close(connection);
         if (problem == null) return closed;
-        Log.warn("The messages handed on last (up to " + ACKNOWLEDGE_EVERY
-                + ") could not be acknowledged and may come again: " + problem + ".");
+        Log.warn("The messages handed on last may come again, since closing failed: " + problem + ".");
         return false;
     }
 

@@ -1,4 +1,5 @@
 // Random message texts from a fixed seed: pieces that the rules treat differently, then single bytes changed.
+// Now and then a long one.
 #pragma once
 
 #include <random>
@@ -10,16 +11,17 @@ class Messages {
 public:
     std::string next() {
         std::string text;
-        for (unsigned count = pick(30); count > 0; --count) text += pieces_[pick(pieces_.size())] + '\x01';
+        for (unsigned count = pick(100) == 0 ? 300 : pick(30); count > 0; --count)
+            text += pieces_[pick(pieces_.size())] + '\x01';
         if (!text.empty() && pick(3) == 0) text.pop_back();
         for (unsigned count = pick(4) == 0 ? 3 : 0; count > 0 && !text.empty(); --count)
             text[pick(text.size())] = "\x01=589 \xFF"[pick(7)];
         return text;
     }
 
+private:
     unsigned pick(size_t below) { return static_cast<unsigned>(random_() % below); }
 
-private:
     static std::vector<std::string> split(const std::string& text) {
         std::vector<std::string> pieces;
         std::istringstream rest(text);

@@ -1,0 +1,18 @@
+// The type that a column takes when values of two types must share it.
+//
+// Both operations rewrite `target` and only read `other`; they depend on the legacy money precision
+// (Settings.h).
+#pragma once
+
+namespace DataTypes {
+
+// The lenient rule, never failing: the wider type wins, up to string and binary, which hold anything. Money
+// kinds go to the one with fewer places. Types that do not combine leave the target as it is.
+void maximizeAnyType(unsigned int& target, const unsigned int& other);
+
+// The strict rule: false, with `target` untouched, when the two types cannot share a column (a string with a
+// number, two money kinds of different places, int16 as the target with boolean, the reserved kind with
+// anything).
+bool maximizeType(unsigned int& target, const unsigned int& other);
+
+}  // namespace DataTypes

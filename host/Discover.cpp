@@ -1,0 +1,133 @@
+#include "host/Discover.h"
+
+#include <cstdlib>
+#include <memory>
+
+#include "host/Console.h"
+#include "host/DiscoverExplain.h"
+#include "host/DiscoverOutput.h"
+#include "host/DiscoverPeek.h"
+#include "host/DiscoverProposal.h"
+#include "host/Jvm.h"
+#include "host/LoadedAdapter.h"
+#include "host/Output.h"
+#include "host/Send.h"
+#include "host/Signals.h"
+#include "host/toolkit/ModifiedUtf8.h"
+#include "host/toolkit/Text.h"
+
+namespace host {
+
+namespace {
+
+// The name of a table that the entry points ask for and this adapter does not use.
+constexpr char kNoTable[] = "";
+
+std::string parameter(const Session& session, const char* name) {
+    const auto found = session.settings.connection.find(name);
+    return found != session.settings.connection.end() ? toUtf8(found->second) : std::string();
+}
+
+// Takes over what an entry point handed out: the strings are array-new buffers, the array is malloc's.
+std::vector<std::string> take(char** texts, int count) {
+    std::vector<std::string> taken;
+    for (int i = 0; i < count; ++i) {
+        const std::unique_ptr<char[]> text(texts[i]);
+        taken.emplace_back(text.get());
+    }
+    std::free(texts);
+    return taken;
+}
+
+std::vector<bool> takeKeys(const LoadedAdapter& adapter) {
+    bool* flags = nullptr;
+    const int count = adapter.plugin().getFieldKeys(adapter.handle(), &flags, kNoTable, nullptr);
+    std::vector<bool> keys;
+    if (count > 0) keys.assign(flags, flags + count);
+    std::free(flags);
+    return keys;
+}
+
+[[noreturn]] void fail(const Session& session, const LoadedAdapter& adapter) {
+    if (adapter.isStopped()) throw Failure("Stopped before the discovery was done.");
+    throw Failure("No message of " + inQuotes(parameter(session, "destinationName")) +
+                  " could be taken for a sample, so nothing is proposed: none waits there, or none is a " +
+                  parameter(session, "dataFormat") + " message, or a reason stands above.");
+}
+
+// The first of the entry points discovers, the others answer from what it found.
+Discovery discover(const Session& session, const LoadedAdapter& adapter) {
+    const Plugin& plugin = adapter.plugin();
+    Discovery found;
+    char** texts = nullptr;
+    int count = plugin.getFieldNames(adapter.handle(), &texts, kNoTable, nullptr);
+    if (count < 0) fail(session, adapter);
+    found.names = take(texts, count);
+    texts = nullptr;
+    count = plugin.getFieldTypes(adapter.handle(), &texts, kNoTable, nullptr);
+    found.types = take(texts, count);
+    found.keys = takeKeys(adapter);
+    for (int row = 0;; ++row) {
+        // A row index behind the last leaves it untouched; a row without fields does not.
+        texts = nullptr;
+        count = plugin.getSampleRow(adapter.handle(), &texts, kNoTable, nullptr, row);
+        if (texts == nullptr) break;
+        found.samples.push_back(take(texts, count));
+    }
+    if (found.types.size() != found.names.size())
+        throw Failure("The adapter answers " + std::to_string(found.names.size()) + " names but " +
+                      std::to_string(found.types.size()) + " types.");
+    if (found.names.empty() || found.samples.empty()) fail(session, adapter);
+    return found;
+}
+
+// Without a stream there is no name that an XML element could be required to have.
+void acceptAnyElement(Session& session) {
+    const bool isXml = parameter(session, "dataFormat") == "XML";
+    if (isXml && session.settings.streamName.empty())
+        session.settings.connection.insert_or_assign("matchStreamName", std::string("0"));
+}
+
+std::vector<std::string> remarks(const Settings& settings) {
+    if (!readsDatesAsSeconds(settings)) return {};
+    return {
+        "Object arrays and custom messages have no date formats: their dates are seconds since 1970, and "
+        "what follows the digits is ignored, so that \"7 apples\" is a date."};
+}
+
+}  // namespace
+
+int runDiscovery(const DiscoverOptions& options) {
+    const Settings asConfigured =
+        loadSettings(options.session.config, options.session.overrides, StreamSection::kOptional);
+    refuseInJvmBroker(asConfigured, "here");
+    std::string streamName;
+    if (!appendModifiedUtf8(options.stream, streamName)) throw Failure("--stream is no UTF-8.", kUsage);
+    Output output("");
+    Session session(options.session, StreamSection::kOptional);
+    acceptAnyElement(session);
+    const Plugin plugin(pluginFor(session, ""));
+
+    LoadedAdapter adapter(plugin, session);
+    SignalWatch signals([&adapter] {
+        const JvmThread thisThread;
+        adapter.stop();
+    });
+    plugin.setDiscovery(adapter.handle());
+    adapter.reset();
+    const Discovery found = discover(session, adapter);
+    std::vector<XmlSample> xml;
+    if (parameter(session, "dataFormat") == "XML") xml = peekXml(session);
+
+    const Proposal proposal = propose(found, asConfigured, streamName, xml);
+    std::vector<Explanation> explanations;
+    if (options.explain) explanations = explain(found, asConfigured);
+    const Findings findings{found, proposal, explanations, static_cast<size_t>(options.samples),
+                            options.explain ? remarks(asConfigured) : std::vector<std::string>()};
+    output.write(options.output == "json"   ? discoveryJson(findings)
+                 : options.output == "toml" ? discoveryToml(findings)
+                                            : discoveryTable(findings));
+    return kDone;
+}
+
+}  // namespace host

@@ -1,0 +1,178 @@
+#include "host/DiscoverProposal.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "host/toolkit/Text.h"
+
+namespace host {
+
+namespace {
+
+constexpr char kString[] = "string";
+constexpr char kSeconds[] = "%s";
+constexpr char kFallbackName[] = "Stream";
+constexpr char kOpcodes[] = "iudps";
+constexpr size_t kPrefix = 2;  // the stream's name and the opcode before a message's values
+
+using Row = std::vector<std::string>;
+
+std::string text(const Settings& settings, const char* name) {
+    const auto found = settings.connection.find(name);
+    return found != settings.connection.end() ? found->second : std::string();
+}
+
+// As the adapter reads its flags: absent is true.
+bool flag(const Settings& settings, const char* name) {
+    const auto found = settings.connection.find(name);
+    return found == settings.connection.end() || std::strtoll(found->second.c_str(), nullptr, 10) != 0;
+}
+
+class Proposer {
+public:
+    Proposer(const Discovery& discovery, const Settings& settings, const std::string& streamName,
+             const std::vector<XmlSample>& xml)
+        : discovery_(discovery),
+          settings_(settings),
+          format_(text(settings, "dataFormat")),
+          asked_(!streamName.empty() ? streamName : settings.streamName),
+          xml_(xml) {
+        // Beyond the samples there may be more messages, and those of other streams are none.
+        if (!settings.streamName.empty() && flag(settings, "matchStreamName"))
+            std::erase_if(xml_,
+                          [&](const XmlSample& sample) { return sample.element != settings.streamName; });
+        if (xml_.size() > discovery.samples.size()) xml_.resize(discovery.samples.size());
+    }
+
+    Proposal propose() {
+        hasPrefix_ = findPrefix();
+        proposal_.streamName = streamName();
+        addLayout();
+        for (size_t i = hasPrefix_ ? kPrefix : 0; i < discovery_.names.size(); ++i) addColumn(i);
+        addLaterAttributes();
+        return std::move(proposal_);
+    }
+
+private:
+    bool expectsPrefix() const {
+        const bool isOptional = format_ == "CSV" || format_ == "OBJECTARRAY";
+        return format_ == "CUSTOM" || (isOptional && flag(settings_, "expectStreamNameOpcode"));
+    }
+
+    bool findPrefix() const {
+        if (!expectsPrefix() || discovery_.names.size() < kPrefix) return false;
+        if (format_ == "CUSTOM") return true;  // a converter always yields both
+        const std::string& stream = asked_.empty() ? discovery_.samples.front().front() : asked_;
+        const auto isOpcode = [](const std::string& field) {
+            return field.size() == 1 && std::string_view(kOpcodes).find(field[0]) != std::string_view::npos;
+        };
+        bool isOwn = false;
+        for (const Row& row : discovery_.samples) {
+            if (row.size() < kPrefix || row[0].empty() || !isOpcode(row[1])) return false;
+            isOwn = isOwn || row[0] == stream;
+            if (asked_.empty() && row[0] != stream) return false;
+        }
+        return isOwn;
+    }
+
+    std::string streamName() const {
+        if (!asked_.empty()) return asked_;
+        if (!xml_.empty()) return xml_.front().element;
+        if (hasPrefix_) {
+            for (const Row& row : discovery_.samples) {
+                if (!row.empty() && !row[0].empty()) return row[0];
+            }
+        }
+        const std::string destination = text(settings_, "destinationName");
+        const std::string name = destination.substr(destination.find_last_of("/.:") + 1);
+        return !name.empty() ? name : kFallbackName;
+    }
+
+    void addLayout() {
+        if (hasPrefix_) {
+            proposal_.notes.push_back(discovery_.names[0] + " and " + discovery_.names[1] +
+                                      " are no columns here: they are the stream's name and the opcode, "
+                                      "which a run takes off.");
+        } else if (expectsPrefix()) {
+            proposal_.connection.emplace_back("expectStreamNameOpcode", "false");
+        }
+        const auto isOther = [&](const XmlSample& sample) { return sample.element != proposal_.streamName; };
+        if (flag(settings_, "matchStreamName") && std::any_of(xml_.begin(), xml_.end(), isOther))
+            proposal_.connection.emplace_back("matchStreamName", "false");
+    }
+
+    // A row's type is what a run reads a field by, so it decides whether the widened type can stand: beside a
+    // date an integer makes a date column, which would refuse it.
+    void addColumn(size_t index) {
+        ProposedColumn column{discovery_.names[index],
+                              discovery_.types[index],
+                              index < discovery_.keys.size() && discovery_.keys[index],
+                              {}};
+        const auto code = typeCode(column.type);
+        for (size_t i = 0; code && i < discovery_.samples.size() && column.reason.empty(); ++i) {
+            const Row& row = discovery_.samples[i];
+            // A blank is null in a row; where it is a text the column is a string already.
+            if (index >= row.size() || row[index].empty() || isOfOtherStream(row)) continue;
+            Value value;
+            std::string reason;
+            if (!readValue(*code, row[index], rowFormats(), value, reason))
+                column.reason = "not " + column.type + ", which cannot hold " + quoted(row[index]) +
+                                " (sample " + std::to_string(i + 1) + "): " + reason;
+        }
+        if (!column.reason.empty()) column.type = kString;
+        proposal_.columns.push_back(std::move(column));
+    }
+
+    bool isOfOtherStream(const Row& row) const {
+        return hasPrefix_ && !row[0].empty() && row[0] != proposal_.streamName;
+    }
+
+    // A row takes the default for an empty format.
+    TemporalFormats rowFormats() const {
+        TemporalFormats formats = discoveryFormats(settings_);
+        if (formats.time.empty()) formats.time = kDefaultTimeFormat;
+        if (formats.date.empty()) formats.date = kDefaultDateFormat;
+        if (formats.timestamp.empty()) formats.timestamp = kDefaultDateFormat;
+        return formats;
+    }
+
+    // The entry points know the attributes of the first message only, and a run refuses a message with one
+    // that is no column.
+    void addLaterAttributes() {
+        for (const XmlSample& sample : xml_) {
+            for (const std::string& name : sample.attributes) {
+                const auto isNamed = [&](const ProposedColumn& column) { return column.name == name; };
+                if (std::none_of(proposal_.columns.begin(), proposal_.columns.end(), isNamed))
+                    proposal_.columns.push_back(
+                        {name, kString, false, "of unknown type: the first message does not have it"});
+            }
+        }
+    }
+
+    const Discovery& discovery_;
+    const Settings& settings_;
+    const std::string format_;
+    const std::string asked_;
+    std::vector<XmlSample> xml_;
+    bool hasPrefix_ = false;
+    Proposal proposal_;
+};
+
+}  // namespace
+
+bool readsDatesAsSeconds(const Settings& settings) {
+    const std::string format = text(settings, "dataFormat");
+    return format == "OBJECTARRAY" || format == "CUSTOM";
+}
+
+TemporalFormats discoveryFormats(const Settings& settings) {
+    if (readsDatesAsSeconds(settings)) return {kSeconds, kSeconds, kSeconds};
+    return {text(settings, "timeFormat"), text(settings, "dateFormat"), text(settings, "timestampFormat")};
+}
+
+Proposal propose(const Discovery& discovery, const Settings& settings, const std::string& streamName,
+                 const std::vector<XmlSample>& xml) {
+    return Proposer(discovery, settings, streamName, xml).propose();
+}
+
+}  // namespace host

@@ -1,0 +1,49 @@
+// From what the discovery entry points answer to a stream that takes the messages which were sampled.
+//
+// All texts are in modified UTF-8, as the adapter's are.
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "host/Configuration.h"
+#include "host/DiscoverPeek.h"
+#include "host/toolkit/ValueTyping.h"
+
+namespace host {
+
+// The answers of the entry points.
+struct Discovery {
+    std::vector<std::string> names;
+    std::vector<std::string> types;
+    std::vector<bool> keys;  // may be shorter: no key from there on
+    std::vector<std::vector<std::string>> samples;
+};
+
+struct ProposedColumn {
+    std::string name;
+    std::string type;
+    bool key = false;
+    std::string reason;  // why the type is not the one that the entry points answered; "": it is
+};
+
+struct Proposal {
+    std::string streamName;
+    std::vector<ProposedColumn> columns;
+    std::vector<std::string> notes;  // sentences
+    std::vector<std::pair<std::string, std::string>>
+        connection;  // [connection] needs these: name, TOML value
+};
+
+// The formats that the adapter reads texts by in discovery. Object arrays and custom messages have none:
+// their dates are seconds.
+TemporalFormats discoveryFormats(const Settings& settings);
+bool readsDatesAsSeconds(const Settings& settings);
+
+// `streamName` is the user's choice, "" for none. `xml` are the messages as peekXml saw them, none for other
+// formats.
+Proposal propose(const Discovery& discovery, const Settings& settings, const std::string& streamName,
+                 const std::vector<XmlSample>& xml);
+
+}  // namespace host

@@ -1,0 +1,36 @@
+#include "host/LoadedAdapter.h"
+
+#include "host/Console.h"
+#include "host/Installation.h"
+
+namespace host {
+
+std::string pluginFor(const Session& session, const std::string& asked) {
+    if (!asked.empty()) return asked;
+    return !session.settings.plugin.empty() ? session.settings.plugin : pluginFile().string();
+}
+
+LoadedAdapter::LoadedAdapter(const Plugin& plugin, Session& session)
+    : plugin_(plugin), session_(session), handle_(plugin.createAdapter()) {
+    plugin.setCallBackReference(handle_, &session.context);
+    plugin.setConnectionRowType(handle_, &session.rowType);
+    plugin.setConnectionParams(handle_, &session.settings.connection);
+}
+
+LoadedAdapter::~LoadedAdapter() { plugin_.deleteAdapter(handle_); }
+
+void LoadedAdapter::reset() {
+    if (plugin_.reset(handle_)) return;
+    if (isStopped()) throw Failure("Stopped before the connection was ready.");
+    throw Failure(session_.errors > 0
+                      ? "The adapter refuses to start; the reason stands above."
+                      : "The adapter cannot connect; the connector's warning above says why.");
+}
+
+void LoadedAdapter::stop() {
+    isStopped_ = true;
+    const std::lock_guard guard(stopLock_);
+    plugin_.stop(handle_);
+}
+
+}  // namespace host

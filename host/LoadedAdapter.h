@@ -1,0 +1,43 @@
+// The plug-in's adapter, driven as a server drives it.
+#pragma once
+
+#include <atomic>
+#include <mutex>
+#include <string>
+
+#include "host/Plugin.h"
+#include "host/Session.h"
+
+namespace host {
+
+// The file of the plug-in to load: the one asked for, else the configured one, else the one beside this
+// program. Throws Failure.
+std::string pluginFor(const Session& session, const std::string& asked);
+
+// An adapter, created, wired and deleted. Plug-in and session stay with the caller and outlive it.
+class LoadedAdapter {
+public:
+    LoadedAdapter(const Plugin& plugin, Session& session);
+    ~LoadedAdapter();
+    LoadedAdapter(const LoadedAdapter&) = delete;
+    LoadedAdapter& operator=(const LoadedAdapter&) = delete;
+
+    const Plugin& plugin() const { return plugin_; }
+    void* handle() const { return handle_; }
+
+    // Connects. From then on the adapter belongs to the calling thread, but for stop. Throws Failure.
+    void reset();
+
+    // Any thread. A stop that came before reset had begun is forgotten by it, so this may be called again.
+    void stop();
+    bool isStopped() const { return isStopped_; }
+
+private:
+    const Plugin& plugin_;
+    const Session& session_;
+    void* handle_;
+    std::mutex stopLock_;
+    std::atomic<bool> isStopped_{false};
+};
+
+}  // namespace host
