@@ -82,8 +82,9 @@ public:
     bool updateTruncateStream(long long key, bool flag);
     void addAdapterStatistics(AdapterStatistics* statistics, std::string name, std::string value);
 
-    // The type of a field's text: the first of integer, long, float, date, timestamp and time that it reads as, else
-    // string. The date, timestamp and time formats may be null for the data type library's defaults (ValueTesting.cpp).
+    // The type of a field's text: the first of integer, long, float, date, timestamp and time that it reads
+    // as, else string. The date, timestamp and time formats may be null for the data type library's defaults
+    // (ValueTesting.cpp).
     uint32_t testValue(const char* value, const char* f1, const char* f2, const char* f3);
 
     // ---- localised messages: the caller owns the buffer (array delete, or deleteL10NMessage)

@@ -6,9 +6,9 @@
 // no lock is taken. Without a JVM or a connector every operation but `init` returns false without touching
 // the JVM.
 //
-// Failures return false. A Java exception is described on standard error and cleared by `init`, the receives and
-// `commitTransaction`; after `initConverter`, `disconnect` and the sends it stays pending until one of those looks.
-// Texts pass through in the JVM's modified UTF-8, unconverted, in both directions.
+// Failures return false. A Java exception is described on standard error and cleared by `init`, the receives
+// and `commitTransaction`; after `initConverter`, `disconnect` and the sends it stays pending until one of
+// those looks. Texts pass through in the JVM's modified UTF-8, unconverted, in both directions.
 #pragma once
 
 #include <jni.h>

@@ -114,7 +114,7 @@ TEST_F(Run, NamesWhatKeepsItFromStarting) {
 // before the one look at the end of init; the senders' callers, initConverter and disconnect are told by the
 // result alone. All of these are boolean methods. Nothing else may be warned of.
 TEST_F(Run, TheJvmFindsNoFaultInTheBridge) {
-    for (const std::string example : {"csv", "xml", "objectarray", "custom"}) {
+    for (const std::string example : {"csv", "xml", "fix", "objectarray", "custom", "durable"}) {
         SCOPED_TRACE(example);
         const std::string folder = KEL_SOURCE_DIR "/examples/" + example;
         std::string messages;
@@ -122,8 +122,8 @@ TEST_F(Run, TheJvmFindsNoFaultInTheBridge) {
             if (entry.path().stem() == "messages") messages = entry.path();
         }
         HostProcess host(scratch, "run",
-                         {"run", "--config", folder + "/config.toml", "--feed", messages, "--set", "host.jvmOptions=[\"-Xcheck:jni\"]",
-                          "--idle", "0.5"});
+                         {"run", "--config", folder + "/config.toml", "--feed", messages, "--idle", "0.5", "--set",
+                          std::string("connection.jndiURL=") + kInJvm, "--set", "host.jvmOptions=[\"-Xcheck:jni\"]"});
         ASSERT_EQ(host.wait(), 0) << host.errors();
         std::stringstream all(host.output() + host.errors());
         int expected = 0;

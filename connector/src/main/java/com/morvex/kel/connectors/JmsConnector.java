@@ -122,8 +122,7 @@ public final class JmsConnector {
             String sentence = "The commit failed and %d messages will come again: %s.".formatted(
                     link.pending(), Log.reason(e));
             Log.warn(sentence, e);
-            // The session's state is anybody's guess now; a new one begins after the last commit that
-            // succeeded.
+            // The session's state is anybody's guess now; a new one begins after the last good commit.
             keeper.lost(link, e);
             // Without the cause: the bridge prints what it catches, and the stack is in the log.
             throw new ConnectorException(sentence);
@@ -163,7 +162,7 @@ public final class JmsConnector {
             action.run();
             return true;
         } catch (ConnectorException e) {
-            Log.warn(e.getMessage(), e);
+            Log.warn(Log.reason(e) + ".", e);
         } catch (RuntimeException | Error e) {
             // a mistake of the provider's client or of a converter
             Log.warn("The operation failed with a " + e.getClass().getName() + ": " + Log.reason(e) + ".", e);
@@ -237,7 +236,7 @@ public final class JmsConnector {
                 T read = read(message, reading);
                 if (read != null) found.add(read);
             }
-        } catch (JMSException e) {
+        } catch (JMSException | RuntimeException e) {
             Log.detail("Browsing failed.", e);
             String sentence = "Browsing %s failed: %s.";
             throw new ConnectorException(sentence.formatted(settings.destination(), Log.reason(e)));

@@ -97,13 +97,13 @@ final class Link {
     }
 
     /**
-     * Commits what was taken since the last commit; without a transaction, acknowledges it. A failure leaves
-     * it pending.
+     * Commits what was taken since the last commit, if anything; without a transaction, acknowledges it. A
+     * failure leaves it pending.
      */
     void commit() throws JMSException {
         lock.lock();
         try {
-            if (transacted) {
+            if (transacted && pending > 0) {
                 session.commit();
                 forgetPending();
             } else {

@@ -9,6 +9,7 @@ import javax.jms.ConnectionFactory;
 import javax.jms.ExceptionListener;
 import javax.jms.JMSException;
 import javax.jms.Queue;
+import javax.jms.TextMessage;
 import javax.naming.Context;
 import javax.naming.InitialContext;
 import javax.naming.NamingException;
@@ -62,7 +63,9 @@ public final class FakeProvider implements InitialContextFactory {
                     if (call.endsWith("setExceptionListener")) listener = (ExceptionListener) arguments[0];
                     Class<?> result = method.getReturnType();
                     if (result == boolean.class) return call.equals("Session.getTransacted");
-                    return result.isInterface() && !call.contains(".receive") ? proxy(result) : null;
+                    if (call.equals("MessageConsumer.receive")) return proxy(TextMessage.class);
+                    boolean nothing = call.equals("MessageConsumer.receiveNoWait");
+                    return result.isInterface() && !nothing ? proxy(result) : null;
                 });
     }
 }

@@ -40,13 +40,16 @@ public class LifecycleTest {
 
     @Test
     public void cleanStopsAtAnyMomentRepeatAndLoseNothing() throws Exception {
+        broker.sendNumbers(QUEUE, 1, 50);
+        JmsConnector first = broker.receiver("");
+        List<Integer> found = new ArrayList<>(receive(first, 7));
+        assertTrue(first.disconnect());
         Thread sender = later(0, () -> {
-            for (int i = 1; i <= 3_000; i += 50) {
+            for (int i = 51; i <= 3_000; i += 50) {
                 broker.sendNumbers(QUEUE, i, i + 49);
                 Thread.sleep(3);
             }
         });
-        List<Integer> found = new ArrayList<>();
         Random random = new Random(7);
         while (found.size() < 3_000) {
             JmsConnector connector = broker.receiver("");
