@@ -49,6 +49,7 @@ TEST(DiscoverExplain, NamesTheDecidingValueAndWhatTheTypeLoses) {
          5,
          "\"-07\" (sample 3) loses its leading zeros as a number; likewise 1 more"},
         {"CSV", {}, "string", {"007", "x"}, 2, 2, ""},
+        {"CSV", {}, "float", {"1.5", "2024-01-02T03:04:05.123"}, 1, 2, ""},
         {"CSV", {}, "date", {"5", "2024-01-02T03:04:05"}, 2, 2, ""},
         {"CSV",
          {},
