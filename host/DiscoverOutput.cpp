@@ -197,7 +197,7 @@ std::string discoveryToml(const Findings& findings) {
     out += "]\n";
     if (!proposal.connection.empty())
         out += "\n# To be put into the [connection] that is there already.\n[connection]\n";
-    for (const auto& [name, value] : proposal.connection) out += name + " = " + value + '\n';
+    for (const auto& [name, value] : proposal.connection) ((out += name) += " = ") += value + '\n';
     return out;
 }
 

@@ -50,20 +50,17 @@ const RoundTrip kRoundTrips[] = {
      "# column_0 and column_1 are no columns here|name = \"Trades\"|{ name = \"column_3\", type = "
      "\"integer\" }",
      R"("stream":"Trades","op":"i","seq":0,"row":{"column_2":"IBM","column_3":1})"},
-    {"elements", "XML", "",
-     "<Trades Symbol=\"IBM\" Price=\"1.5\" KEL_OPS=\"u\"/>\nno message\n<Trades Price=\"2\" Lot=\"7\"/>\n",
+    {"elements", "XML", "", "<Trades Symbol=\"IBM\" Price=\"1.5\" KEL_OPS=\"u\"/>\nno message\n<Trades Price=\"2\" Lot=\"7\"/>\n",
      "name = \"Trades\"|{ name = \"Symbol\", type = \"string\" },|{ name = \"Price\", type = \"float\" },|"
      "{ name = \"Lot\", type = \"string\" },  # of unknown type",
      R"("stream":"Trades","op":"u","seq":0,"row":{"Symbol":"IBM","Price":1.5,"Lot":null})"},
     {"mixed", "XML", "", "<Trades a=\"1\"/>\n<Quotes a=\"12:00:00\"/>\n",
      "name = \"Trades\"|# not time, which cannot hold \"1\"|matchStreamName = false", R"("a":"1")"},
-    {"arrays", "OBJECTARRAY", "expectStreamNameOpcode = false\n",
-     "[\"7 apples\", null, \"1\"]\n[\"8\", \"b\"]\n",
+    {"arrays", "OBJECTARRAY", "expectStreamNameOpcode = false\n", "[\"7 apples\", null, \"1\"]\n[\"8\", \"b\"]\n",
      "{ name = \"column_0\", type = \"date\" },|{ name = \"column_1\", type = \"string\" },|"
      "{ name = \"column_2\", type = \"integer\" },",
      R"("column_1":null,"column_2":1)"},
-    {"converted", "CUSTOM",
-     "converterClassName = \"com.morvex.kel.examples.JsonConverter\"\nconverterParam = \"Symbol,Shares\"\n",
+    {"converted", "CUSTOM", "converterClassName = \"com.morvex.kel.examples.JsonConverter\"\nconverterParam = \"Symbol,Shares\"\n",
      "{\"stream\": \"Trades\", \"Symbol\": \"IBM\", \"Shares\": 1}\n{\"Symbol\": \"NOVA\", \"Shares\": -7}\n",
      "name = \"Trades\"|{ name = \"column_3\", type = \"integer\" },", R"("column_2":"IBM","column_3":1)"},
 };
@@ -101,12 +98,9 @@ TEST_F(Discover, ARunTakesEveryMessageThatTheProposalWasMadeOf) {
         HostProcess discovery = discover(config, {"--output", "toml", "--explain"});
         ASSERT_EQ(discovery.wait(), 0) << discovery.errors();
         const std::string proposal = discovery.output();
-        for (const std::string& part : parts(row.columns))
-            EXPECT_NE(proposal.find(part), std::string::npos) << part << "\n" << proposal;
+        for (const std::string& part : parts(row.columns)) EXPECT_NE(proposal.find(part), std::string::npos) << part << "\n" << proposal;
 
-        HostProcess run(
-            scratch, "run",
-            {"run", "--config", scratch.write("pasted.toml", pasted(text, proposal)), "--idle", "0.3"});
+        HostProcess run(scratch, "run", {"run", "--config", scratch.write("pasted.toml", pasted(text, proposal)), "--idle", "0.3"});
         ASSERT_EQ(run.wait(), 0) << run.errors();
         EXPECT_NE(run.output().find(row.firstRow), std::string::npos) << run.output();
         const bool hasNone = std::string(row.messages).find("no message") != std::string::npos;
@@ -118,8 +112,8 @@ TEST_F(Discover, ARunTakesEveryMessageThatTheProposalWasMadeOf) {
 // The answers as they stand, whatever the TOML makes of them; and what is refused.
 TEST_F(Discover, FormsAndRefusals) {
     const Broker broker(scratch);
-    const std::string config = scratch.write(
-        "c.toml", configuration(broker.url(), "CSV", "destinationName = \"forms\"\ndelimiter = \";\"\n"));
+    const std::string config =
+        scratch.write("c.toml", configuration(broker.url(), "CSV", "destinationName = \"forms\"\ndelimiter = \";\"\n"));
     send(scratch, config, scratch.write("messages", "1;a\xC3\xA4\n-20;b\n2024-01-02T03:04:05.5;\n"));
     struct Row {
         std::vector<std::string> more;

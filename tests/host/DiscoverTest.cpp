@@ -36,13 +36,7 @@ TEST(DiscoverExplain, NamesTheDecidingValueAndWhatTheTypeLoses) {
         {"CSV", {}, "float", {"1", "2.5", "3", "1e9"}, 2, 4, ""},
         {"CSV", {}, "long", {"2147483648", "1"}, 1, 2, ""},
         {"CSV", {}, "integer", {"1", "2.5"}, 0, 0, ""},
-        {"CSV",
-         {},
-         "string",
-         {"1", "", "2"},
-         2,
-         3,
-         "only blank values make it a string, 1 of 3; without them it is integer"},
+        {"CSV", {}, "string", {"1", "", "2"}, 2, 3, "only blank values make it a string, 1 of 3; without them it is integer"},
         {"CSV", {}, "string", {"x", ""}, 1, 2, ""},
         {"CSV", {}, "integer", {"1", ""}, 0, 0, ""},
         {"XML", {}, "integer", {"", "1"}, 2, 1, ""},
@@ -55,6 +49,7 @@ TEST(DiscoverExplain, NamesTheDecidingValueAndWhatTheTypeLoses) {
          5,
          "\"-07\" (sample 3) loses its leading zeros as a number; likewise 1 more"},
         {"CSV", {}, "string", {"007", "x"}, 2, 2, ""},
+        {"CSV", {}, "float", {"1.5", "2024-01-02T03:04:05.123"}, 1, 2, ""},
         {"CSV", {}, "date", {"5", "2024-01-02T03:04:05"}, 2, 2, ""},
         {"CSV",
          {},
@@ -71,20 +66,8 @@ TEST(DiscoverExplain, NamesTheDecidingValueAndWhatTheTypeLoses) {
          1,
          1,
          "\"2024-01-02T03:04:05Z.5\" (sample 1) is a timestamp only because the rest, \"Z\","},
-        {"FIX",
-         {},
-         "time",
-         {"12:00:00 noon"},
-         1,
-         1,
-         "\"12:00:00 noon\" (sample 1) is a time only because the rest, \" noon\","},
-        {"OBJECTARRAY",
-         {},
-         "date",
-         {"7 apples", "8"},
-         1,
-         2,
-         "\"7 apples\" (sample 1) is a date only because the rest, \" apples\","},
+        {"FIX", {}, "time", {"12:00:00 noon"}, 1, 1, "\"12:00:00 noon\" (sample 1) is a time only because the rest, \" noon\","},
+        {"OBJECTARRAY", {}, "date", {"7 apples", "8"}, 1, 2, "\"7 apples\" (sample 1) is a date only because the rest, \" apples\","},
         {"CUSTOM", {}, "date", {"10.0.0.1"}, 1, 1, "\"10.0.0.1\" (sample 1) is a date"},
     };
     for (const Explained& row : kRows) {
@@ -100,16 +83,15 @@ TEST(DiscoverExplain, NamesTheDecidingValueAndWhatTheTypeLoses) {
         EXPECT_EQ(one.value, row.values[row.sample - 1]);
         EXPECT_EQ(one.values, row.counted);
         ASSERT_EQ(one.warnings.size(), row.warning.empty() ? 0U : 1U);
-        for (const std::string& warning : one.warnings)
-            EXPECT_EQ(warning.substr(0, row.warning.size()), row.warning);
+        for (const std::string& warning : one.warnings) EXPECT_EQ(warning.substr(0, row.warning.size()), row.warning);
     }
 }
 
 TEST(DiscoverExplain, CountsWhatFitsOverRowsOfDifferentLengths) {
     const host::Discovery found{{"a", "b"}, {"integer", "float"}, {}, {{"1"}, {"2", "7"}, {"3", ".5"}}};
     const host::Explanation second = host::explain(found, settings("CSV")).at(1);
-    const std::vector<std::pair<std::string, size_t>> kFits = {
-        {"integer", 1}, {"long", 1}, {"float", 2}, {"date", 0}, {"timestamp", 0}, {"time", 0}, {"string", 2}};
+    const std::vector<std::pair<std::string, size_t>> kFits = {{"integer", 1},   {"long", 1}, {"float", 2}, {"date", 0},
+                                                               {"timestamp", 0}, {"time", 0}, {"string", 2}};
     EXPECT_EQ(second.fits, kFits);
     EXPECT_EQ(second.rule, "float is the first type that reads it; with integer before it that makes float");
 }
@@ -130,14 +112,7 @@ TEST(DiscoverProposal, FindsTheStreamsNameAndWhetherMessagesBringIt) {
     const Proposed kRows[] = {
         {"CSV", kNoPrefix, "", "", {{"Trades", "i", "1"}}, "waiting", 3, ""},
         {"CSV", {}, "", "", {{"Trades", "i", "1"}, {"Trades", "d"}}, "Trades", 1, ""},
-        {"CSV",
-         {},
-         "",
-         "",
-         {{"Trades", "i", "1"}, {"Quotes", "i", "1"}},
-         "waiting",
-         3,
-         "expectStreamNameOpcode"},
+        {"CSV", {}, "", "", {{"Trades", "i", "1"}, {"Quotes", "i", "1"}}, "waiting", 3, "expectStreamNameOpcode"},
         {"CSV", {}, "Quotes", "", {{"Trades", "i", "x"}, {"Quotes", "i", "1"}}, "Quotes", 1, ""},
         {"CSV", {}, "Quotes", "Other", {{"Quotes", "i", "1"}}, "Other", 3, "expectStreamNameOpcode"},
         {"OBJECTARRAY", {}, "", "", {{"Trades", "insert", "1"}}, "waiting", 3, "expectStreamNameOpcode"},

@@ -2,6 +2,7 @@
 #include "jmsin/XmlPatterns.h"
 
 #include <pthread.h>
+#include <time.h>
 
 #include <chrono>
 #include <map>
@@ -82,12 +83,18 @@ class HostileXml : public AdapterFixture {
 public:
     bool parse(const std::string& text) {
         std::string copy = text;
-        const auto started = std::chrono::steady_clock::now();
+        const std::chrono::nanoseconds started = processorTime();
         const bool parsed = adapter.parseXmlMessage(copy, nullptr);
-        EXPECT_LT(std::chrono::steady_clock::now() - started, kLimit);
+        EXPECT_LT(processorTime() - started, kLimit);
         return parsed;
     }
     void parseAll();
+    // Of this thread: a busy machine does not count.
+    static std::chrono::nanoseconds processorTime() {
+        timespec time{};
+        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+        return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+    }
 #if defined(__SANITIZE_ADDRESS__)
     static constexpr std::chrono::seconds kLimit{20};
 #else

@@ -79,7 +79,7 @@ final class ConnectionKeeper {
         worker.start();
     }
 
-    /** Disconnects for the sake of another connector. Whoever reads on is not told, so receives go on waiting. */
+    /** Disconnects for another connector; the reader does not know of it, so receives go on waiting. */
     void displace() {
         synchronized (this) { displaced = true; }
         disconnect();

@@ -158,7 +158,7 @@ final class Link {
         }
         boolean closed = Closer.close(connection);
         if (problem == null) return closed;
-        Log.warn("The messages handed on last may come again, because closing did not go cleanly: " + problem + ".");
+        Log.warn("The messages handed on last may come again, since closing failed: " + problem + ".");
         return false;
     }
 
