@@ -42,8 +42,8 @@ TEST(Adapter, ResetCommonRestoresTheStartValuesAndKeepsTheRest) {
     adapter.resetCommon();
     EXPECT_EQ(adapter.badRows + adapter.goodRows + adapter.totalRows + adapter.latency, 0);
     EXPECT_FALSE(adapter.stopFlag || adapter.stopRequestedFlag || adapter.gdMode || adapter.pspGDMode);
-    EXPECT_TRUE(adapter.schemaNames.empty() && adapter.tableNames.empty() && adapter.fieldNames.empty() &&
-                adapter.fieldTypes.empty() && adapter.fieldKeys.empty() && adapter.sampleRows.empty());
+    EXPECT_TRUE(adapter.schemaNames.empty() && adapter.tableNames.empty() && adapter.fieldNames.empty() && adapter.fieldTypes.empty() &&
+                adapter.fieldKeys.empty() && adapter.sampleRows.empty());
     EXPECT_TRUE(adapter.cacheMode);
     EXPECT_EQ(adapter.gdBatchSize, 0);
     EXPECT_TRUE(adapter.discovered && adapter.discoveryMode);
@@ -67,9 +67,9 @@ TEST(Adapter, BaseRefusesDiscoveryAndTables) {
     EXPECT_FALSE(adapter.discover("table"));
     EXPECT_FALSE(adapter.discover("schema", "table"));
     EXPECT_FALSE(adapter.createTable("s", "t", 0, nullptr, nullptr, nullptr, true, true));
-    EXPECT_EQ(toolkit.errors, (Calls{"Discovery is not supported for this connection type.",
-                                     "Discovery is not supported for this connection type.",
-                                     "Create table is not supported for this connection type."}));
+    EXPECT_EQ(toolkit.errors,
+              (Calls{"Discovery is not supported for this connection type.", "Discovery is not supported for this connection type.",
+                     "Create table is not supported for this connection type."}));
 }
 
 TEST(Adapter, ValidatesDatetimeFormats) {
@@ -95,8 +95,7 @@ TEST(Adapter, ValidatesDatetimeFormats) {
         {"%e", false},
     };
     PutAdapter adapter;
-    for (const auto& [format, valid] : kRows)
-        EXPECT_EQ(adapter.validateDatetimeFormat(format), valid) << format;
+    for (const auto& [format, valid] : kRows) EXPECT_EQ(adapter.validateDatetimeFormat(format), valid) << format;
 }
 
 TEST(Adapter, ColumnsSkipTheHiddenPairInPspGdMode) {
@@ -133,10 +132,9 @@ TEST(Adapter, ReadsTheControlStreamsKey) {
     toolkit.controlRows = {fake::handle("raw")};
     toolkit.takeCalls();
     EXPECT_EQ(adapter.getLastProcessedGDKeyFromControlStream(), -4711);
-    EXPECT_EQ(toolkit.takeCalls(),
-              (Calls{"getTransaction(cb,Control)", "getConnectionRawTransSize(trans)",
-                     "getConnectionRawTrans(trans,0)", "createConnectionRow(RowByOrder)", "fromRow(row,raw)",
-                     "getFieldAsStringWithIndex(row,1)", "deleteConnectionRow(row)"}));
+    EXPECT_EQ(toolkit.takeCalls(), (Calls{"getTransaction(cb,Control)", "getConnectionRawTransSize(trans)",
+                                          "getConnectionRawTrans(trans,0)", "createConnectionRow(RowByOrder)", "fromRow(row,raw)",
+                                          "getFieldAsStringWithIndex(row,1)", "deleteConnectionRow(row)"}));
 }
 
 TEST(Adapter, PostsTheTruncateRecord) {
@@ -146,8 +144,7 @@ TEST(Adapter, PostsTheTruncateRecord) {
     adapter.controlStreamName = "Control";
     EXPECT_TRUE(adapter.updateTruncateStream(-7, true));
     EXPECT_EQ(toolkit.posted, (Calls{"p 0,-7,true"}));
-    EXPECT_EQ(toolkit.takeCalls("postTransactionToStream"),
-              (Calls{"postTransactionToStream(cb,rawTrans,Control)"}));
+    EXPECT_EQ(toolkit.takeCalls("postTransactionToStream"), (Calls{"postTransactionToStream(cb,rawTrans,Control)"}));
     toolkit.toRowFails = true;
     EXPECT_FALSE(adapter.updateTruncateStream(1, false));
     EXPECT_TRUE(toolkit.takeCalls("postTransactionToStream").empty());

@@ -28,13 +28,11 @@ struct FoundAdapter : Adapter {
     void putEndSync() override { called = "putEndSync"; }
     void purgePending() override { called = "purgePending"; }
     void cleanup() override { called = "cleanup"; }
-    void getStatistics(AdapterStatistics* s) override {
-        called = s == fake::handle("s") ? "getStatistics" : "?";
-    }
-    bool createTable(const char* schema, const char* table, unsigned long count, const char** names,
-                     const char** types, const bool* keys, bool flag1, bool flag2) override {
-        called = std::string(schema) + table + std::to_string(count) + names[0] + types[0] +
-                 std::to_string(keys[0]) + std::to_string(flag1) + std::to_string(flag2);
+    void getStatistics(AdapterStatistics* s) override { called = s == fake::handle("s") ? "getStatistics" : "?"; }
+    bool createTable(const char* schema, const char* table, unsigned long count, const char** names, const char** types, const bool* keys,
+                     bool flag1, bool flag2) override {
+        called = std::string(schema) + table + std::to_string(count) + names[0] + types[0] + std::to_string(keys[0]) +
+                 std::to_string(flag1) + std::to_string(flag2);
         return true;
     }
     using Adapter::discover;
@@ -127,8 +125,7 @@ TEST_F(EntryPoints, ReadTheAdaptersFields) {
     EXPECT_EQ(getLatency(handle), 9);
     EXPECT_EQ(getGDBatchSize(handle), 4);
     EXPECT_EQ(getLastProcessedRecordGDKey(handle), 5);
-    for (bool Adapter::*flag :
-         {&Adapter::cacheMode, &Adapter::gdMode, &Adapter::pspGDMode, &Adapter::outputAdapter}) {
+    for (bool Adapter::*flag : {&Adapter::cacheMode, &Adapter::gdMode, &Adapter::pspGDMode, &Adapter::outputAdapter}) {
         adapter.*flag = true;
         EXPECT_EQ(isCacheModeEnabled(handle), adapter.cacheMode);
         EXPECT_EQ(isGDModeEnabled(handle), adapter.gdMode);
@@ -160,8 +157,7 @@ TEST_F(EntryPoints, ReachTheirOperations) {
         {"purgePending", purgePending},
         {"cleanup", cleanup},
         {"putNext", [](void* a) { putNext(a, fake::handle("row")); }},
-        {"getStatistics",
-         [](void* a) { getStatistics(a, static_cast<AdapterStatistics*>(fake::handle("s"))); }},
+        {"getStatistics", [](void* a) { getStatistics(a, static_cast<AdapterStatistics*>(fake::handle("s"))); }},
         {"reset", [](void* a) { EXPECT_TRUE(reset(a)); }},
         {"canDiscover", [](void* a) { EXPECT_TRUE(canDiscover(a)); }},
         {"getNext", [](void* a) { EXPECT_EQ(getNext(a), fake::handle("row")); }},

@@ -23,8 +23,7 @@ std::string read(const std::string& text, const std::string& format) {
 }
 
 TEST(DateParsing, ListedTexts) {
-    for (const support::Case& row : support::readCases("dates.txt"))
-        EXPECT_EQ(read(row[1], row[0]), row[2]) << row.where;
+    for (const support::Case& row : support::readCases("dates.txt")) EXPECT_EQ(read(row[1], row[0]), row[2]) << row.where;
 }
 
 TEST(DateParsing, NumbersAtTheirBoundsAndOneOutside) {
@@ -34,8 +33,7 @@ TEST(DateParsing, NumbersAtTheirBoundsAndOneOutside) {
             EXPECT_EQ(read(std::to_string(number), "%" + row[0]), expected) << number;
             for (const char modifier : {'E', 'O'}) {
                 const bool allowed = row[5].find(modifier) != std::string::npos;
-                EXPECT_EQ(read(std::to_string(number), std::string("%") + modifier + row[0]),
-                          allowed ? expected : "no match");
+                EXPECT_EQ(read(std::to_string(number), std::string("%") + modifier + row[0]), allowed ? expected : "no match");
             }
         };
         for (const size_t bound : {1u, 2u}) checkNumber(row.number(bound), row[bound + 2] + "|");
@@ -76,8 +74,7 @@ TEST(CalendarSeconds, TakeFieldsAsTheyAre) {
                                            {broken(70, -1, 1), -1},
                                            {broken(70, 0, 1, 30, 70, 70), 112270},
                                            {broken(8099, 11, 31), 253402214400}};
-    for (const auto& [time, seconds] : rows)
-        EXPECT_EQ(tm2sec(&time), seconds) << time.tm_year << " " << time.tm_mon;
+    for (const auto& [time, seconds] : rows) EXPECT_EQ(tm2sec(&time), seconds) << time.tm_year << " " << time.tm_mon;
 }
 
 TEST(CalendarSeconds, AreLocalTimeBefore1970) {

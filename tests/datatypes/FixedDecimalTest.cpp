@@ -14,9 +14,7 @@ using support::decimal;
 using support::powerOfTen;
 using support::toText;
 
-bool same(const FixedDecimalValue& a, const FixedDecimalValue& b) {
-    return a.high == b.high && a.low == b.low && a.shape == b.shape;
-}
+bool same(const FixedDecimalValue& a, const FixedDecimalValue& b) { return a.high == b.high && a.low == b.low && a.shape == b.shape; }
 
 const __int128_t kMost = ~(__int128_t{1} << 127);
 const __int128_t kLeast = -kMost - 1;
@@ -27,11 +25,10 @@ TEST(DecimalTypes, ResultsOfOperations) {
         bool (*onTypes)(unsigned int&, const unsigned int&, const unsigned int&);
         bool (FixedDecimalValue::*onValues)(const FixedDecimalValue&);
     };
-    const Operation operations[] = {
-        {getFixedDecimalAdditionResultType, &FixedDecimalValue::toAdditionResultType},
-        {getFixedDecimalSubtractionResultType, &FixedDecimalValue::toSubtractionResultType},
-        {getFixedDecimalMultiplicationResultType, &FixedDecimalValue::toMultiplicationResultType},
-        {getFixedDecimalDivisionResultType, &FixedDecimalValue::toDivisionResultType}};
+    const Operation operations[] = {{getFixedDecimalAdditionResultType, &FixedDecimalValue::toAdditionResultType},
+                                    {getFixedDecimalSubtractionResultType, &FixedDecimalValue::toSubtractionResultType},
+                                    {getFixedDecimalMultiplicationResultType, &FixedDecimalValue::toMultiplicationResultType},
+                                    {getFixedDecimalDivisionResultType, &FixedDecimalValue::toDivisionResultType}};
     for (const support::Case& row : support::readCases("results.txt")) {
         const unsigned int a = stringToType(row[0]), b = stringToType(row[1]);
         for (size_t i = 0; i < 4; ++i) {
@@ -44,9 +41,7 @@ TEST(DecimalTypes, ResultsOfOperations) {
             // The same of values, which keep their number.
             FixedDecimalValue value = decimal(-7, precisionOf(a), scaleOf(a));
             FixedDecimalValue expected = value;
-            if (allowed)
-                expected = decimal(-7 * powerOfTen(scaleOf(result) - scaleOf(a)), precisionOf(result),
-                                   scaleOf(result));
+            if (allowed) expected = decimal(-7 * powerOfTen(scaleOf(result) - scaleOf(a)), precisionOf(result), scaleOf(result));
             EXPECT_EQ((value.*operations[i].onValues)(decimal(9, precisionOf(b), scaleOf(b))), allowed);
             EXPECT_TRUE(same(value, expected)) << toText(coefficientOf(value));
         }
@@ -61,8 +56,7 @@ TEST(DecimalTypes, OfOtherKinds) {
         std::string expected = "decimal(0,0)";
         if (kind == kInteger) expected = "decimal(10,0)";
         if (kind == kBoolean) expected = "decimal(1,0)";
-        for (const unsigned int wide : {2u, 4u, 8u, 26u, 27u, 29u})
-            expected = kind == wide ? "decimal(19,0)" : expected;
+        for (const unsigned int wide : {2u, 4u, 8u, 26u, 27u, 29u}) expected = kind == wide ? "decimal(19,0)" : expected;
         if (kind == kMoney) expected = "decimal(19,4)";
         if (isNumberedMoney(kind)) expected = "decimal(19," + std::to_string(kind - 10) + ")";
         unsigned int code = kind;
@@ -78,8 +72,7 @@ TEST(LongDivision, RefusesZeroAndLeavesTheRest) {
     uint64_t words[4] = {1, 2, 3, 4};
     uint16_t number[2] = {5, 6}, quotient[2] = {7, 8};
     const uint16_t zero[2] = {};
-    EXPECT_FALSE(longdivmod128(9, 9, 0, 0, words[0], words[1], words[2], words[3]) ||
-                 longdivmod(number, 2, zero, 2, quotient));
+    EXPECT_FALSE(longdivmod128(9, 9, 0, 0, words[0], words[1], words[2], words[3]) || longdivmod(number, 2, zero, 2, quotient));
     EXPECT_TRUE(words[0] == 1 && words[3] == 4 && number[0] == 5 && quotient[0] == 7);
     EXPECT_TRUE(longdivmod128(1, 1, 0, 10, words[0], words[1], words[2], words[3]));  // 2^64 + 1
     EXPECT_TRUE(words[0] == 0 && words[1] == 1844674407370955161 && words[2] == 0 && words[3] == 7);
@@ -94,8 +87,7 @@ TEST(FixedDecimal, FromWholeNumbers) {
         const int precision = row.number(0), scale = row.number(1);
         const long number = std::stol(row[2]);
         const bool taken = row[3] == "fits";
-        const FixedDecimalValue expected =
-            taken ? decimal(number * powerOfTen(scale), precision, scale) : kBefore;
+        const FixedDecimalValue expected = taken ? decimal(number * powerOfTen(scale), precision, scale) : kBefore;
         FixedDecimalValue value = kBefore;
         EXPECT_EQ(value.setDecimalValue(precision, scale, number), taken);
         EXPECT_TRUE(same(value, expected));
@@ -109,10 +101,8 @@ TEST(FixedDecimal, FromWholeNumbers) {
 TEST(FixedDecimal, PrecisionOverflowAndSign) {
     for (int precision = 0; precision <= 38; ++precision) {
         for (const int sign : {1, -1}) {
-            EXPECT_TRUE(decimal(sign * powerOfTen(precision), precision, 0).checkPrecisionOverflow())
-                << precision;
-            EXPECT_FALSE(decimal(sign * (powerOfTen(precision) - 1), precision, 0).checkPrecisionOverflow())
-                << precision;
+            EXPECT_TRUE(decimal(sign * powerOfTen(precision), precision, 0).checkPrecisionOverflow()) << precision;
+            EXPECT_FALSE(decimal(sign * (powerOfTen(precision) - 1), precision, 0).checkPrecisionOverflow()) << precision;
         }
     }
     EXPECT_TRUE(decimal(kLeast, 38, 0).checkPrecisionOverflow());
@@ -126,8 +116,7 @@ TEST(FixedDecimal, FromTextsAndDoubles) {
         SCOPED_TRACE(row.where);
         const int precision = row.number(0), scale = row.number(1);
         const bool fits = row[3] != "refused";
-        const FixedDecimalValue expected =
-            fits ? decimal(support::toNumber(row[3]), precision, scale) : kBefore;
+        const FixedDecimalValue expected = fits ? decimal(support::toNumber(row[3]), precision, scale) : kBefore;
         FixedDecimalValue value = kBefore;
         EXPECT_EQ(value.setDecimalValue(precision, scale, row.pointer(2)), fits);
         EXPECT_TRUE(same(value, expected)) << toText(coefficientOf(value));
@@ -137,8 +126,7 @@ TEST(FixedDecimal, FromTextsAndDoubles) {
         EXPECT_TRUE(same(value, expected)) << toText(coefficientOf(value));
     }
     FixedDecimalValue value = kBefore;
-    for (const double number : {double{INFINITY}, -double{INFINITY}, double{NAN}})
-        EXPECT_FALSE(value.setDecimalValue(10, 2, number));
+    for (const double number : {double{INFINITY}, -double{INFINITY}, double{NAN}}) EXPECT_FALSE(value.setDecimalValue(10, 2, number));
     EXPECT_FALSE(value.setDecimalValue(35, 0, 1.0));
     EXPECT_TRUE(same(value, kBefore));
 }

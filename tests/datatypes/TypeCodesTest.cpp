@@ -16,8 +16,8 @@ TEST(TypeCodes, EveryKindHasItsNamesWidthAndClasses) {
         EXPECT_EQ(kind < kKinds ? g_column_lengths[kind] : 0u, row.number(6));
         EXPECT_EQ(getAlignment(kind), row.number(7));
         EXPECT_EQ(getAlignmentMask(kind), row.number(7) - 1);
-        const std::string classes = std::string(numericType(kind) ? "n" : "") +
-                                    (integerType(kind) ? "i" : "") + (genericDateType(kind) ? "d" : "");
+        const std::string classes =
+            std::string(numericType(kind) ? "n" : "") + (integerType(kind) ? "i" : "") + (genericDateType(kind) ? "d" : "");
         EXPECT_EQ(classes, row[8]);
         const bool named = row[1] != "N/A";
         EXPECT_EQ(stringToType(row[1]), named ? kind : kUntyped);
@@ -34,8 +34,7 @@ TEST(TypeCodes, DecimalNamesCoverAllPairsAndNothingElse) {
             const bool real = scale <= precision;
             EXPECT_EQ(typeToString(code), real ? "decimal" + numbers : "");
             EXPECT_EQ(typeToLegacyStringUpper(code), real ? "DECIMAL" + numbers : std::string());
-            EXPECT_EQ(decimalUpper[static_cast<size_t>(precision * 35 + scale)],
-                      std::string(typeToStringUpper(code)));
+            EXPECT_EQ(decimalUpper[static_cast<size_t>(precision * 35 + scale)], std::string(typeToStringUpper(code)));
             EXPECT_EQ(stringToType("decimal" + numbers), code);
             named += real;
         }
@@ -96,8 +95,7 @@ TEST(TimeUnits, NamesMaximaAndSeconds) {
         EXPECT_EQ(getTimeUnitStr(unit), row[1]);
         EXPECT_EQ(getTimeUnitMaxStr(unit), row[4]);
         EXPECT_EQ(getTimeUnitMinStr(unit), "-" + row[4]);
-        for (size_t i = 5; i < row.fields.size(); i += 2)
-            EXPECT_EQ(getSeconds(unit, row.number(i)), row.number(i + 1));
+        for (size_t i = 5; i < row.fields.size(); i += 2) EXPECT_EQ(getSeconds(unit, row.number(i)), row.number(i + 1));
 
         const long max = getTimeUnitMax(unit);
         long micros = 0;
@@ -106,8 +104,7 @@ TEST(TimeUnits, NamesMaximaAndSeconds) {
             EXPECT_EQ(micros, count * length[unit - 2]);
         }
         if (unit == MICROSECOND) continue;
-        for (const long count : {max + 1, -max - 1, INT64_MIN})
-            EXPECT_FALSE(getMicroSeconds(unit, count, micros));
+        for (const long count : {max + 1, -max - 1, INT64_MIN}) EXPECT_FALSE(getMicroSeconds(unit, count, micros));
         EXPECT_EQ(micros, 3 * length[unit - 2]);
     }
     long micros = 7;

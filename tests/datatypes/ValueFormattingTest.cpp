@@ -102,12 +102,10 @@ TEST_F(Formatting, FloatsAsPrintfDoes) {
         setDecimalSize(digits);
         for (const double number : kFloats) {
             const double taken = std::fabs(number) < g_tolerance ? 0.0 : number;
-            EXPECT_EQ(format(kFloat, holdingFloat(number)), printed("%0.*f", static_cast<int>(digits), taken))
-                << digits;
+            EXPECT_EQ(format(kFloat, holdingFloat(number)), printed("%0.*f", static_cast<int>(digits), taken)) << digits;
         }
     }
-    for (const double number :
-         {1.0000001e80, 1e81, -1.7976931348623157e308, kInfinity, -kInfinity, kNan, -kNan}) {
+    for (const double number : {1.0000001e80, 1e81, -1.7976931348623157e308, kInfinity, -kInfinity, kNan, -kNan}) {
         EXPECT_EQ(format(kFloat, holdingFloat(number)), printed("%0.*g", 25, number));
     }
 }
@@ -141,15 +139,12 @@ TEST_F(Formatting, PackedBytesInBothOrdersIntoEverySize) {
         for (const bool swap : {false, true}) {
             unsigned char packed[24];
             const char* error = nullptr;
-            ASSERT_NE(convertFromStringAndPack(type, swap, row.pointer(1), packed, 24, error, nullptr,
-                                               nullptr, nullptr, nullptr),
-                      ~0u);
+            ASSERT_NE(convertFromStringAndPack(type, swap, row.pointer(1), packed, 24, error, nullptr, nullptr, nullptr, nullptr), ~0u);
             for (size_t size = 0; size <= row[2].size() + 40; ++size) {
                 support::GuardedBuffer buffer(size);
                 convertToString(type, swap, false, packed, buffer.text(), size);
                 EXPECT_TRUE(size == 0 || buffer.text() == row[2].substr(0, size - 1)) << row.where << size;
-                for (size_t i = row[2].size() + 1; i < size; ++i)
-                    ASSERT_EQ(buffer.data()[i], 0xa5) << "after the NUL";
+                for (size_t i = row[2].size() + 1; i < size; ++i) ASSERT_EQ(buffer.data()[i], 0xa5) << "after the NUL";
             }
         }
     }
@@ -173,8 +168,7 @@ TEST_F(Formatting, NullsAndKindsWithoutTextLeaveTheBuffer) {
         support::GuardedBuffer buffer(16);
         DataValue null, zero = holding(0);
         convertToString(type, false, true, null, buffer.text(), buffer.size());
-        convertToString(type, false, true, static_cast<unsigned char*>(nullptr), buffer.text(),
-                        buffer.size());
+        convertToString(type, false, true, static_cast<unsigned char*>(nullptr), buffer.text(), buffer.size());
         EXPECT_TRUE(buffer.untouched()) << type;
         convertToString(type, false, true, packed, buffer.text(), buffer.size());
         convertToString(type, false, true, zero, buffer.text(), buffer.size());
@@ -195,10 +189,8 @@ TEST(HexFormatting, BytesAndBounds) {
             support::GuardedBuffer buffer(size);
             error = "untouched";
             const bool fits = size > expected.size();
-            EXPECT_EQ(convertBinaryToHexString(size, bytes, length, buffer.text(), error),
-                      fits ? static_cast<int>(expected.size()) : -1);
-            EXPECT_STREQ(
-                error, fits ? "untouched" : "output buffer is too small for binary to hex-string conversion");
+            EXPECT_EQ(convertBinaryToHexString(size, bytes, length, buffer.text(), error), fits ? static_cast<int>(expected.size()) : -1);
+            EXPECT_STREQ(error, fits ? "untouched" : "output buffer is too small for binary to hex-string conversion");
             EXPECT_TRUE(fits ? buffer.text() == expected : buffer.untouched());
         }
     }

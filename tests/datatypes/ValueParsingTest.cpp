@@ -28,8 +28,7 @@ std::string show(unsigned int type, const DataValue& value) {
         case kBoolean:
             return std::to_string(value.booleanValue);
         case kDecimal:
-            return support::toText(support::coefficientOf(value.decimalValue)) + "/" +
-                   std::to_string(value.decimalValue.shape);
+            return support::toText(support::coefficientOf(value.decimalValue)) + "/" + std::to_string(value.decimalValue.shape);
         case kFloat:
             return {text, std::to_chars(text, text + sizeof text, value.floatValue).ptr};
         default:
@@ -37,10 +36,10 @@ std::string show(unsigned int type, const DataValue& value) {
     }
 }
 
-unsigned int pack(unsigned int type, bool swap, const char* text, support::GuardedBuffer& buffer,
-                  const char*& error, const Formats& formats = {}) {
-    return convertFromStringAndPack(type, swap, text, buffer.data(), buffer.size(), error, formats.date,
-                                    formats.timestamp, formats.bigdatetime, formats.time);
+unsigned int pack(unsigned int type, bool swap, const char* text, support::GuardedBuffer& buffer, const char*& error,
+                  const Formats& formats = {}) {
+    return convertFromStringAndPack(type, swap, text, buffer.data(), buffer.size(), error, formats.date, formats.timestamp,
+                                    formats.bigdatetime, formats.time);
 }
 
 // The value that a text of fixed width reads as, or "!" and the error. Both forms must agree, and a failure
@@ -50,8 +49,7 @@ std::string read(unsigned int type, const char* text, const Formats& formats = {
     value.decimalValue = {0x7777777777777777, 0x7777777777777777, 0x7777777777777777};
     const std::string before = show(kDecimal, value);
     const char* error = "untouched";
-    const bool done = convertFromString(type, text, value, error, formats.date, formats.timestamp,
-                                        formats.bigdatetime, formats.time);
+    const bool done = convertFromString(type, text, value, error, formats.date, formats.timestamp, formats.bigdatetime, formats.time);
     EXPECT_EQ(value.isNull, !done);
     support::GuardedBuffer buffer(24);
     const char* packError = "untouched";
@@ -73,9 +71,7 @@ TEST(ValueParsing, ListedTexts) {
     for (const support::Case& row : support::readCases("values.txt")) {
         const bool hasFormat = row.fields.size() == 4;
         const char* format = hasFormat ? row.pointer(2) : nullptr;
-        EXPECT_EQ(read(stringToType(row[0]), row.pointer(1), {format, format, format, format}),
-                  row.fields.back())
-            << row.where;
+        EXPECT_EQ(read(stringToType(row[0]), row.pointer(1), {format, format, format, format}), row.fields.back()) << row.where;
     }
 }
 
@@ -100,8 +96,7 @@ TEST_F(Settings, FormatsStandInForOneAnother) {
 }
 
 TEST(ValueParsing, UnknownTypes) {
-    for (const unsigned int type : {6u, 9u, 31u, 255u})
-        EXPECT_EQ(read(type, "1"), "!conversion to unknown type");
+    for (const unsigned int type : {6u, 9u, 31u, 255u}) EXPECT_EQ(read(type, "1"), "!conversion to unknown type");
 }
 
 // Every size of buffer from none to enough, in both byte orders.
@@ -124,8 +119,7 @@ TEST(ValueParsing, PackedBytes) {
             }
         }
     }
-    EXPECT_EQ(getLengthFromPackedBinary(reinterpret_cast<const unsigned char*>("\x01\x02\x03\x04")),
-              0x01020304u);
+    EXPECT_EQ(getLengthFromPackedBinary(reinterpret_cast<const unsigned char*>("\x01\x02\x03\x04")), 0x01020304u);
     EXPECT_EQ(getLengthFromPackedBinary(nullptr), 0u);
 }
 
@@ -171,8 +165,7 @@ TEST(HexText, BytesAndFaults) {
         SCOPED_TRACE(row.where);
         support::GuardedBuffer buffer(static_cast<size_t>(row.number(1)));
         const char* error = "untouched";
-        const int count = convertBinaryFromHexString(row.pointer(0), buffer.data(),
-                                                     static_cast<unsigned int>(buffer.size()), error);
+        const int count = convertBinaryFromHexString(row.pointer(0), buffer.data(), static_cast<unsigned int>(buffer.size()), error);
         EXPECT_EQ(count < 0 ? error : support::toHex(buffer.data(), static_cast<size_t>(count)), row[2]);
         EXPECT_TRUE(count < 0 ? buffer.untouched() : error == std::string("untouched"));
     }

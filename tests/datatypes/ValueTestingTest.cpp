@@ -15,8 +15,7 @@ struct IdleAdapter : Adapter {
 TEST(ValueTesting, FirstTypeThatReads) {
     IdleAdapter adapter;
     for (const support::Case& row : support::readCases("testing.txt")) {
-        const uint32_t type =
-            adapter.testValue(row.pointer(0), row.pointer(1), row.pointer(2), row.pointer(3));
+        const uint32_t type = adapter.testValue(row.pointer(0), row.pointer(1), row.pointer(2), row.pointer(3));
         EXPECT_EQ(DataTypes::typeToString(type), row[4]) << row.where;
     }
 }

@@ -203,9 +203,7 @@ JNINativeInterface_ nativeTable() {
         std::copy_n(from, length, valueOf(array)->numbers.begin() + start);
     };
     table.ExceptionOccurred = [](JNIEnv*) -> jthrowable {
-        return jvm->pending
-                   ? static_cast<jthrowable>(local(std::make_shared<Object>(Object{"Throwable", "", {}, {}})))
-                   : nullptr;
+        return jvm->pending ? static_cast<jthrowable>(local(std::make_shared<Object>(Object{"Throwable", "", {}, {}}))) : nullptr;
     };
     table.ExceptionDescribe = [](JNIEnv*) { jvm->calls.emplace_back("ExceptionDescribe"); };
     table.ExceptionClear = [](JNIEnv*) { jvm->pending = false; };
@@ -215,8 +213,7 @@ JNINativeInterface_ nativeTable() {
 JNIInvokeInterface_ invokeTable() {
     JNIInvokeInterface_ table{};
     table.AttachCurrentThread = [](JavaVM*, void** env, void* arguments) -> jint {
-        jvm->calls.emplace_back(arguments == nullptr ? "AttachCurrentThread"
-                                                     : "AttachCurrentThread with arguments");
+        jvm->calls.emplace_back(arguments == nullptr ? "AttachCurrentThread" : "AttachCurrentThread with arguments");
         if (jvm->attaches) *env = &jvm->env;
         return jvm->attaches ? JNI_OK : JNI_ERR;
     };
@@ -227,9 +224,7 @@ JNIInvokeInterface_ invokeTable() {
 
 Value string(const std::string& text) { return std::make_shared<Object>(Object{"String", text, {}, {}}); }
 
-Value array(const std::vector<Value>& elements) {
-    return std::make_shared<Object>(Object{"Array", "", elements, {}});
-}
+Value array(const std::vector<Value>& elements) { return std::make_shared<Object>(Object{"Array", "", elements, {}}); }
 
 Value array(const std::vector<std::optional<std::string>>& elements) {
     std::vector<Value> values;

@@ -64,13 +64,10 @@ char* message(const char* key, std::initializer_list<const char*> params) {
 Row& rowOf(void* row) { return *static_cast<Row*>(row); }
 const char* find(const std::optional<std::string>& value) { return value ? value->c_str() : nullptr; }
 
-std::optional<std::string> optionalText(const char* text) {
-    return text != nullptr ? std::optional<std::string>(text) : std::nullopt;
-}
+std::optional<std::string> optionalText(const char* text) { return text != nullptr ? std::optional<std::string>(text) : std::nullopt; }
 
 const Column* columnAt(int index) {
-    return index >= 0 && index < static_cast<int>(current->columns.size()) ? &current->columns[index]
-                                                                           : nullptr;
+    return index >= 0 && index < static_cast<int>(current->columns.size()) ? &current->columns[index] : nullptr;
 }
 
 }  // namespace

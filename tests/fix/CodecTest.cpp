@@ -19,8 +19,7 @@ protected:
         ASSERT_TRUE(fix.makeDictionary("4.2"));
         useColumns(columns);
         clearData(row);
-        for (size_t i = 0; i < values.size(); ++i)
-            setFieldAsStringWithIndex(row, static_cast<int>(i), values[i]);
+        for (size_t i = 0; i < values.size(); ++i) setFieldAsStringWithIndex(row, static_cast<int>(i), values[i]);
         toolkit.takeCalls();
     }
 };
@@ -102,10 +101,7 @@ TEST_F(FixCodec, RowToMessage) {
         // One digit gains one zero, and four characters stay as they are.
         {{"Text"}, {"{"}, "8=FIX.4.2|9=10|35=D|58={|10=07|", ""},
         {{"Text"}, {kTenTimes80}, std::string("8=FIX.4.2|9=19|35=D|58=") + kTenTimes80 + "|10=-107|", ""},
-        {{"Text", "Bogus"},
-         {"a", "x"},
-         "8=FIX.4.2|35=D|58=a|",
-         "Column name Bogus not found in FIX dictionary"},
+        {{"Text", "Bogus"}, {"a", "x"}, "8=FIX.4.2|35=D|58=a|", "Column name Bogus not found in FIX dictionary"},
         {{"Text", "Side"}, {"a"}, "8=FIX.4.2|35=D|58=a|", "Cannot get value of column at 1"},
     };
     for (const auto& [columns, values, message, error] : kRows) {
@@ -124,8 +120,8 @@ TEST_F(FixCodec, MessageToRow) {
     const std::string message = soh("8=FIX.4.2|35=D|55=SAP|38=7|55=IBM|");
     EXPECT_EQ(fix.messageToRow(message, "D", row), kRow);
     EXPECT_EQ(fake::show(*toolkit.row), "i IBM,null");
-    EXPECT_EQ(logs(), (Calls{"7 NewFixUtils::parseFixMessage()", "7 NewFixUtils::validateFixMessage()",
-                             "7 NewFixUtils::fixMsgToRowBuf()"}));
+    EXPECT_EQ(logs(),
+              (Calls{"7 NewFixUtils::parseFixMessage()", "7 NewFixUtils::validateFixMessage()", "7 NewFixUtils::fixMsgToRowBuf()"}));
     EXPECT_EQ(fix.messageToRow(message, "8", row), kSkipped);
     EXPECT_EQ(logs().back(), "7 NewFixUtils::validateFixMessage()");
     EXPECT_THROW(fix.messageToRow(soh("8=FIX|35=D|"), "D", row), std::out_of_range);

@@ -18,9 +18,8 @@ TEST_F(FixDictionary, TakesTheFirstPairOfWordsOfEachLine) {
                     "  55=Symbol  // instrument\n49=SenderCompID\r\n44=\xC3\xA9t\n1_a=under_score\n54=Side");
     ASSERT_TRUE(fix.makeDictionary("x"));
     expectLogs("makeDictionary", "");
-    const std::map<std::string, std::string> kNames = {
-        {"35", "MessageType"},  {"8", "BeginString"},   {"a", "b"},    {"55", "Symbol"},
-        {"49", "SenderCompID"}, {"1_a", "under_score"}, {"54", "Side"}};
+    const std::map<std::string, std::string> kNames = {{"35", "MessageType"},  {"8", "BeginString"},   {"a", "b"},    {"55", "Symbol"},
+                                                       {"49", "SenderCompID"}, {"1_a", "under_score"}, {"54", "Side"}};
     for (const char* tag : {"35", "8", "a", "55", "49", "1_a", "54", "9", "", "b", "44", "999"})
         EXPECT_EQ(nameOf(tag), kNames.contains(tag) ? kNames.at(tag) : "untouched");
 
@@ -45,9 +44,8 @@ TEST_F(FixDictionary, FailuresKeepTheNamesAndExpectTheVersion) {
     EXPECT_FALSE(fix.makeDictionary("3"));
     setenv("KEL_HOME", "", 1);
     EXPECT_FALSE(fix.makeDictionary("4"));
-    EXPECT_EQ(toolkit.errors,
-              (Calls{"Cannot open file " + file + "2.txt", "Cannot open file " + file + "dir.txt",
-                     "KEL_HOME environment variable not set", "KEL_HOME environment variable not set"}));
+    EXPECT_EQ(toolkit.errors, (Calls{"Cannot open file " + file + "2.txt", "Cannot open file " + file + "dir.txt",
+                                     "KEL_HOME environment variable not set", "KEL_HOME environment variable not set"}));
     EXPECT_EQ(nameOf("55"), "Symbol");
     EXPECT_TRUE(fix.validateFixMessage({{"8", "FIX.4"}, {"35", "D"}}, "D"));
 }

@@ -9,9 +9,8 @@ namespace {
 
 // In header order; none announces the length of a data field.
 const std::vector<std::pair<int, std::string>> kColumns = {
-    {49, "SenderCompID"}, {56, "TargetCompID"}, {34, "MsgSeqNum"}, {52, "SendingTime"},
-    {11, "ClOrdID"},      {1, "Account"},       {55, "Symbol"},    {54, "Side"},
-    {38, "OrderQty"},     {44, "Price"},        {58, "Text"},      {461, "CFICode"}};
+    {49, "SenderCompID"}, {56, "TargetCompID"}, {34, "MsgSeqNum"}, {52, "SendingTime"}, {11, "ClOrdID"}, {1, "Account"},
+    {55, "Symbol"},       {54, "Side"},         {38, "OrderQty"},  {44, "Price"},       {58, "Text"},    {461, "CFICode"}};
 
 class FixInteroperation : public FixFixture {
 protected:
@@ -38,8 +37,7 @@ TEST_F(FixInteroperation, QuickFixReadsOurs) {
     int read = 0;
     for (int round = 0; round < 3000; ++round) {
         makeFields();
-        for (size_t i = 0; i < kColumns.size(); ++i)
-            setFieldAsStringWithIndex(row, static_cast<int>(i), fields[kColumns[i].first].c_str());
+        for (size_t i = 0; i < kColumns.size(); ++i) setFieldAsStringWithIndex(row, static_cast<int>(i), fields[kColumns[i].first].c_str());
         std::string message;
         ASSERT_TRUE(fix.rowBufToFixMsg(row, message, "D"));
         fix.parseFixMessage(message, ours);

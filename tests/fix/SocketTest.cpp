@@ -35,9 +35,7 @@ private:
     sockaddr_in address_{};
 };
 
-ptrdiff_t openDescriptors() {
-    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
-}
+ptrdiff_t openDescriptors() { return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}); }
 
 class FixSocket : public FixFixture {
 protected:
@@ -53,15 +51,13 @@ protected:
     Calls twoFailures(const std::string& limit) const {
         Calls expected = {"7 NewFixUtils::openSocketSource()"};
         for (const std::string attempt : {"1", "2"}) {
-            expected.insert(expected.end(), {"7 NewFixUtils::connectToSocketSource()", refusal(),
-                                             "4 Will try again to connect in 1 seconds",
-                                             "6 Connection attempt " + attempt + " out of " + limit});
+            expected.insert(expected.end(),
+                            {"7 NewFixUtils::connectToSocketSource()", refusal(), "4 Will try again to connect in 1 seconds",
+                             "6 Connection attempt " + attempt + " out of " + limit});
         }
         return expected;
     }
-    std::string refusal() const {
-        return "4 Cannot connect to FIX host: 127.0.0.1:" + std::to_string(port.number());
-    }
+    std::string refusal() const { return "4 Cannot connect to FIX host: 127.0.0.1:" + std::to_string(port.number()); }
 };
 
 TEST_F(FixSocket, ConnectsAndCloses) {
@@ -76,8 +72,7 @@ TEST_F(FixSocket, ConnectsAndCloses) {
     EXPECT_EQ(socket, -1);
     EXPECT_EQ(::read(accepted, read, sizeof read), 0);
     close(accepted);
-    EXPECT_EQ(logs(),
-              (Calls{"7 NewFixUtils::connectToSocketSource()", "7 NewFixUtils::closeSocketConnection()"}));
+    EXPECT_EQ(logs(), (Calls{"7 NewFixUtils::connectToSocketSource()", "7 NewFixUtils::closeSocketConnection()"}));
 }
 
 TEST_F(FixSocket, AHostThatIsUnknownOrRefuses) {
@@ -108,9 +103,8 @@ TEST_F(FixSocket, AHostThatAppearsAfterTheSecondAttempt) {
     EXPECT_TRUE(open(1, 0));  // no limit
     fix.closeSocketConnection(socket);
     Calls expected = twoFailures("268435455");
-    expected.insert(expected.end(),
-                    {"7 NewFixUtils::connectToSocketSource()", "6 Connected to FIX host: 127.0.0.1",
-                     "7 NewFixUtils::closeSocketConnection()"});
+    expected.insert(expected.end(), {"7 NewFixUtils::connectToSocketSource()", "6 Connected to FIX host: 127.0.0.1",
+                                     "7 NewFixUtils::closeSocketConnection()"});
     EXPECT_EQ(logs(), expected);
 }
 

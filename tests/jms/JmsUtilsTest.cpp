@@ -53,9 +53,8 @@ TEST_F(Bridge, NeedsAJvm) {
 TEST_F(Bridge, DoesNothingBeforeInit) {
     std::string text = "old";
     void* row = newRow();
-    EXPECT_FALSE(jms.receiveTextMessage(text) || jms.receiveObjectArrayMessage("s", row, true) ||
-                 jms.receiveCustomMessage("s", row) || jms.sendTextMessage("t", row) ||
-                 jms.sendObjectArrayMessage("s", row, true) || jms.sendCustomMessage("s", row) ||
+    EXPECT_FALSE(jms.receiveTextMessage(text) || jms.receiveObjectArrayMessage("s", row, true) || jms.receiveCustomMessage("s", row) ||
+                 jms.sendTextMessage("t", row) || jms.sendObjectArrayMessage("s", row, true) || jms.sendCustomMessage("s", row) ||
                  jms.commitTransaction() || jms.disconnect() || jms.initConverter("c", "p", true));
     EXPECT_EQ(text, "old");
     EXPECT_TRUE(jvm.calls.empty() && toolkit.errors.empty());
@@ -64,8 +63,7 @@ TEST_F(Bridge, DoesNothingBeforeInit) {
 TEST_F(Bridge, ConnectsWithoutASchema) {
     ASSERT_TRUE(init());
     EXPECT_EQ(jvm.takeCalls(),
-              (Calls{"AttachCurrentThread", "<init>(CF,QUEUE,Q,true,null,null,null,ctx,url,id,sub)",
-                     "connectForInput(false)"}));
+              (Calls{"AttachCurrentThread", "<init>(CF,QUEUE,Q,true,null,null,null,ctx,url,id,sub)", "connectForInput(false)"}));
     EXPECT_EQ(jvm.leftOver(1), "");
     ASSERT_TRUE(init(false));  // the connector of before is given up
     EXPECT_EQ(jvm.takeCalls().back(), "connectForOutput()");
@@ -102,8 +100,7 @@ TEST_F(Bridge, HandsInTheColumns) {
                                   "GetMethodID(receiveCustomMessage)",
                                   "GetMethodID(commitTransaction)"}));
     EXPECT_EQ(jvm.takeCalls(),
-              (Calls{"AttachCurrentThread",
-                     "<init>(CF,QUEUE,Q,true,[5 30 1],[Symbol Price Op],[null px null],ctx,url,id,sub)",
+              (Calls{"AttachCurrentThread", "<init>(CF,QUEUE,Q,true,[5 30 1],[Symbol Price Op],[null px null],ctx,url,id,sub)",
                      "connectForInput(true)"}));
     EXPECT_EQ(jvm.leftOver(1), "");
     toolkit.columns.clear();
@@ -252,9 +249,7 @@ TEST_F(Bridge, ReceivesText) {
     const Row kRows[] = {
         {{fake::string("Trades,i,IBM"), JNI_TRUE, false}, true, "Trades,i,IBM"},
         {{fake::string(""), JNI_TRUE, false}, true, ""},
-        {{fake::string("\xED\xA0\xBD\xED\xB8\x80\xC0\x80"), JNI_TRUE, false},
-         true,
-         "\xED\xA0\xBD\xED\xB8\x80\xC0\x80"},
+        {{fake::string("\xED\xA0\xBD\xED\xB8\x80\xC0\x80"), JNI_TRUE, false}, true, "\xED\xA0\xBD\xED\xB8\x80\xC0\x80"},
         {{nullptr, JNI_TRUE, false}, false, "old"},
         {{nullptr, JNI_TRUE, true}, false, "old"},
     };
@@ -303,24 +298,20 @@ TEST_F(Bridge, LaysArraysIntoTheRow) {
         const char* method = expected.kind == kCustom ? "receiveCustomMessage" : "receiveObjectArrayMessage";
         jvm.answer(method, {fake::array(expected.message), JNI_TRUE, false});
         jvm.takeCalls();
-        EXPECT_EQ(expected.kind == kCustom
-                      ? jms.receiveCustomMessage("Trades", row)
-                      : jms.receiveObjectArrayMessage("Trades", row, expected.kind == kPrefixed),
+        EXPECT_EQ(expected.kind == kCustom ? jms.receiveCustomMessage("Trades", row)
+                                           : jms.receiveObjectArrayMessage("Trades", row, expected.kind == kPrefixed),
                   expected.received);
         EXPECT_EQ(fake::show(*toolkit.row), expected.row);
-        EXPECT_EQ(jvm.takeCalls(),
-                  (Calls{expected.kind == kCustom     ? "receiveCustomMessage()"
-                         : expected.kind == kPrefixed ? "receiveObjectArrayMessage(true)"
-                                                      : "receiveObjectArrayMessage(false)"}));
+        EXPECT_EQ(jvm.takeCalls(), (Calls{expected.kind == kCustom     ? "receiveCustomMessage()"
+                                          : expected.kind == kPrefixed ? "receiveObjectArrayMessage(true)"
+                                                                       : "receiveObjectArrayMessage(false)"}));
         EXPECT_EQ(jvm.leftOver(1), "");
     }
     EXPECT_TRUE(jvm.lookUps.empty());  // this is the hot path
-    for (const fake::Answer& failure :
-         {fake::Answer{nullptr, JNI_TRUE, false}, fake::Answer{nullptr, JNI_TRUE, true}}) {
+    for (const fake::Answer& failure : {fake::Answer{nullptr, JNI_TRUE, false}, fake::Answer{nullptr, JNI_TRUE, true}}) {
         jvm.answer("receiveObjectArrayMessage", failure);
         jvm.answer("receiveCustomMessage", failure);
-        EXPECT_FALSE(jms.receiveObjectArrayMessage("Trades", row, true) ||
-                     jms.receiveCustomMessage("Trades", row));
+        EXPECT_FALSE(jms.receiveObjectArrayMessage("Trades", row, true) || jms.receiveCustomMessage("Trades", row));
         EXPECT_EQ(jvm.leftOver(1), "");
     }
 }
@@ -337,15 +328,12 @@ TEST_F(Bridge, SendsTheRow) {
     EXPECT_TRUE(jms.sendObjectArrayMessage("Trades", row, true));
     EXPECT_TRUE(jms.sendObjectArrayMessage("Trades", row, false));
     EXPECT_TRUE(jms.sendCustomMessage("Trades", row));
-    EXPECT_EQ(jvm.takeCalls(), (Calls{"sendTextMessage(body,[IBM null 25.5])",
-                                      "sendObjectArrayMessage([Trades u IBM null 25.5],true)",
-                                      "sendObjectArrayMessage([IBM null 25.5],false)",
-                                      "sendCustomMessage([Trades u IBM null 25.5])"}));
+    EXPECT_EQ(jvm.takeCalls(), (Calls{"sendTextMessage(body,[IBM null 25.5])", "sendObjectArrayMessage([Trades u IBM null 25.5],true)",
+                                      "sendObjectArrayMessage([IBM null 25.5],false)", "sendCustomMessage([Trades u IBM null 25.5])"}));
     for (const char* method : {"sendTextMessage", "sendObjectArrayMessage", "sendCustomMessage"}) {
         jvm.answer(method, {nullptr, 2, false});
     }
-    EXPECT_FALSE(jms.sendTextMessage("", row) || jms.sendObjectArrayMessage("", row, false) ||
-                 jms.sendCustomMessage("", row));
+    EXPECT_FALSE(jms.sendTextMessage("", row) || jms.sendObjectArrayMessage("", row, false) || jms.sendCustomMessage("", row));
     EXPECT_EQ(jvm.leftOver(1), "");
 }
 

@@ -9,8 +9,7 @@ using namespace MORVEX::Kel;
 using Strings = std::vector<std::string>;
 
 TEST(StringUtils, SplitsAtTheFirstDelimiter) {
-    const Strings kRows[] = {
-        {"a=b=c", "a", "b=c"}, {"abc", "abc", ""}, {"=x", "", "x"}, {"x=", "x", ""}, {"", "", ""}};
+    const Strings kRows[] = {{"a=b=c", "a", "b=c"}, {"abc", "abc", ""}, {"=x", "", "x"}, {"x=", "x", ""}, {"", "", ""}};
     for (const Strings& row : kRows) {
         std::string source = row[0];
         std::string first = "old";
@@ -26,8 +25,7 @@ TEST(StringUtils, SplitsAtTheFirstDelimiter) {
 
 TEST(StringUtils, SplitsIntoAllFieldsBehindThoseThatAreThere) {
     const std::pair<std::string, Strings> kRows[] = {
-        {"a,,b,", {"a", "", "b", ""}},           {"", {""}}, {"abc", {"abc"}}, {",", {"", ""}},
-        {std::string("a,b\0,c", 6), {"a", "b"}},
+        {"a,,b,", {"a", "", "b", ""}}, {"", {""}}, {"abc", {"abc"}}, {",", {"", ""}}, {std::string("a,b\0,c", 6), {"a", "b"}},
     };
     for (const auto& [text, expected] : kRows) {
         std::string source = text;
@@ -39,8 +37,7 @@ TEST(StringUtils, SplitsIntoAllFieldsBehindThoseThatAreThere) {
 }
 
 TEST(StringUtils, Joins) {
-    const std::pair<Strings, const char*> kRows[] = {
-        {{"a", "", "b"}, "a,,b"}, {{}, ""}, {{"x"}, "x"}, {{"", ""}, ","}};
+    const std::pair<Strings, const char*> kRows[] = {{{"a", "", "b"}, "a,,b"}, {{}, ""}, {{"x"}, "x"}, {{"", ""}, ","}};
     for (auto [elements, expected] : kRows) {
         std::string joined = "old";
         joinString(elements, ',', joined);
@@ -91,8 +88,8 @@ TEST(StringUtils, MatchesExtendedExpressionsAnywhere) {
         std::string pattern, subject;
         bool matches;
     };
-    for (Row row : {Row{"b+", "abbbc", true}, Row{"^b", "abc", false}, Row{"(", "(", false},
-                    Row{"B", "b", false}, Row{"^(a|b)$", "b", true}, Row{"", "x", true}}) {
+    for (Row row : {Row{"b+", "abbbc", true}, Row{"^b", "abc", false}, Row{"(", "(", false}, Row{"B", "b", false},
+                    Row{"^(a|b)$", "b", true}, Row{"", "x", true}}) {
         EXPECT_EQ(regexMatch(row.pattern, row.subject), row.matches) << row.pattern;
     }
 }
