@@ -15,7 +15,7 @@
 namespace fake {
 
 struct Object {
-    std::string type;  // "String", "Array", "int[]", or a class's name
+    std::string type;  // "String", "Array", or a class's name
     std::string text;
     std::vector<std::shared_ptr<Object>> elements;
     std::vector<int> numbers;
