@@ -55,18 +55,15 @@ tm broken(int year, int month, int day, int hour = 0, int minute = 0, int second
 }
 
 TEST(CalendarSeconds, AgreeWithTimegmFrom1970On) {
-    for (int year = 70; year < 600; ++year) {
-        for (int month = 0; month < 12; ++month) {
-            tm time = broken(year, month, 29, 23, 59, 58);
-            const int64_t seconds = tm2sec(&time);
-            EXPECT_EQ(seconds, timegm(&time)) << year << " " << month;
-        }
+    for (int month = 70 * 12; month < 600 * 12; ++month) {
+        tm time = broken(month / 12, month % 12, 29, 23, 59, 58);
+        const int64_t seconds = tm2sec(&time);
+        EXPECT_EQ(seconds, timegm(&time)) << month;
     }
 }
 
 TEST(CalendarSeconds, TakeFieldsAsTheyAre) {
     const std::pair<tm, int64_t> rows[] = {{broken(70, 0, 1), 0},
-                                           {broken(121, 0, 1), 1609459200},
                                            {broken(120, 1, 30), 1583020800},  // 30 February
                                            {broken(70, 0, 1, 0, 0, -1), -1},
                                            {broken(70, 0, -5), -1},

@@ -1,16 +1,8 @@
 // The type that an adapter finds for a text.
-#include "adapter/Adapter.h"
 #include "tests/datatypes/Support.h"
+#include "tests/fix/IdleAdapter.h"
 
 namespace {
-
-struct IdleAdapter : Adapter {
-    void* getNext() override { return nullptr; }
-    void putNext(void*) override {}
-    void stop() override {}
-    bool reset() override { return true; }
-    bool canDiscover() override { return false; }
-};
 
 TEST(ValueTesting, FirstTypeThatReads) {
     IdleAdapter adapter;
