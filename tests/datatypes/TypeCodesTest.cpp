@@ -26,7 +26,6 @@ TEST(TypeCodes, EveryKindHasItsNamesWidthAndClasses) {
 }
 
 TEST(TypeCodes, DecimalNamesCoverAllPairsAndNothingElse) {
-    int named = 0;
     for (int precision = 0; precision <= 34; ++precision) {
         for (int scale = 0; scale <= 34; ++scale) {
             const unsigned int code = createFixedDecimal(precision, scale);
@@ -36,10 +35,8 @@ TEST(TypeCodes, DecimalNamesCoverAllPairsAndNothingElse) {
             EXPECT_EQ(typeToLegacyStringUpper(code), real ? "DECIMAL" + numbers : std::string());
             EXPECT_EQ(decimalUpper[static_cast<size_t>(precision * 35 + scale)], std::string(typeToStringUpper(code)));
             EXPECT_EQ(stringToType("decimal" + numbers), code);
-            named += real;
         }
     }
-    EXPECT_EQ(named, 630);
     EXPECT_EQ(typeToString(createFixedDecimal(35, 0)), "");
     EXPECT_STREQ(typeToStringUpper(createFixedDecimal(40, 35)), "");
 }
