@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 #include <functional>
+#include <memory>
 
 #include "jmsin/JmsInAdapter.h"
 #include "tests/doubles/FakeJvm.h"
@@ -170,9 +171,8 @@ TEST_F(EntryPoints, AnswerFalseForEveryCapability) {
     for (const char* name : {"ADAPTER_CAPS_SUPPORTS_KEYS", "unknown", static_cast<const char*>(nullptr)}) {
         char** values = nullptr;
         ASSERT_EQ(getCapability(handle, name, &values), 1);
-        EXPECT_STREQ(values[0], "false");
-        delete[] values[0];
-        delete[] values;
+        const std::unique_ptr<char*[]> owner(values);  // both are of array new
+        EXPECT_STREQ(std::unique_ptr<char[]>(values[0]).get(), "false");
     }
 }
 

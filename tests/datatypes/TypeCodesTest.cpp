@@ -19,6 +19,9 @@ TEST(TypeCodes, EveryKindHasItsNamesWidthAndClasses) {
         const std::string classes =
             std::string(numericType(kind) ? "n" : "") + (integerType(kind) ? "i" : "") + (genericDateType(kind) ? "d" : "");
         EXPECT_EQ(classes, row[8]);
+        unsigned int holder = kind;
+        maximizeTypeToFixedDecimal(holder);
+        EXPECT_EQ(typeToString(holder), row[9]);
         const bool named = row[1] != "N/A";
         EXPECT_EQ(stringToType(row[1]), named ? kind : kUntyped);
         EXPECT_EQ(stringToType(row[3]), named ? kind : kUntyped);

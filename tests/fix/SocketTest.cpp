@@ -76,21 +76,16 @@ TEST_F(FixSocket, ConnectsAndCloses) {
 
 TEST_F(FixSocket, AHostThatIsUnknownOrRefuses) {
     EXPECT_FALSE(open(1, 0, "no-such-host.invalid"));
-    EXPECT_EQ(toolkit.errors, (Calls{"Unknown FIX host: no-such-host.invalid"}));
     EXPECT_TRUE(logs().empty());
-    toolkit.errors.clear();
-
     const auto before = openDescriptors();
     EXPECT_FALSE(open(0, 5));
     EXPECT_EQ(socket, -1);
     EXPECT_EQ(logs(), (Calls{kConnect, refusal}));
-    EXPECT_TRUE(toolkit.errors.empty());
-
     const auto start = Clock::now();
     EXPECT_FALSE(open(1, 2));
     EXPECT_GE(Clock::now() - start, 2s);
     EXPECT_EQ(logs(), twoFailures("2"));
-    EXPECT_EQ(toolkit.errors, (Calls{"Cannot connect to FIX host"}));
+    EXPECT_EQ(toolkit.errors, (Calls{"Unknown FIX host: no-such-host.invalid", "Cannot connect to FIX host"}));  // none without an interval
     EXPECT_EQ(openDescriptors(), before);
 }
 
