@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <functional>
+#include <memory>
 
 #include "jmsin/JmsInAdapter.h"
 #include "tests/doubles/FakeJvm.h"
@@ -28,21 +30,16 @@ struct FoundAdapter : Adapter {
     void putEndSync() override { called = "putEndSync"; }
     void purgePending() override { called = "purgePending"; }
     void cleanup() override { called = "cleanup"; }
-    void getStatistics(AdapterStatistics* s) override {
-        called = s == fake::handle("s") ? "getStatistics" : "?";
-    }
-    bool createTable(const char* schema, const char* table, unsigned long count, const char** names,
-                     const char** types, const bool* keys, bool flag1, bool flag2) override {
-        called = std::string(schema) + table + std::to_string(count) + names[0] + types[0] +
-                 std::to_string(keys[0]) + std::to_string(flag1) + std::to_string(flag2);
+    void getStatistics(AdapterStatistics* s) override { called = s == fake::handle("s") ? "getStatistics" : "?"; }
+    bool createTable(const char* schema, const char* table, unsigned long count, const char** names, const char** types, const bool* keys,
+                     bool flag1, bool flag2) override {
+        called = std::string(schema) + table + std::to_string(count) + names[0] + types[0] + std::to_string(keys[0]) +
+                 std::to_string(flag1) + std::to_string(flag2);
         return true;
     }
     using Adapter::discover;
     using Adapter::discoverTables;
-    bool discover(std::string table) override {
-        asked = table;
-        return found;
-    }
+    bool discover(std::string table) override { return asked = table, found; }
     bool discoverTables() override { return found; }
 };
 
@@ -52,7 +49,10 @@ protected:
     FoundAdapter adapter;
     void* handle = static_cast<Adapter*>(&adapter);
 
-    static Strings takeArray(char** values, int count) {
+    // What an entry point hands out, which is released, behind what it answers.
+    static Strings taken(const std::function<int(char***)>& use) {
+        char** values = nullptr;
+        const int count = use(&values);
         Strings texts;
         for (int i = 0; i < count; ++i) {
             texts.emplace_back(values[i]);
@@ -70,27 +70,18 @@ TEST_F(EntryPoints, HandOutTheDiscoveryResults) {
     adapter.fieldTypes = {"integer", "string"};
     adapter.fieldKeys = {true, false};
     adapter.sampleRows = {{"1", "x"}, {}};
-    char** values = nullptr;
-    int count = getSchemaNames(handle, &values);
-    EXPECT_EQ(takeArray(values, count), adapter.schemaNames);
-    count = getTableNames(handle, &values, nullptr);
-    EXPECT_EQ(takeArray(values, count), adapter.tableNames);
-    count = getTableNames(handle, &values, "schema");
-    EXPECT_EQ(takeArray(values, count), adapter.tableNames);
-    count = getFieldNames(handle, &values, "table", nullptr);
-    EXPECT_EQ(takeArray(values, count), adapter.fieldNames);
+    EXPECT_EQ(taken([this](char*** v) { return getSchemaNames(handle, v); }), adapter.schemaNames);
+    for (const char* schema : {static_cast<const char*>(nullptr), "schema"})
+        EXPECT_EQ(taken([&](char*** v) { return getTableNames(handle, v, schema); }), adapter.tableNames);
+    EXPECT_EQ(taken([this](char*** v) { return getFieldNames(handle, v, "table", nullptr); }), adapter.fieldNames);
     EXPECT_EQ(adapter.asked, "table");
-    count = getFieldTypes(handle, &values, nullptr, nullptr);
-    EXPECT_EQ(takeArray(values, count), adapter.fieldTypes);
+    EXPECT_EQ(taken([this](char*** v) { return getFieldTypes(handle, v, nullptr, nullptr); }), adapter.fieldTypes);
     EXPECT_EQ(adapter.asked, "");
-    count = getSampleRow(handle, &values, "t", nullptr, 0);
-    EXPECT_EQ(takeArray(values, count), adapter.sampleRows[0]);
-    count = getSampleRow(handle, &values, "t", nullptr, 1);
-    EXPECT_EQ(takeArray(values, count), Strings{});
+    for (const int row : {0, 1})
+        EXPECT_EQ(taken([&](char*** v) { return getSampleRow(handle, v, "t", nullptr, row); }), adapter.sampleRows[row]);
     bool* flags = nullptr;
     ASSERT_EQ(getFieldKeys(handle, &flags, "t", nullptr), 2);
-    EXPECT_TRUE(flags[0]);
-    EXPECT_FALSE(flags[1]);
+    EXPECT_TRUE(flags[0] && !flags[1]);
     free(flags);
 }
 
@@ -101,12 +92,10 @@ TEST_F(EntryPoints, LeaveTheOutParameterAloneWhenThereIsNothingToHandOut) {
     bool* flags = &flag;
     EXPECT_EQ(getSampleRow(handle, &values, "t", nullptr, 0), 0);
     adapter.found = false;
-    EXPECT_EQ(getSchemaNames(handle, &values), -1);
-    EXPECT_EQ(getTableNames(handle, &values, nullptr), -1);
-    EXPECT_EQ(getFieldNames(handle, &values, "t", nullptr), -1);
-    EXPECT_EQ(getFieldTypes(handle, &values, "t", nullptr), -1);
-    EXPECT_EQ(getFieldKeys(handle, &flags, "t", nullptr), -1);
-    EXPECT_EQ(getSampleRow(handle, &values, "t", nullptr, 0), -1);
+    EXPECT_EQ((std::vector{getSchemaNames(handle, &values), getTableNames(handle, &values, nullptr),
+                           getFieldNames(handle, &values, "t", nullptr), getFieldTypes(handle, &values, "t", nullptr),
+                           getFieldKeys(handle, &flags, "t", nullptr), getSampleRow(handle, &values, "t", nullptr, 0)}),
+              std::vector(6, -1));
     adapter.found = true;  // the form with a schema is the base's, which refuses
     EXPECT_EQ(getFieldNames(handle, &values, "t", "schema"), -1);
     EXPECT_EQ(values, &untouched);
@@ -114,28 +103,25 @@ TEST_F(EntryPoints, LeaveTheOutParameterAloneWhenThereIsNothingToHandOut) {
 }
 
 TEST_F(EntryPoints, ReadTheAdaptersFields) {
-    adapter.totalRows = 3;
-    adapter.goodRows = 2;
-    adapter.badRows = 1;
-    adapter.latency = 9;
-    adapter.gdBatchSize = 4;
-    adapter.lastProcessedGDKey = 5;
-    adapter.gdKeyColumnName = "Key";
-    EXPECT_EQ(getTotalRowsProcessed(handle), 3);
-    EXPECT_EQ(getNumberOfGoodRows(handle), 2);
-    EXPECT_EQ(getNumberOfBadRows(handle), 1);
-    EXPECT_EQ(getLatency(handle), 9);
-    EXPECT_EQ(getGDBatchSize(handle), 4);
-    EXPECT_EQ(getLastProcessedRecordGDKey(handle), 5);
-    for (bool Adapter::*flag :
-         {&Adapter::cacheMode, &Adapter::gdMode, &Adapter::pspGDMode, &Adapter::outputAdapter}) {
-        adapter.*flag = true;
-        EXPECT_EQ(isCacheModeEnabled(handle), adapter.cacheMode);
-        EXPECT_EQ(isGDModeEnabled(handle), adapter.gdMode);
-        EXPECT_EQ(isPSPGDModeEnabled(handle), adapter.pspGDMode);
-        EXPECT_EQ(isOutBase(handle), adapter.outputAdapter);
-        adapter.*flag = false;
+    using Number = std::pair<int64_t Adapter::*, int64_t (*)(void*)>;
+    using Flag = std::pair<bool Adapter::*, bool (*)(void*)>;
+    for (const auto& [field, read] : {Number(&Adapter::totalRows, getTotalRowsProcessed), Number(&Adapter::goodRows, getNumberOfGoodRows),
+                                      Number(&Adapter::badRows, getNumberOfBadRows), Number(&Adapter::latency, getLatency),
+                                      Number(&Adapter::lastProcessedGDKey, getLastProcessedRecordGDKey)}) {
+        adapter.*field = 1LL << 40;
+        EXPECT_EQ(read(handle), 1LL << 40);
+        adapter.*field = 0;
     }
+    for (const auto& [field, read] : {Flag(&Adapter::cacheMode, isCacheModeEnabled), Flag(&Adapter::gdMode, isGDModeEnabled),
+                                      Flag(&Adapter::pspGDMode, isPSPGDModeEnabled), Flag(&Adapter::outputAdapter, isOutBase)}) {
+        EXPECT_FALSE(read(handle));
+        adapter.*field = true;
+        EXPECT_TRUE(read(handle));
+        adapter.*field = false;
+    }
+    adapter.gdBatchSize = 4;
+    EXPECT_EQ(getGDBatchSize(handle), 4);
+    adapter.gdKeyColumnName = "Key";
     char* name = nullptr;
     getGDKeyColumnName(handle, &name);
     EXPECT_STREQ(name, "Key");
@@ -143,12 +129,11 @@ TEST_F(EntryPoints, ReadTheAdaptersFields) {
     stopRequested(handle);
     setDiscovery(handle);
     EXPECT_TRUE(adapter.stopRequestedFlag && adapter.discoveryMode);
-    setCallBackReference(handle, fake::handle("cb"));
-    setConnectionRowType(handle, fake::handle("type"));
-    setConnectionParams(handle, fake::handle("params"));
-    EXPECT_EQ(adapter.callbackReference, fake::handle("cb"));
-    EXPECT_EQ(adapter.connectionRowType, fake::handle("type"));
-    EXPECT_EQ(adapter.connectionParams, fake::handle("params"));
+    void* given[] = {fake::handle("cb"), fake::handle("type"), fake::handle("params")};
+    setCallBackReference(handle, given[0]);
+    setConnectionRowType(handle, given[1]);
+    setConnectionParams(handle, given[2]);
+    EXPECT_TRUE(adapter.callbackReference == given[0] && adapter.connectionRowType == given[1] && adapter.connectionParams == given[2]);
 }
 
 TEST_F(EntryPoints, ReachTheirOperations) {
@@ -160,8 +145,7 @@ TEST_F(EntryPoints, ReachTheirOperations) {
         {"purgePending", purgePending},
         {"cleanup", cleanup},
         {"putNext", [](void* a) { putNext(a, fake::handle("row")); }},
-        {"getStatistics",
-         [](void* a) { getStatistics(a, static_cast<AdapterStatistics*>(fake::handle("s"))); }},
+        {"getStatistics", [](void* a) { getStatistics(a, static_cast<AdapterStatistics*>(fake::handle("s"))); }},
         {"reset", [](void* a) { EXPECT_TRUE(reset(a)); }},
         {"canDiscover", [](void* a) { EXPECT_TRUE(canDiscover(a)); }},
         {"getNext", [](void* a) { EXPECT_EQ(getNext(a), fake::handle("row")); }},
@@ -187,9 +171,8 @@ TEST_F(EntryPoints, AnswerFalseForEveryCapability) {
     for (const char* name : {"ADAPTER_CAPS_SUPPORTS_KEYS", "unknown", static_cast<const char*>(nullptr)}) {
         char** values = nullptr;
         ASSERT_EQ(getCapability(handle, name, &values), 1);
-        EXPECT_STREQ(values[0], "false");
-        delete[] values[0];
-        delete[] values;
+        const std::unique_ptr<char*[]> owner(values);  // both are of array new
+        EXPECT_STREQ(std::unique_ptr<char[]>(values[0]).get(), "false");
     }
 }
 

@@ -4,16 +4,9 @@
 
 #include "adapter/Adapter.h"
 #include "tests/doubles/FakeToolkit.h"
+#include "tests/fix/IdleAdapter.h"
 
 namespace {
-
-struct PlainAdapter : Adapter {
-    void* getNext() override { return nullptr; }
-    void putNext(void*) override {}
-    void stop() override {}
-    bool reset() override { return true; }
-    bool canDiscover() override { return false; }
-};
 
 void* h(const char* name) { return fake::handle(name); }
 
@@ -168,7 +161,7 @@ TEST(Forwarding, EachMemberIsOneToolkitCall) {
         toolkit.params = {{"n", "7"}};
         toolkit.errors = {"an error"};
         toolkit.controlRows = {h("raw")};
-        PlainAdapter adapter;
+        IdleAdapter adapter;
         adapter.callbackReference = h("cb");
         EXPECT_EQ(forward.use(adapter), forward.answer);
         EXPECT_EQ(toolkit.takeCalls(), std::vector<std::string>{forward.call});

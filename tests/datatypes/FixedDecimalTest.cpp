@@ -2,7 +2,6 @@
 #include "datatypes/FixedDecimal.h"
 
 #include <cmath>
-#include <limits>
 
 #include "tests/datatypes/Support.h"
 
@@ -14,24 +13,32 @@ using support::decimal;
 using support::powerOfTen;
 using support::toText;
 
-bool same(const FixedDecimalValue& a, const FixedDecimalValue& b) {
-    return a.high == b.high && a.low == b.low && a.shape == b.shape;
-}
-
 const __int128_t kMost = ~(__int128_t{1} << 127);
 const __int128_t kLeast = -kMost - 1;
 const FixedDecimalValue kBefore = decimal(-77, 9, 1);  // what a refusal must leave
+
+void expectSame(const FixedDecimalValue& a, const FixedDecimalValue& b) {
+    EXPECT_TRUE(a.high == b.high && a.low == b.low && a.shape == b.shape)
+        << toText(coefficientOf(a)) << "/" << a.shape << " for " << toText(coefficientOf(b)) << "/" << b.shape;
+}
+
+// What setting gives: the value, or as before when it refuses.
+template <typename Number>
+void expectSet(int precision, int scale, Number number, bool taken, const FixedDecimalValue& expected) {
+    FixedDecimalValue value = kBefore;
+    EXPECT_EQ(value.setDecimalValue(precision, scale, number), taken);
+    expectSame(value, taken ? expected : kBefore);
+}
 
 TEST(DecimalTypes, ResultsOfOperations) {
     struct Operation {
         bool (*onTypes)(unsigned int&, const unsigned int&, const unsigned int&);
         bool (FixedDecimalValue::*onValues)(const FixedDecimalValue&);
     };
-    const Operation operations[] = {
-        {getFixedDecimalAdditionResultType, &FixedDecimalValue::toAdditionResultType},
-        {getFixedDecimalSubtractionResultType, &FixedDecimalValue::toSubtractionResultType},
-        {getFixedDecimalMultiplicationResultType, &FixedDecimalValue::toMultiplicationResultType},
-        {getFixedDecimalDivisionResultType, &FixedDecimalValue::toDivisionResultType}};
+    const Operation operations[] = {{getFixedDecimalAdditionResultType, &FixedDecimalValue::toAdditionResultType},
+                                    {getFixedDecimalSubtractionResultType, &FixedDecimalValue::toSubtractionResultType},
+                                    {getFixedDecimalMultiplicationResultType, &FixedDecimalValue::toMultiplicationResultType},
+                                    {getFixedDecimalDivisionResultType, &FixedDecimalValue::toDivisionResultType}};
     for (const support::Case& row : support::readCases("results.txt")) {
         const unsigned int a = stringToType(row[0]), b = stringToType(row[1]);
         for (size_t i = 0; i < 4; ++i) {
@@ -42,44 +49,25 @@ TEST(DecimalTypes, ResultsOfOperations) {
             EXPECT_EQ(operations[i].onTypes(result, a, b), allowed);
             EXPECT_EQ(result, allowed ? stringToType(name) : 77);
             // The same of values, which keep their number.
-            FixedDecimalValue value = decimal(-7, precisionOf(a), scaleOf(a));
-            FixedDecimalValue expected = value;
-            if (allowed)
-                expected = decimal(-7 * powerOfTen(scaleOf(result) - scaleOf(a)), precisionOf(result),
-                                   scaleOf(result));
+            FixedDecimalValue value = decimal(-7, precisionOf(a), scaleOf(a)), expected = value;
+            if (allowed) expected = decimal(-7 * powerOfTen(scaleOf(result) - scaleOf(a)), precisionOf(result), scaleOf(result));
             EXPECT_EQ((value.*operations[i].onValues)(decimal(9, precisionOf(b), scaleOf(b))), allowed);
-            EXPECT_TRUE(same(value, expected)) << toText(coefficientOf(value));
+            expectSame(value, expected);
         }
-    }
-    FixedDecimalValue large = decimal(kMost / 10, 10, 1);
-    EXPECT_FALSE(large.toAdditionResultType(decimal(0, 10, 3)));
-    EXPECT_TRUE(same(large, decimal(kMost / 10, 10, 1)));
-}
-
-TEST(DecimalTypes, OfOtherKinds) {
-    for (unsigned int kind = 0; kind <= 32; ++kind) {
-        std::string expected = "decimal(0,0)";
-        if (kind == kInteger) expected = "decimal(10,0)";
-        if (kind == kBoolean) expected = "decimal(1,0)";
-        for (const unsigned int wide : {2u, 4u, 8u, 26u, 27u, 29u})
-            expected = kind == wide ? "decimal(19,0)" : expected;
-        if (kind == kMoney) expected = "decimal(19,4)";
-        if (isNumberedMoney(kind)) expected = "decimal(19," + std::to_string(kind - 10) + ")";
-        unsigned int code = kind;
-        maximizeTypeToFixedDecimal(code);
-        EXPECT_EQ(typeToString(code), expected) << kind;
     }
     unsigned int code = createFixedDecimal(10, 2);
     maximizeTypeToFixedDecimal(code);
     EXPECT_EQ(code, 30u);
+    FixedDecimalValue large = decimal(kMost / 10, 10, 1);
+    EXPECT_FALSE(large.toAdditionResultType(decimal(0, 10, 3)));
+    expectSame(large, decimal(kMost / 10, 10, 1));
 }
 
 TEST(LongDivision, RefusesZeroAndLeavesTheRest) {
     uint64_t words[4] = {1, 2, 3, 4};
     uint16_t number[2] = {5, 6}, quotient[2] = {7, 8};
     const uint16_t zero[2] = {};
-    EXPECT_FALSE(longdivmod128(9, 9, 0, 0, words[0], words[1], words[2], words[3]) ||
-                 longdivmod(number, 2, zero, 2, quotient));
+    EXPECT_FALSE(longdivmod128(9, 9, 0, 0, words[0], words[1], words[2], words[3]) || longdivmod(number, 2, zero, 2, quotient));
     EXPECT_TRUE(words[0] == 1 && words[3] == 4 && number[0] == 5 && quotient[0] == 7);
     EXPECT_TRUE(longdivmod128(1, 1, 0, 10, words[0], words[1], words[2], words[3]));  // 2^64 + 1
     EXPECT_TRUE(words[0] == 0 && words[1] == 1844674407370955161 && words[2] == 0 && words[3] == 7);
@@ -94,26 +82,18 @@ TEST(FixedDecimal, FromWholeNumbers) {
         const int precision = row.number(0), scale = row.number(1);
         const long number = std::stol(row[2]);
         const bool taken = row[3] == "fits";
-        const FixedDecimalValue expected =
-            taken ? decimal(number * powerOfTen(scale), precision, scale) : kBefore;
-        FixedDecimalValue value = kBefore;
-        EXPECT_EQ(value.setDecimalValue(precision, scale, number), taken);
-        EXPECT_TRUE(same(value, expected));
-        if (number != static_cast<int>(number)) continue;
-        value = kBefore;
-        EXPECT_EQ(value.setDecimalValue(precision, scale, static_cast<int>(number)), taken);
-        EXPECT_TRUE(same(value, expected));
+        const FixedDecimalValue expected = taken ? decimal(number * powerOfTen(scale), precision, scale) : kBefore;
+        expectSet(precision, scale, number, taken, expected);
+        if (number == static_cast<int>(number)) expectSet(precision, scale, static_cast<int>(number), taken, expected);
     }
 }
 
 TEST(FixedDecimal, PrecisionOverflowAndSign) {
     for (int precision = 0; precision <= 38; ++precision) {
-        for (const int sign : {1, -1}) {
-            EXPECT_TRUE(decimal(sign * powerOfTen(precision), precision, 0).checkPrecisionOverflow())
-                << precision;
-            EXPECT_FALSE(decimal(sign * (powerOfTen(precision) - 1), precision, 0).checkPrecisionOverflow())
-                << precision;
-        }
+        const __int128_t beyond = powerOfTen(precision);
+        for (const __int128_t number : {beyond, -beyond}) EXPECT_TRUE(decimal(number, precision, 0).checkPrecisionOverflow()) << precision;
+        for (const __int128_t number : {beyond - 1, 1 - beyond})
+            EXPECT_FALSE(decimal(number, precision, 0).checkPrecisionOverflow()) << precision;
     }
     EXPECT_TRUE(decimal(kLeast, 38, 0).checkPrecisionOverflow());
     EXPECT_FALSE(decimal(kLeast, 39, 0).checkPrecisionOverflow());
@@ -126,21 +106,13 @@ TEST(FixedDecimal, FromTextsAndDoubles) {
         SCOPED_TRACE(row.where);
         const int precision = row.number(0), scale = row.number(1);
         const bool fits = row[3] != "refused";
-        const FixedDecimalValue expected =
-            fits ? decimal(support::toNumber(row[3]), precision, scale) : kBefore;
-        FixedDecimalValue value = kBefore;
-        EXPECT_EQ(value.setDecimalValue(precision, scale, row.pointer(2)), fits);
-        EXPECT_TRUE(same(value, expected)) << toText(coefficientOf(value));
-        if (row.fields.size() == 4) continue;  // "double": so with the double that the text is
-        value = kBefore;
-        EXPECT_EQ(value.setDecimalValue(precision, scale, std::strtod(row.pointer(2), nullptr)), fits);
-        EXPECT_TRUE(same(value, expected)) << toText(coefficientOf(value));
+        const FixedDecimalValue expected = fits ? decimal(support::toNumber(row[3]), precision, scale) : kBefore;
+        expectSet(precision, scale, row.pointer(2), fits, expected);
+        // "double": so with the double that the text is
+        if (row.fields.size() > 4) expectSet(precision, scale, std::strtod(row.pointer(2), nullptr), fits, expected);
     }
-    FixedDecimalValue value = kBefore;
-    for (const double number : {double{INFINITY}, -double{INFINITY}, double{NAN}})
-        EXPECT_FALSE(value.setDecimalValue(10, 2, number));
-    EXPECT_FALSE(value.setDecimalValue(35, 0, 1.0));
-    EXPECT_TRUE(same(value, kBefore));
+    for (const double number : {HUGE_VAL, -HUGE_VAL, std::nan("")}) expectSet(10, 2, number, false, kBefore);
+    expectSet(35, 0, 1.0, false, kBefore);
 }
 
 TEST(FixedDecimal, ToWholeNumbers) {
@@ -172,15 +144,16 @@ TEST(FixedDecimal, ToADoubleAtTheScalesOfTypes) {
 }
 
 TEST(FixedDecimal, ToACommonScale) {
-    FixedDecimalValue a = decimal(-15, 5, 1), b = decimal(2, 7, 3);
-    EXPECT_EQ(FixedDecimalValue::toMaxScale(a, b), 3u);
-    EXPECT_TRUE(same(a, decimal(-1500, 5, 3)) && same(b, decimal(2, 7, 3)));
-    EXPECT_EQ(FixedDecimalValue::toMaxScale(b, a), 3u);
-    a = decimal(kMost / 10, 34, 1);
-    EXPECT_EQ(FixedDecimalValue::toMaxScale(b, a), 4294967295u);
-    EXPECT_TRUE(same(a, decimal(kMost / 10, 34, 1)) && same(b, decimal(2, 7, 3)));
-    EXPECT_TRUE(b.toSameScale(decimal(0, 1, 1)));  // cuts digits off
-    EXPECT_TRUE(same(b, decimal(0, 7, 1)) && a.toSameScale(a));
+    for (const bool swapped : {false, true}) {
+        FixedDecimalValue a = decimal(-15, 5, 1), b = decimal(2, 7, 3), large = decimal(kMost / 10, 34, 1);
+        EXPECT_EQ(swapped ? FixedDecimalValue::toMaxScale(b, a) : FixedDecimalValue::toMaxScale(a, b), 3u);
+        expectSame(a, decimal(-1500, 5, 3));
+        EXPECT_EQ(swapped ? FixedDecimalValue::toMaxScale(b, large) : FixedDecimalValue::toMaxScale(large, b), 4294967295u);
+        expectSame(large, decimal(kMost / 10, 34, 1));
+        expectSame(b, decimal(2, 7, 3));
+        EXPECT_TRUE(b.toSameScale(large) && large.toSameScale(large));  // cuts digits off
+        expectSame(b, decimal(0, 7, 1));
+    }
 }
 
 TEST(Bid128, BothWays) {

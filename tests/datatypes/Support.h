@@ -65,10 +65,6 @@ inline std::vector<Case> readCases(const std::string& file, const std::string& f
     return cases;
 }
 
-constexpr unsigned int money(int places) {
-    return DataTypes::kMoney1 - 1 + static_cast<unsigned int>(places);
-}
-
 // Puts the settings back when the test ends.
 struct SettingsRestored : testing::Test {
     ~SettingsRestored() override {
@@ -86,10 +82,9 @@ class GuardedBuffer {
 public:
     explicit GuardedBuffer(size_t size) : bytes_(size + 2 * kGuard, kFill) {}
     ~GuardedBuffer() {
-        for (size_t i = 0; i < kGuard; ++i) {
-            EXPECT_EQ(bytes_[i], kFill) << "before the buffer";
-            EXPECT_EQ(bytes_[bytes_.size() - 1 - i], kFill) << "after the buffer";
-        }
+        for (size_t i = 0; i < kGuard; ++i)
+            EXPECT_TRUE(bytes_[i] == kFill && bytes_[bytes_.size() - 1 - i] == kFill)
+                << "outside the buffer, at a distance of " << kGuard - i;
     }
     unsigned char* data() { return bytes_.data() + kGuard; }
     char* text() { return reinterpret_cast<char*>(data()); }
@@ -110,17 +105,15 @@ inline std::string toHex(const unsigned char* bytes, size_t count) {
 
 // A decimal of a coefficient, and back; coefficients as text.
 inline DataTypes::FixedDecimalValue decimal(__int128_t coefficient, int precision, int scale) {
-    return {static_cast<uint64_t>(coefficient >> 64), static_cast<uint64_t>(coefficient),
-            static_cast<uint64_t>(precision << 8 | scale)};
+    return {static_cast<uint64_t>(coefficient >> 64), static_cast<uint64_t>(coefficient), static_cast<uint64_t>(precision << 8 | scale)};
 }
 inline __int128_t coefficientOf(const DataTypes::FixedDecimalValue& value) {
     return static_cast<__int128_t>(DataTypes::UInt128{value.high} << 64 | value.low);
 }
 inline std::string toText(__int128_t number) {
     std::string text;
-    DataTypes::UInt128 rest =
-        number < 0 ? 0 - static_cast<DataTypes::UInt128>(number) : static_cast<DataTypes::UInt128>(number);
-    for (; rest != 0 || text.empty(); rest /= 10)
+    DataTypes::UInt128 rest = static_cast<DataTypes::UInt128>(number);
+    for (rest = number < 0 ? 0 - rest : rest; rest != 0 || text.empty(); rest /= 10)
         text.insert(text.begin(), static_cast<char>('0' + static_cast<int>(rest % 10)));
     return (number < 0 ? "-" : "") + text;
 }

@@ -16,9 +16,12 @@ TEST(TypeCodes, EveryKindHasItsNamesWidthAndClasses) {
         EXPECT_EQ(kind < kKinds ? g_column_lengths[kind] : 0u, row.number(6));
         EXPECT_EQ(getAlignment(kind), row.number(7));
         EXPECT_EQ(getAlignmentMask(kind), row.number(7) - 1);
-        const std::string classes = std::string(numericType(kind) ? "n" : "") +
-                                    (integerType(kind) ? "i" : "") + (genericDateType(kind) ? "d" : "");
+        const std::string classes =
+            std::string(numericType(kind) ? "n" : "") + (integerType(kind) ? "i" : "") + (genericDateType(kind) ? "d" : "");
         EXPECT_EQ(classes, row[8]);
+        unsigned int holder = kind;
+        maximizeTypeToFixedDecimal(holder);
+        EXPECT_EQ(typeToString(holder), row[9]);
         const bool named = row[1] != "N/A";
         EXPECT_EQ(stringToType(row[1]), named ? kind : kUntyped);
         EXPECT_EQ(stringToType(row[3]), named ? kind : kUntyped);
@@ -26,7 +29,6 @@ TEST(TypeCodes, EveryKindHasItsNamesWidthAndClasses) {
 }
 
 TEST(TypeCodes, DecimalNamesCoverAllPairsAndNothingElse) {
-    int named = 0;
     for (int precision = 0; precision <= 34; ++precision) {
         for (int scale = 0; scale <= 34; ++scale) {
             const unsigned int code = createFixedDecimal(precision, scale);
@@ -34,13 +36,10 @@ TEST(TypeCodes, DecimalNamesCoverAllPairsAndNothingElse) {
             const bool real = scale <= precision;
             EXPECT_EQ(typeToString(code), real ? "decimal" + numbers : "");
             EXPECT_EQ(typeToLegacyStringUpper(code), real ? "DECIMAL" + numbers : std::string());
-            EXPECT_EQ(decimalUpper[static_cast<size_t>(precision * 35 + scale)],
-                      std::string(typeToStringUpper(code)));
+            EXPECT_EQ(decimalUpper[static_cast<size_t>(precision * 35 + scale)], std::string(typeToStringUpper(code)));
             EXPECT_EQ(stringToType("decimal" + numbers), code);
-            named += real;
         }
     }
-    EXPECT_EQ(named, 630);
     EXPECT_EQ(typeToString(createFixedDecimal(35, 0)), "");
     EXPECT_STREQ(typeToStringUpper(createFixedDecimal(40, 35)), "");
 }
@@ -65,11 +64,7 @@ TEST_F(Settings, RefuseWhatIsOutOfRange) {
     setDateSize(4);
     for (const size_t refused : {0u, 2u, 5u, 16u}) setDateSize(refused);
     EXPECT_EQ(g_dateSize, 4u);
-}
-
-TEST_F(Settings, ToleranceFollowsTheDigits) {
-    const std::pair<size_t, double> rows[] = {{0, 1}, {1, 0.1}, {5, 1e-5}, {23, 1e-23}, {400, 0}};
-    for (const auto& [digits, tolerance] : rows) {
+    for (const auto& [digits, tolerance] : {std::pair<size_t, double>{0, 1}, {1, 0.1}, {5, 1e-5}, {23, 1e-23}, {400, 0}}) {
         setDecimalSize(digits);
         EXPECT_EQ(getDecimalSize(), digits);
         EXPECT_EQ(g_tolerance, tolerance);
@@ -80,11 +75,10 @@ TEST_F(Settings, DateFormatIsCopied) {
     char first[] = "%Y";
     setDateFormat(first);
     first[1] = 'm';
-    EXPECT_STREQ(g_date_format, "%Y");
-    EXPECT_TRUE(g_date_format_allocated);
     setDateFormat(const_cast<char*>(g_date_format));
     setDateFormat(nullptr);
     EXPECT_STREQ(g_date_format, "%Y");
+    EXPECT_TRUE(g_date_format_allocated);
 }
 
 TEST(TimeUnits, NamesMaximaAndSeconds) {
@@ -96,8 +90,7 @@ TEST(TimeUnits, NamesMaximaAndSeconds) {
         EXPECT_EQ(getTimeUnitStr(unit), row[1]);
         EXPECT_EQ(getTimeUnitMaxStr(unit), row[4]);
         EXPECT_EQ(getTimeUnitMinStr(unit), "-" + row[4]);
-        for (size_t i = 5; i < row.fields.size(); i += 2)
-            EXPECT_EQ(getSeconds(unit, row.number(i)), row.number(i + 1));
+        for (size_t i = 5; i < row.fields.size(); i += 2) EXPECT_EQ(getSeconds(unit, row.number(i)), row.number(i + 1));
 
         const long max = getTimeUnitMax(unit);
         long micros = 0;
@@ -106,8 +99,7 @@ TEST(TimeUnits, NamesMaximaAndSeconds) {
             EXPECT_EQ(micros, count * length[unit - 2]);
         }
         if (unit == MICROSECOND) continue;
-        for (const long count : {max + 1, -max - 1, INT64_MIN})
-            EXPECT_FALSE(getMicroSeconds(unit, count, micros));
+        for (const long count : {max + 1, -max - 1, INT64_MIN}) EXPECT_FALSE(getMicroSeconds(unit, count, micros));
         EXPECT_EQ(micros, 3 * length[unit - 2]);
     }
     long micros = 7;

@@ -46,8 +46,7 @@ TEST_F(Widening, MergedDecimals) {
         SCOPED_TRACE(row.where);
         for (const size_t first : {0u, 1u}) {
             const unsigned int other = stringToType(row[1 - first]);
-            unsigned int any = stringToType(row[first]);
-            unsigned int strict = any;
+            unsigned int any = stringToType(row[first]), strict = any;
             maximizeAnyType(any, other);
             EXPECT_EQ(typeToString(any), row[2]);
             EXPECT_TRUE(maximizeType(strict, other));

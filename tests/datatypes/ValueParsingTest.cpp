@@ -12,35 +12,24 @@ namespace {
 constexpr unsigned int kFailed = 4294967295u;
 
 struct Formats {
-    const char* date = nullptr;
-    const char* timestamp = nullptr;
-    const char* bigdatetime = nullptr;
-    const char* time = nullptr;
+    const char *date = nullptr, *timestamp = nullptr, *bigdatetime = nullptr, *time = nullptr;
 };
 
 std::string show(unsigned int type, const DataValue& value) {
     char text[32];
-    switch (kindOf(type)) {
-        case kInt16:
-            return std::to_string(value.int16Value);
-        case kInteger:
-            return std::to_string(value.integerValue);
-        case kBoolean:
-            return std::to_string(value.booleanValue);
-        case kDecimal:
-            return support::toText(support::coefficientOf(value.decimalValue)) + "/" +
-                   std::to_string(value.decimalValue.shape);
-        case kFloat:
-            return {text, std::to_chars(text, text + sizeof text, value.floatValue).ptr};
-        default:
-            return std::to_string(value.longValue);
-    }
+    const unsigned int kind = kindOf(type);
+    if (kind == kDecimal)
+        return support::toText(support::coefficientOf(value.decimalValue)) + "/" + std::to_string(value.decimalValue.shape);
+    if (kind == kFloat) return {text, std::to_chars(text, text + sizeof text, value.floatValue).ptr};
+    if (kind == kInt16) return std::to_string(value.int16Value);
+    if (kind == kBoolean) return std::to_string(value.booleanValue);
+    return std::to_string(kind == kInteger ? value.integerValue : value.longValue);
 }
 
-unsigned int pack(unsigned int type, bool swap, const char* text, support::GuardedBuffer& buffer,
-                  const char*& error, const Formats& formats = {}) {
-    return convertFromStringAndPack(type, swap, text, buffer.data(), buffer.size(), error, formats.date,
-                                    formats.timestamp, formats.bigdatetime, formats.time);
+unsigned int pack(unsigned int type, bool swap, const char* text, support::GuardedBuffer& buffer, const char*& error,
+                  const Formats& formats = {}) {
+    return convertFromStringAndPack(type, swap, text, buffer.data(), buffer.size(), error, formats.date, formats.timestamp,
+                                    formats.bigdatetime, formats.time);
 }
 
 // The value that a text of fixed width reads as, or "!" and the error. Both forms must agree, and a failure
@@ -50,8 +39,7 @@ std::string read(unsigned int type, const char* text, const Formats& formats = {
     value.decimalValue = {0x7777777777777777, 0x7777777777777777, 0x7777777777777777};
     const std::string before = show(kDecimal, value);
     const char* error = "untouched";
-    const bool done = convertFromString(type, text, value, error, formats.date, formats.timestamp,
-                                        formats.bigdatetime, formats.time);
+    const bool done = convertFromString(type, text, value, error, formats.date, formats.timestamp, formats.bigdatetime, formats.time);
     EXPECT_EQ(value.isNull, !done);
     support::GuardedBuffer buffer(24);
     const char* packError = "untouched";
@@ -73,10 +61,9 @@ TEST(ValueParsing, ListedTexts) {
     for (const support::Case& row : support::readCases("values.txt")) {
         const bool hasFormat = row.fields.size() == 4;
         const char* format = hasFormat ? row.pointer(2) : nullptr;
-        EXPECT_EQ(read(stringToType(row[0]), row.pointer(1), {format, format, format, format}),
-                  row.fields.back())
-            << row.where;
+        EXPECT_EQ(read(stringToType(row[0]), row.pointer(1), {format, format, format, format}), row.fields.back()) << row.where;
     }
+    for (const unsigned int type : {6u, 9u, 31u, 255u}) EXPECT_EQ(read(type, "1"), "!conversion to unknown type");
 }
 
 using Settings = support::SettingsRestored;
@@ -99,11 +86,6 @@ TEST_F(Settings, FormatsStandInForOneAnother) {
     }
 }
 
-TEST(ValueParsing, UnknownTypes) {
-    for (const unsigned int type : {6u, 9u, 31u, 255u})
-        EXPECT_EQ(read(type, "1"), "!conversion to unknown type");
-}
-
 // Every size of buffer from none to enough, in both byte orders.
 TEST(ValueParsing, PackedBytes) {
     for (const support::Case& row : support::readCases("packed.txt")) {
@@ -124,16 +106,12 @@ TEST(ValueParsing, PackedBytes) {
             }
         }
     }
-    EXPECT_EQ(getLengthFromPackedBinary(reinterpret_cast<const unsigned char*>("\x01\x02\x03\x04")),
-              0x01020304u);
+    EXPECT_EQ(getLengthFromPackedBinary(reinterpret_cast<const unsigned char*>("\x01\x02\x03\x04")), 0x01020304u);
     EXPECT_EQ(getLengthFromPackedBinary(nullptr), 0u);
-}
-
-TEST(ValueParsing, TheWidthIsCheckedBeforeTheText) {
-    support::GuardedBuffer buffer(3);
-    for (const unsigned int type : {1u, 2u, 3u, 4u, 7u, 26u, 28u, 30u}) {
+    for (const unsigned int type : {1u, 2u, 3u, 4u, 7u, 26u, 28u, 30u}) {  // the width is checked before the text
+        support::GuardedBuffer narrow(3);
         const char* error = nullptr;
-        EXPECT_EQ(pack(type, false, "zz", buffer, error), kFailed);
+        EXPECT_EQ(pack(type, false, "zz", narrow, error), kFailed);
         EXPECT_STREQ(error, "output buffer overflow") << type;
     }
 }
@@ -171,8 +149,7 @@ TEST(HexText, BytesAndFaults) {
         SCOPED_TRACE(row.where);
         support::GuardedBuffer buffer(static_cast<size_t>(row.number(1)));
         const char* error = "untouched";
-        const int count = convertBinaryFromHexString(row.pointer(0), buffer.data(),
-                                                     static_cast<unsigned int>(buffer.size()), error);
+        const int count = convertBinaryFromHexString(row.pointer(0), buffer.data(), static_cast<unsigned int>(buffer.size()), error);
         EXPECT_EQ(count < 0 ? error : support::toHex(buffer.data(), static_cast<size_t>(count)), row[2]);
         EXPECT_TRUE(count < 0 ? buffer.untouched() : error == std::string("untouched"));
     }
@@ -180,11 +157,10 @@ TEST(HexText, BytesAndFaults) {
         const char hex[] = {static_cast<char>(c), '1', '\0'};
         unsigned char out = 0;
         const char* error = "";
-        const bool blank = std::strchr(" \t\r\n", c) != nullptr;
-        const char* fault = blank ? "Odd number of characters in hex string" : "Invalid hex character";
-        EXPECT_EQ(convertBinaryFromHexString(hex, &out, 1, error), isxdigit(c) != 0 ? 1 : -1) << c;
-        EXPECT_EQ(out, isxdigit(c) != 0 ? std::stoi(hex, nullptr, 16) : 0);
-        EXPECT_STREQ(error, isxdigit(c) != 0 ? "" : fault) << c;
+        const bool good = isxdigit(c) != 0, blank = std::strchr(" \t\r\n", c) != nullptr;
+        EXPECT_EQ(convertBinaryFromHexString(hex, &out, 1, error), good ? 1 : -1) << c;
+        EXPECT_EQ(out, good ? std::stoi(hex, nullptr, 16) : 0);
+        EXPECT_STREQ(error, good ? "" : blank ? "Odd number of characters in hex string" : "Invalid hex character") << c;
     }
     EXPECT_EQ(getBinaryDataSizeFromHexString("0A 0B"), 2u);
     EXPECT_EQ(getBinaryDataSizeFromHexString(nullptr), 0u);

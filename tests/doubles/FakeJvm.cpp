@@ -17,8 +17,7 @@ Jvm* jvm = nullptr;
 uintptr_t nextReference = 0x1000;
 
 struct MethodId {
-    std::string name;
-    std::string signature;
+    std::string name, signature;
 };
 
 void fault(const std::string& text) { jvm->faults.push_back(text); }
@@ -27,11 +26,12 @@ void enter(const char* function) {
     if (jvm->pending) fault(std::string(function) + " with an exception pending");
 }
 
+Value made(const std::string& type) { return std::make_shared<Object>(Object{type, "", {}, {}}); }
+
 jobject newReference(std::map<jobject, Value>& table, const Value& value) {
     if (!value) return nullptr;
     const auto reference = reinterpret_cast<jobject>(nextReference += 8);
-    table[reference] = value;
-    return reference;
+    return table[reference] = value, reference;
 }
 
 jobject local(const Value& value) { return newReference(jvm->locals, value); }
@@ -89,68 +89,64 @@ Answer call(jmethodID method, va_list arguments) {
     return answer.throws ? Answer{nullptr, JNI_FALSE, true} : answer;
 }
 
-jclass findClass(JNIEnv*, const char* name) {
-    enter("FindClass");
-    jvm->lookUps.push_back(std::string("FindClass(") + name + ")");
-    if (jvm->missing == name) {
-        jvm->pending = true;
-        return nullptr;
-    }
-    return static_cast<jclass>(local(std::make_shared<Object>(Object{name, "", {}, {}})));
+bool finds(const std::string& function, const std::string& name) {
+    jvm->lookUps.push_back(function + "(" + name + ")");
+    jvm->pending = jvm->pending || jvm->missing == name;
+    return jvm->missing != name;
 }
 
 jmethodID getMethodId(JNIEnv*, jclass type, const char* name, const char* signature) {
     static std::map<std::string, MethodId> ids;
     valueOf(type);
-    jvm->lookUps.push_back(std::string("GetMethodID(") + name + ")");
-    if (jvm->missing == name) {
-        jvm->pending = true;
-        return nullptr;
-    }
-    MethodId& id = ids[std::string(name) + signature];
-    id = {name, signature};
+    if (!finds("GetMethodID", name)) return nullptr;
+    MethodId& id = ids[std::string(name) + signature] = {name, signature};
     return reinterpret_cast<jmethodID>(&id);
 }
 
-jobject newObjectV(JNIEnv*, jclass type, jmethodID constructor, va_list arguments) {
-    enter("NewObject");
-    const Answer answer = call(constructor, arguments);
-    return answer.throws ? nullptr : local(std::make_shared<Object>(Object{valueOf(type)->type, "", {}, {}}));
-}
-
-jobject callObjectV(JNIEnv*, jobject object, jmethodID method, va_list arguments) {
-    enter("CallObjectMethod");
+Answer callOn(const char* function, jobject object, jmethodID method, va_list arguments) {
+    enter(function);
     if (!valueOf(object)) fault("a call on a null object");
-    const Answer answer = call(method, arguments);
-    // A void method called for an object leaves a word that is no reference.
-    if (reinterpret_cast<MethodId*>(method)->signature.ends_with("V")) {
-        return reinterpret_cast<jobject>(answer.object ? uintptr_t{1} : uintptr_t{0});
-    }
-    return local(answer.object);
+    return call(method, arguments);
 }
 
-jboolean callBooleanV(JNIEnv*, jobject object, jmethodID method, va_list arguments) {
-    enter("CallBooleanMethod");
-    if (!valueOf(object)) fault("a call on a null object");
-    const auto* id = reinterpret_cast<MethodId*>(method);
-    if (id != nullptr && !id->signature.ends_with("Z")) fault(id->name + " is no boolean method");
-    return call(method, arguments).flag;
+bool hasResult(jmethodID method, char type) { return method != nullptr && reinterpret_cast<MethodId*>(method)->signature.back() == type; }
+
+jobject newArray(const char* function, jsize objects, jsize numbers) {
+    enter(function);
+    jvm->lookUps.emplace_back(function);
+    const Value array = made("Array");
+    array->elements.resize(static_cast<size_t>(objects));
+    array->numbers.resize(static_cast<size_t>(numbers));
+    return local(array);
 }
 
-Value arrayAt(jobjectArray array, jsize index, const char* function) {
-    const Value value = valueOf(array);
-    if (index >= 0 && index < static_cast<jsize>(value->elements.size())) return value;
+Value* elementOf(jobjectArray array, jsize index, const char* function) {
+    enter(function);
+    auto& elements = valueOf(array)->elements;
+    if (index >= 0 && index < std::ssize(elements)) return &elements[static_cast<size_t>(index)];
     fault(std::string(function) + " out of range");
     return nullptr;
 }
 
 JNINativeInterface_ nativeTable() {
     JNINativeInterface_ table{};
-    table.FindClass = findClass;
+    table.FindClass = [](JNIEnv*, const char* name) {
+        enter("FindClass");
+        return static_cast<jclass>(finds("FindClass", name) ? local(made(name)) : nullptr);
+    };
     table.GetMethodID = getMethodId;
-    table.NewObjectV = newObjectV;
-    table.CallObjectMethodV = callObjectV;
-    table.CallBooleanMethodV = callBooleanV;
+    table.NewObjectV = [](JNIEnv*, jclass type, jmethodID constructor, va_list arguments) {
+        return callOn("NewObject", type, constructor, arguments).throws ? nullptr : local(made(valueOf(type)->type));
+    };
+    table.CallObjectMethodV = [](JNIEnv*, jobject object, jmethodID method, va_list arguments) {
+        const Answer answer = callOn("CallObjectMethod", object, method, arguments);
+        // A void method called for an object leaves a word that is no reference.
+        return hasResult(method, 'V') ? reinterpret_cast<jobject>(uintptr_t{answer.object != nullptr}) : local(answer.object);
+    };
+    table.CallBooleanMethodV = [](JNIEnv*, jobject object, jmethodID method, va_list arguments) {
+        if (!hasResult(method, 'Z')) fault("CallBooleanMethod of a method that is not boolean");
+        return callOn("CallBooleanMethod", object, method, arguments).flag;
+    };
     table.NewGlobalRef = [](JNIEnv*, jobject object) { return newReference(jvm->globals, valueOf(object)); };
     table.DeleteGlobalRef = [](JNIEnv*, jobject object) { drop(jvm->globals, object, "global"); };
     table.DeleteLocalRef = [](JNIEnv*, jobject object) { drop(jvm->locals, object, "local"); };
@@ -174,39 +170,23 @@ JNINativeInterface_ nativeTable() {
         return static_cast<jsize>(valueOf(array)->elements.size());
     };
     table.NewObjectArray = [](JNIEnv*, jsize length, jclass type, jobject) {
-        enter("NewObjectArray");
-        jvm->lookUps.emplace_back("NewObjectArray");
         valueOf(type);
-        const auto made = std::make_shared<Object>(Object{"Array", "", {}, {}});
-        made->elements.resize(static_cast<size_t>(length));
-        return static_cast<jobjectArray>(local(made));
+        return static_cast<jobjectArray>(newArray("NewObjectArray", length, 0));
     };
+    table.NewIntArray = [](JNIEnv*, jsize length) { return static_cast<jintArray>(newArray("NewIntArray", 0, length)); };
     table.GetObjectArrayElement = [](JNIEnv*, jobjectArray array, jsize index) {
-        enter("GetObjectArrayElement");
-        const Value owner = arrayAt(array, index, "GetObjectArrayElement");
-        return owner ? local(owner->elements[static_cast<size_t>(index)]) : nullptr;
+        const Value* element = elementOf(array, index, "GetObjectArrayElement");
+        return element != nullptr ? local(*element) : nullptr;
     };
-    table.SetObjectArrayElement = [](JNIEnv*, jobjectArray array, jsize index, jobject element) {
-        enter("SetObjectArrayElement");
-        const Value owner = arrayAt(array, index, "SetObjectArrayElement");
-        if (owner) owner->elements[static_cast<size_t>(index)] = valueOf(element);
-    };
-    table.NewIntArray = [](JNIEnv*, jsize length) {
-        enter("NewIntArray");
-        jvm->lookUps.emplace_back("NewIntArray");
-        const auto made = std::make_shared<Object>(Object{"int[]", "", {}, {}});
-        made->numbers.resize(static_cast<size_t>(length));
-        return static_cast<jintArray>(local(made));
+    table.SetObjectArrayElement = [](JNIEnv*, jobjectArray array, jsize index, jobject value) {
+        Value* element = elementOf(array, index, "SetObjectArrayElement");
+        if (element != nullptr) *element = valueOf(value);
     };
     table.SetIntArrayRegion = [](JNIEnv*, jintArray array, jsize start, jsize length, const jint* from) {
         enter("SetIntArrayRegion");
         std::copy_n(from, length, valueOf(array)->numbers.begin() + start);
     };
-    table.ExceptionOccurred = [](JNIEnv*) -> jthrowable {
-        return jvm->pending
-                   ? static_cast<jthrowable>(local(std::make_shared<Object>(Object{"Throwable", "", {}, {}})))
-                   : nullptr;
-    };
+    table.ExceptionOccurred = [](JNIEnv*) { return static_cast<jthrowable>(jvm->pending ? local(made("Throwable")) : nullptr); };
     table.ExceptionDescribe = [](JNIEnv*) { jvm->calls.emplace_back("ExceptionDescribe"); };
     table.ExceptionClear = [](JNIEnv*) { jvm->pending = false; };
     return table;
@@ -215,8 +195,7 @@ JNINativeInterface_ nativeTable() {
 JNIInvokeInterface_ invokeTable() {
     JNIInvokeInterface_ table{};
     table.AttachCurrentThread = [](JavaVM*, void** env, void* arguments) -> jint {
-        jvm->calls.emplace_back(arguments == nullptr ? "AttachCurrentThread"
-                                                     : "AttachCurrentThread with arguments");
+        jvm->calls.emplace_back(arguments == nullptr ? "AttachCurrentThread" : "AttachCurrentThread with arguments");
         if (jvm->attaches) *env = &jvm->env;
         return jvm->attaches ? JNI_OK : JNI_ERR;
     };
@@ -227,9 +206,7 @@ JNIInvokeInterface_ invokeTable() {
 
 Value string(const std::string& text) { return std::make_shared<Object>(Object{"String", text, {}, {}}); }
 
-Value array(const std::vector<Value>& elements) {
-    return std::make_shared<Object>(Object{"Array", "", elements, {}});
-}
+Value array(const std::vector<Value>& elements) { return std::make_shared<Object>(Object{"Array", "", elements, {}}); }
 
 Value array(const std::vector<std::optional<std::string>>& elements) {
     std::vector<Value> values;
@@ -246,10 +223,7 @@ Jvm::Jvm() {
     _globaljvm = &vm;
 }
 
-Jvm::~Jvm() {
-    _globaljvm = nullptr;
-    jvm = nullptr;
-}
+Jvm::~Jvm() { _globaljvm = nullptr; }
 
 void Jvm::answer(const std::string& method, const Answer& what) { script[method] = {what}; }
 

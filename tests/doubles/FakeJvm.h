@@ -15,7 +15,7 @@
 namespace fake {
 
 struct Object {
-    std::string type;  // "String", "Array", "int[]", or a class's name
+    std::string type;  // "String", "Array", or a class's name
     std::string text;
     std::vector<std::shared_ptr<Object>> elements;
     std::vector<int> numbers;
@@ -40,10 +40,8 @@ struct Jvm {
     Jvm& operator=(const Jvm&) = delete;
 
     std::map<std::string, std::deque<Answer>> script;  // by method; the last answer of a method stays
-    std::vector<std::string>
-        calls;  // methods of the connector with their arguments, "AttachCurrentThread", ...
-    std::vector<std::string>
-        lookUps;  // "FindClass(...)", "GetMethodID(...)", and the strings and arrays made
+    std::vector<std::string> calls;                    // methods of the connector with their arguments, "AttachCurrentThread", ...
+    std::vector<std::string> lookUps;                  // "FindClass(...)", "GetMethodID(...)", and the strings and arrays made
     std::vector<std::string> faults;
     std::map<jobject, Value> locals;
     std::map<jobject, Value> globals;

@@ -1,6 +1,7 @@
 #include "tests/doubles/FakeToolkit.h"
 
 #include <algorithm>
+#include <concepts>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -27,9 +28,7 @@ std::set<void*> liveRows;
 std::string shown(const char* text) { return text != nullptr ? text : "null"; }
 std::string shown(bool flag) { return flag ? "true" : "false"; }
 std::string shown(char c) { return std::string(1, c); }
-std::string shown(int64_t number) { return std::to_string(number); }
-std::string shown(int number) { return std::to_string(number); }
-std::string shown(size_t number) { return std::to_string(number); }
+std::string shown(std::integral auto number) { return std::to_string(number); }
 std::string shown(const int* numbers) { return std::to_string(*numbers); }
 std::string shown(const char** texts) { return texts[0]; }
 std::string shown(const void* pointer) {
@@ -38,7 +37,6 @@ std::string shown(const void* pointer) {
     }
     return pointer == nullptr ? "null" : liveRows.contains(const_cast<void*>(pointer)) ? "row" : "?";
 }
-std::string shown(void* pointer) { return shown(static_cast<const void*>(pointer)); }
 
 template <typename... Arguments>
 void record(const char* function, Arguments... arguments) {
@@ -48,11 +46,7 @@ void record(const char* function, Arguments... arguments) {
     current->calls.push_back(text + ")");
 }
 
-char* newText(const std::string& text) {
-    char* copy = new char[text.size() + 1];
-    std::memcpy(copy, text.c_str(), text.size() + 1);
-    return copy;
-}
+char* newText(const std::string& text) { return std::strcpy(new char[text.size() + 1], text.c_str()); }
 
 // What a catalogue without an entry answers.
 char* message(const char* key, std::initializer_list<const char*> params) {
@@ -64,13 +58,10 @@ char* message(const char* key, std::initializer_list<const char*> params) {
 Row& rowOf(void* row) { return *static_cast<Row*>(row); }
 const char* find(const std::optional<std::string>& value) { return value ? value->c_str() : nullptr; }
 
-std::optional<std::string> optionalText(const char* text) {
-    return text != nullptr ? std::optional<std::string>(text) : std::nullopt;
-}
+std::optional<std::string> optionalText(const char* text) { return text != nullptr ? std::optional<std::string>(text) : std::nullopt; }
 
 const Column* columnAt(int index) {
-    return index >= 0 && index < static_cast<int>(current->columns.size()) ? &current->columns[index]
-                                                                           : nullptr;
+    return index >= 0 && index < static_cast<int>(current->columns.size()) ? &current->columns[index] : nullptr;
 }
 
 }  // namespace

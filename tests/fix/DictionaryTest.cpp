@@ -18,10 +18,10 @@ TEST_F(FixDictionary, TakesTheFirstPairOfWordsOfEachLine) {
                     "  55=Symbol  // instrument\n49=SenderCompID\r\n44=\xC3\xA9t\n1_a=under_score\n54=Side");
     ASSERT_TRUE(fix.makeDictionary("x"));
     expectLogs("makeDictionary", "");
-    const std::map<std::string, std::string> kNames = {{"35", "MessageType"},  {"8", "BeginString"},   {"a", "b"},    {"55", "Symbol"},
-                                                       {"49", "SenderCompID"}, {"1_a", "under_score"}, {"54", "Side"}};
-    for (const char* tag : {"35", "8", "a", "55", "49", "1_a", "54", "9", "", "b", "44", "999"})
-        EXPECT_EQ(nameOf(tag), kNames.contains(tag) ? kNames.at(tag) : "untouched");
+    std::string names;
+    for (const char* tag : {"35", "8", "a", "55", "49", "1_a", "54"}) names += nameOf(tag) + " ";
+    EXPECT_EQ(names, "MessageType BeginString b Symbol SenderCompID under_score Side ");
+    for (const char* tag : {"9", "", "b", "44", "999"}) EXPECT_EQ(nameOf(tag), "untouched");
 
     // Both names of a tag stay, and a further dictionary adds to them.
     useColumns({"MsgType", "MessageType", "Symbol", "Instrument"});
@@ -38,32 +38,28 @@ TEST_F(FixDictionary, FailuresKeepTheNamesAndExpectTheVersion) {
     ASSERT_TRUE(fix.makeDictionary("1"));
     const std::string file = home / "etc/fix/dictionary";
     std::filesystem::create_directory(file + "dir.txt");
-    EXPECT_FALSE(fix.makeDictionary("2"));
-    EXPECT_FALSE(fix.makeDictionary("dir"));
+    EXPECT_FALSE(fix.makeDictionary("2") || fix.makeDictionary("dir"));
     unsetenv("KEL_HOME");
     EXPECT_FALSE(fix.makeDictionary("3"));
     setenv("KEL_HOME", "", 1);
     EXPECT_FALSE(fix.makeDictionary("4"));
-    EXPECT_EQ(toolkit.errors, (Calls{"Cannot open file " + file + "2.txt", "Cannot open file " + file + "dir.txt",
-                                     "KEL_HOME environment variable not set", "KEL_HOME environment variable not set"}));
+    const std::string kCannot = "Cannot open file " + file, kNotSet = "KEL_HOME environment variable not set";
+    EXPECT_EQ(toolkit.errors, (Calls{kCannot + "2.txt", kCannot + "dir.txt", kNotSet, kNotSet}));
     EXPECT_EQ(nameOf("55"), "Symbol");
     EXPECT_TRUE(fix.validateFixMessage({{"8", "FIX.4"}, {"35", "D"}}, "D"));
 }
 
 TEST_F(FixDictionary, EveryVersionHasItsOwnNames) {
-    const std::string kFraming = "BeginString BodyLength MsgType CheckSum SenderCompID ";
     for (const std::string version : {"4.0", "4.1", "4.2", "4.3", "4.4", "5.0", "5.0SP1", "5.0SP2", ".1.1"}) {
         NewFixUtils loaded;
         loaded.reset(&adapter);
         ASSERT_TRUE(loaded.makeDictionary(version));
         std::string names, name;
-        for (const char* tag : {"8", "9", "35", "10", "49", "22"}) {
-            EXPECT_TRUE(loaded.fieldNameByTag(tag, name)) << version << " " << tag;
-            names += name + " ";
-        }
+        for (const char* tag : {"8", "9", "35", "10", "49", "22"}) names += loaded.fieldNameByTag(tag, name) ? name + " " : "none ";
         // A renamed field, and one that came with 4.3.
         const bool old = version >= "4.0" && version < "4.3";
-        EXPECT_EQ(names, kFraming + (old ? "IDSource " : "SecurityIDSource ")) << version;
+        EXPECT_EQ(names, std::string("BeginString BodyLength MsgType CheckSum SenderCompID ") + (old ? "IDSource " : "SecurityIDSource "))
+            << version;
         EXPECT_EQ(loaded.fieldNameByTag("453", name), !old) << version;
     }
 }

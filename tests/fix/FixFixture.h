@@ -55,11 +55,7 @@ protected:
     // The texts logged since the last look, each behind its level and a space.
     Calls logs() {
         Calls texts = toolkit.takeCalls("logMessage");
-        for (std::string& text : texts) {
-            text = text.substr(std::string("logMessage(cb,").size());
-            text.pop_back();
-            text[1] = ' ';
-        }
+        for (std::string& text : texts) text = text.substr(14, 1) + " " + text.substr(16, text.size() - 17);  // logMessage(cb,7,text)
         return texts;
     }
 

@@ -10,8 +10,7 @@
 namespace {
 
 std::string declaredMethods() {
-    FILE* pipe =
-        popen(KEL_JAVAP " -s -cp " KEL_CONNECTORS_JAR " com.morvex.kel.connectors.JmsConnector", "r");
+    FILE* pipe = popen(KEL_JAVAP " -s -cp " KEL_CONNECTORS_JAR " com.morvex.kel.connectors.JmsConnector", "r");
     std::string text;
     char buffer[4096];
     while (const size_t count = fread(buffer, 1, sizeof buffer, pipe)) text.append(buffer, count);
@@ -27,8 +26,7 @@ TEST(ConnectorContract, EveryMethodOfTheBridgeIsInTheConnector) {
         const size_t at = declared.find(" " + name + "(");
         ASSERT_NE(at, std::string::npos) << name << " is missing or not public";
         const size_t descriptor = declared.find("descriptor: ", at) + 12;
-        EXPECT_EQ(declared.substr(descriptor, declared.find('\n', descriptor) - descriptor), method.signature)
-            << name;
+        EXPECT_EQ(declared.substr(descriptor, declared.find('\n', descriptor) - descriptor), method.signature) << name;
         EXPECT_EQ(declared.find("static", declared.rfind('\n', at)) < at, false) << name;
     };
     for (const contract::Method& method : contract::kUncached) check(method);

@@ -6,9 +6,9 @@
 
 #include <functional>
 
-#include "adapter/Adapter.h"
 #include "tests/doubles/FakeJvm.h"
 #include "tests/doubles/FakeToolkit.h"
+#include "tests/fix/IdleAdapter.h"
 #include "toolkit/kel_java_native.h"
 
 namespace {
@@ -16,19 +16,16 @@ namespace {
 using Calls = std::vector<std::string>;
 using Optional = std::optional<std::string>;
 
-struct PlainAdapter : Adapter {
-    void* getNext() override { return nullptr; }
-    void putNext(void*) override {}
-    void stop() override {}
-    bool reset() override { return true; }
-    bool canDiscover() override { return false; }
-};
+const fake::Answer kNull{nullptr, JNI_TRUE, false}, kFalse{nullptr, JNI_FALSE, false}, kTwo{nullptr, 2, false},
+    kThrows{nullptr, JNI_TRUE, true};
+
+fake::Answer answering(const fake::Value& value) { return {value, JNI_TRUE, false}; }
 
 class Bridge : public ::testing::Test {
 protected:
     fake::Toolkit& toolkit = fake::fresh();
     fake::Jvm jvm;
-    PlainAdapter adapter;
+    IdleAdapter adapter;
     JmsUtils jms;
     std::map<std::string, std::string> columnMap;
 
@@ -43,19 +40,26 @@ protected:
     void* newRow() { return adapter.createConnectionRow("RowByOrder"); }
 };
 
-TEST_F(Bridge, NeedsAJvm) {
+TEST_F(Bridge, NeedsAJvmAndAThreadThatAttaches) {
     _globaljvm = nullptr;
     EXPECT_FALSE(init());
-    EXPECT_EQ(toolkit.errors, (Calls{"No JVM instance found"}));
     EXPECT_TRUE(jvm.calls.empty());
+    _globaljvm = &jvm.vm;
+    jvm.attaches = false;
+    EXPECT_FALSE(init());
+    EXPECT_EQ(toolkit.errors, (Calls{"No JVM instance found", "Cannot attach thread to JVM"}));
+    jvm.attaches = true;
+    ASSERT_TRUE(init());
+    jvm.attaches = false;
+    EXPECT_FALSE(jms.disconnect());
+    EXPECT_EQ(toolkit.errors.size(), 3U);
 }
 
 TEST_F(Bridge, DoesNothingBeforeInit) {
     std::string text = "old";
     void* row = newRow();
-    EXPECT_FALSE(jms.receiveTextMessage(text) || jms.receiveObjectArrayMessage("s", row, true) ||
-                 jms.receiveCustomMessage("s", row) || jms.sendTextMessage("t", row) ||
-                 jms.sendObjectArrayMessage("s", row, true) || jms.sendCustomMessage("s", row) ||
+    EXPECT_FALSE(jms.receiveTextMessage(text) || jms.receiveObjectArrayMessage("s", row, true) || jms.receiveCustomMessage("s", row) ||
+                 jms.sendTextMessage("t", row) || jms.sendObjectArrayMessage("s", row, true) || jms.sendCustomMessage("s", row) ||
                  jms.commitTransaction() || jms.disconnect() || jms.initConverter("c", "p", true));
     EXPECT_EQ(text, "old");
     EXPECT_TRUE(jvm.calls.empty() && toolkit.errors.empty());
@@ -64,9 +68,7 @@ TEST_F(Bridge, DoesNothingBeforeInit) {
 TEST_F(Bridge, ConnectsWithoutASchema) {
     ASSERT_TRUE(init());
     EXPECT_EQ(jvm.takeCalls(),
-              (Calls{"AttachCurrentThread", "<init>(CF,QUEUE,Q,true,null,null,null,ctx,url,id,sub)",
-                     "connectForInput(false)"}));
-    EXPECT_EQ(jvm.leftOver(1), "");
+              (Calls{"AttachCurrentThread", "<init>(CF,QUEUE,Q,true,null,null,null,ctx,url,id,sub)", "connectForInput(false)"}));
     ASSERT_TRUE(init(false));  // the connector of before is given up
     EXPECT_EQ(jvm.takeCalls().back(), "connectForOutput()");
     EXPECT_EQ(jvm.leftOver(1), "");
@@ -76,34 +78,17 @@ TEST_F(Bridge, HandsInTheColumns) {
     toolkit.columns = {{"Symbol", 5}, {"Price", 0x1234501E}, {"Op", 1}};
     columnMap = {{"Price", "px"}, {"op", "case matters"}};
     ASSERT_TRUE(init(true, true));
-    EXPECT_EQ(jvm.lookUps, (Calls{"FindClass(com/morvex/kel/connectors/JmsConnector)",
-                                  "NewStringUTF(CF)",
-                                  "NewStringUTF(ctx)",
-                                  "NewStringUTF(url)",
-                                  "NewStringUTF(QUEUE)",
-                                  "NewStringUTF(Q)",
-                                  "NewStringUTF(id)",
-                                  "NewStringUTF(sub)",
-                                  "NewIntArray",
-                                  "FindClass(java/lang/String)",
-                                  "NewObjectArray",
-                                  "NewObjectArray",
-                                  "NewStringUTF(Symbol)",
-                                  "NewStringUTF(Price)",
-                                  "NewStringUTF(px)",
-                                  "NewStringUTF(Op)",
-                                  "GetMethodID(<init>)",
-                                  "GetMethodID(connectForInput)",
-                                  "GetMethodID(sendTextMessage)",
-                                  "GetMethodID(sendObjectArrayMessage)",
-                                  "GetMethodID(sendCustomMessage)",
-                                  "GetMethodID(receiveTextMessage)",
-                                  "GetMethodID(receiveObjectArrayMessage)",
-                                  "GetMethodID(receiveCustomMessage)",
-                                  "GetMethodID(commitTransaction)"}));
+    std::string lookUps;
+    for (const std::string& lookUp : jvm.lookUps) lookUps += lookUp + " ";
+    EXPECT_EQ(lookUps,
+              "FindClass(com/morvex/kel/connectors/JmsConnector) NewStringUTF(CF) NewStringUTF(ctx) NewStringUTF(url) "
+              "NewStringUTF(QUEUE) NewStringUTF(Q) NewStringUTF(id) NewStringUTF(sub) NewIntArray FindClass(java/lang/String) "
+              "NewObjectArray NewObjectArray NewStringUTF(Symbol) NewStringUTF(Price) NewStringUTF(px) NewStringUTF(Op) "
+              "GetMethodID(<init>) GetMethodID(connectForInput) GetMethodID(sendTextMessage) GetMethodID(sendObjectArrayMessage) "
+              "GetMethodID(sendCustomMessage) GetMethodID(receiveTextMessage) GetMethodID(receiveObjectArrayMessage) "
+              "GetMethodID(receiveCustomMessage) GetMethodID(commitTransaction) ");
     EXPECT_EQ(jvm.takeCalls(),
-              (Calls{"AttachCurrentThread",
-                     "<init>(CF,QUEUE,Q,true,[5 30 1],[Symbol Price Op],[null px null],ctx,url,id,sub)",
+              (Calls{"AttachCurrentThread", "<init>(CF,QUEUE,Q,true,[5 30 1],[Symbol Price Op],[null px null],ctx,url,id,sub)",
                      "connectForInput(true)"}));
     EXPECT_EQ(jvm.leftOver(1), "");
     toolkit.columns.clear();
@@ -112,40 +97,27 @@ TEST_F(Bridge, HandsInTheColumns) {
 }
 
 TEST_F(Bridge, TakesAtMost4096Columns) {
-    toolkit.columns.assign(4096, {"c", 1, false});
-    EXPECT_TRUE(init(true, true));
-    toolkit.columns.push_back({"one more", 1, false});
-    EXPECT_FALSE(init(true, true));
+    for (const size_t count : {4096U, 4097U}) {
+        toolkit.columns.assign(count, {"c", 1, false});
+        EXPECT_EQ(init(true, true), count == 4096);
+        EXPECT_EQ(jvm.leftOver(1), "");
+    }
     EXPECT_EQ(toolkit.errors, (Calls{"Too many columns for the JMS connector"}));
-    EXPECT_EQ(jvm.leftOver(1), "");
-}
-
-TEST_F(Bridge, ReportsAThreadThatCannotAttach) {
-    jvm.attaches = false;
-    EXPECT_FALSE(init());
-    EXPECT_EQ(toolkit.errors, (Calls{"Cannot attach thread to JVM"}));
-    jvm.attaches = true;
-    ASSERT_TRUE(init());
-    jvm.attaches = false;
-    EXPECT_FALSE(jms.disconnect());
-    EXPECT_EQ(toolkit.errors.size(), 2U);
 }
 
 TEST_F(Bridge, FailsToInitWithoutLeftovers) {
     struct Row {
-        const char* what;
-        const char* missing;
-        const char* method;
+        const char *what, *missing, *method;
         fake::Answer answer;
         size_t globals;
     };
     const Row kRows[] = {
         {"no class", "com/morvex/kel/connectors/JmsConnector", "", {}, 0},
         {"no constructor", "<init>", "", {}, 0},
-        {"constructor throws", "", "<init>", {nullptr, JNI_FALSE, true}, 0},
-        {"connect refuses", "", "connectForInput", {nullptr, JNI_FALSE, false}, 1},
-        {"connect answers 2", "", "connectForInput", {nullptr, 2, false}, 1},
-        {"connect throws", "", "connectForInput", {nullptr, JNI_TRUE, true}, 1},
+        {"constructor throws", "", "<init>", kThrows, 0},
+        {"connect refuses", "", "connectForInput", kFalse, 1},
+        {"connect answers 2", "", "connectForInput", kTwo, 1},
+        {"connect throws", "", "connectForInput", kThrows, 1},
         {"a method is missing", "receiveCustomMessage", "", {}, 1},
         {"connect is missing", "connectForInput", "", {}, 1},
     };
@@ -159,9 +131,7 @@ TEST_F(Bridge, FailsToInitWithoutLeftovers) {
         EXPECT_FALSE(other.init("CF", "QUEUE", "Q", true, true, false, columnMap, "ctx", "url", "id", "sub"));
         EXPECT_EQ(fresh.leftOver(row.globals), "");
         std::string text;
-        if (row.globals == 0) {
-            EXPECT_FALSE(other.receiveTextMessage(text) || other.disconnect());
-        }
+        EXPECT_FALSE(row.globals == 0 && (other.receiveTextMessage(text) || other.disconnect()));
     }
 }
 
@@ -171,12 +141,12 @@ TEST_F(Bridge, AnInitThatFailsGivesUpTheConnectorOfBefore) {
     EXPECT_FALSE(init());
     EXPECT_EQ(jms.jvm, &jvm.vm);
     _globaljvm = &jvm.vm;
-    jvm.answer("connectForInput", {nullptr, JNI_FALSE, false});
+    jvm.answer("connectForInput", kFalse);
     EXPECT_FALSE(init());
     std::string text;
-    jvm.answer("receiveTextMessage", {fake::string("the ids are there"), JNI_TRUE, false});
+    jvm.answer("receiveTextMessage", answering(fake::string("the ids are there")));
     EXPECT_TRUE(jms.receiveTextMessage(text));
-    jvm.answer("<init>", {nullptr, JNI_FALSE, true});
+    jvm.answer("<init>", kThrows);
     EXPECT_FALSE(init());
     jvm.takeCalls();
     EXPECT_FALSE(jms.receiveTextMessage(text) || jms.disconnect());
@@ -190,11 +160,10 @@ TEST_F(Bridge, InitialisesTheConverter) {
     EXPECT_TRUE(jms.initConverter("C", "param", true));
     EXPECT_TRUE(jms.initConverter("C", "param", false));
     EXPECT_EQ(jvm.takeCalls(), (Calls{"initInConverter(C,param)", "initOutConverter(C,param)"}));
-    for (const int answer : {0, 2}) {
-        jvm.answer("initInConverter", {nullptr, static_cast<jboolean>(answer), false});
-        jvm.answer("disconnect", {nullptr, static_cast<jboolean>(answer), false});
-        EXPECT_FALSE(jms.initConverter("C", "param", true));
-        EXPECT_FALSE(jms.disconnect());
+    for (const fake::Answer& refusal : {kFalse, kTwo}) {
+        jvm.answer("initInConverter", refusal);
+        jvm.answer("disconnect", refusal);
+        EXPECT_FALSE(jms.initConverter("C", "param", true) || jms.disconnect());
     }
     EXPECT_EQ(jvm.leftOver(1), "");
 }
@@ -212,7 +181,7 @@ TEST_F(Bridge, LeavesAnExceptionWhereItDoesNotLook) {
     };
     for (const auto& [method, use] : kOperations) {
         SCOPED_TRACE(method);
-        jvm.answer(method, {nullptr, JNI_TRUE, true});
+        jvm.answer(method, kThrows);
         EXPECT_FALSE(use());
         EXPECT_TRUE(jvm.pending);
         EXPECT_TRUE(jms.exceptionOccurred(&jvm.env));
@@ -222,12 +191,12 @@ TEST_F(Bridge, LeavesAnExceptionWhereItDoesNotLook) {
 
 TEST_F(Bridge, JudgesACommitByTheWordThatTheVoidCallLeaves) {
     ASSERT_TRUE(init());
-    jvm.answer("commitTransaction", {fake::string("any word"), JNI_TRUE, false});
+    jvm.answer("commitTransaction", answering(fake::string("any word")));
     EXPECT_TRUE(jms.commitTransaction());
-    jvm.answer("commitTransaction", {nullptr, JNI_TRUE, false});
-    EXPECT_FALSE(jms.commitTransaction());
-    jvm.answer("commitTransaction", {fake::string("any word"), JNI_TRUE, true});
-    EXPECT_FALSE(jms.commitTransaction());
+    for (const fake::Answer& failure : {kNull, fake::Answer{fake::string("any word"), JNI_TRUE, true}}) {
+        jvm.answer("commitTransaction", failure);
+        EXPECT_FALSE(jms.commitTransaction());
+    }
     EXPECT_EQ(jvm.leftOver(1), "");
 }
 
@@ -244,25 +213,16 @@ TEST_F(Bridge, DisconnectsOnAnEnvironmentOfItsOwn) {
 
 TEST_F(Bridge, ReceivesText) {
     ASSERT_TRUE(init());
-    struct Row {
-        fake::Answer answer;
-        bool received;
-        const char* text;
-    };
-    const Row kRows[] = {
-        {{fake::string("Trades,i,IBM"), JNI_TRUE, false}, true, "Trades,i,IBM"},
-        {{fake::string(""), JNI_TRUE, false}, true, ""},
-        {{fake::string("\xED\xA0\xBD\xED\xB8\x80\xC0\x80"), JNI_TRUE, false},
-         true,
-         "\xED\xA0\xBD\xED\xB8\x80\xC0\x80"},
-        {{nullptr, JNI_TRUE, false}, false, "old"},
-        {{nullptr, JNI_TRUE, true}, false, "old"},
-    };
-    for (const Row& row : kRows) {
+    for (const std::string expected : {"Trades,i,IBM", "", "\xED\xA0\xBD\xED\xB8\x80\xC0\x80"}) {
         std::string text = "old";
-        jvm.answer("receiveTextMessage", row.answer);
-        EXPECT_EQ(jms.receiveTextMessage(text), row.received);
-        EXPECT_EQ(text, row.text);
+        jvm.answer("receiveTextMessage", answering(fake::string(expected)));
+        EXPECT_TRUE(jms.receiveTextMessage(text));
+        EXPECT_EQ(text, expected);
+        for (const fake::Answer& failure : {kNull, kThrows}) {
+            jvm.answer("receiveTextMessage", failure);
+            EXPECT_FALSE(jms.receiveTextMessage(text));
+            EXPECT_EQ(text, expected);
+        }
         EXPECT_EQ(jvm.leftOver(1), "");
     }
 }
@@ -300,27 +260,21 @@ TEST_F(Bridge, LaysArraysIntoTheRow) {
         SCOPED_TRACE(testing::Message() << expected.kind << " " << expected.row);
         adapter.clearData(row);
         adapter.setOp(row, 'o');
-        const char* method = expected.kind == kCustom ? "receiveCustomMessage" : "receiveObjectArrayMessage";
-        jvm.answer(method, {fake::array(expected.message), JNI_TRUE, false});
+        const bool isCustom = expected.kind == kCustom, isPrefixed = expected.kind == kPrefixed;
+        jvm.answer(isCustom ? "receiveCustomMessage" : "receiveObjectArrayMessage", answering(fake::array(expected.message)));
         jvm.takeCalls();
-        EXPECT_EQ(expected.kind == kCustom
-                      ? jms.receiveCustomMessage("Trades", row)
-                      : jms.receiveObjectArrayMessage("Trades", row, expected.kind == kPrefixed),
+        EXPECT_EQ(isCustom ? jms.receiveCustomMessage("Trades", row) : jms.receiveObjectArrayMessage("Trades", row, isPrefixed),
                   expected.received);
         EXPECT_EQ(fake::show(*toolkit.row), expected.row);
-        EXPECT_EQ(jvm.takeCalls(),
-                  (Calls{expected.kind == kCustom     ? "receiveCustomMessage()"
-                         : expected.kind == kPrefixed ? "receiveObjectArrayMessage(true)"
-                                                      : "receiveObjectArrayMessage(false)"}));
+        const std::string prefixed = isPrefixed ? "true" : "false";
+        EXPECT_EQ(jvm.takeCalls(), Calls{isCustom ? "receiveCustomMessage()" : "receiveObjectArrayMessage(" + prefixed + ")"});
         EXPECT_EQ(jvm.leftOver(1), "");
     }
     EXPECT_TRUE(jvm.lookUps.empty());  // this is the hot path
-    for (const fake::Answer& failure :
-         {fake::Answer{nullptr, JNI_TRUE, false}, fake::Answer{nullptr, JNI_TRUE, true}}) {
+    for (const fake::Answer& failure : {kNull, kThrows}) {
         jvm.answer("receiveObjectArrayMessage", failure);
         jvm.answer("receiveCustomMessage", failure);
-        EXPECT_FALSE(jms.receiveObjectArrayMessage("Trades", row, true) ||
-                     jms.receiveCustomMessage("Trades", row));
+        EXPECT_FALSE(jms.receiveObjectArrayMessage("Trades", row, true) || jms.receiveCustomMessage("Trades", row));
         EXPECT_EQ(jvm.leftOver(1), "");
     }
 }
@@ -329,23 +283,15 @@ TEST_F(Bridge, SendsTheRow) {
     ASSERT_TRUE(init(false));
     jvm.takeCalls();
     void* row = newRow();
-    adapter.setFieldAsStringWithIndex(row, 0, "IBM");
-    adapter.setFieldAsStringWithIndex(row, 1, nullptr);
-    adapter.setFieldAsStringWithIndex(row, 2, "25.5");
+    int column = 0;
+    for (const char* value : {"IBM", static_cast<const char*>(nullptr), "25.5"}) adapter.setFieldAsStringWithIndex(row, column++, value);
     adapter.setOp(row, 'u');
-    EXPECT_TRUE(jms.sendTextMessage("body", row));
-    EXPECT_TRUE(jms.sendObjectArrayMessage("Trades", row, true));
-    EXPECT_TRUE(jms.sendObjectArrayMessage("Trades", row, false));
-    EXPECT_TRUE(jms.sendCustomMessage("Trades", row));
-    EXPECT_EQ(jvm.takeCalls(), (Calls{"sendTextMessage(body,[IBM null 25.5])",
-                                      "sendObjectArrayMessage([Trades u IBM null 25.5],true)",
-                                      "sendObjectArrayMessage([IBM null 25.5],false)",
-                                      "sendCustomMessage([Trades u IBM null 25.5])"}));
-    for (const char* method : {"sendTextMessage", "sendObjectArrayMessage", "sendCustomMessage"}) {
-        jvm.answer(method, {nullptr, 2, false});
-    }
-    EXPECT_FALSE(jms.sendTextMessage("", row) || jms.sendObjectArrayMessage("", row, false) ||
-                 jms.sendCustomMessage("", row));
+    EXPECT_TRUE(jms.sendTextMessage("body", row) && jms.sendObjectArrayMessage("Trades", row, true) &&
+                jms.sendObjectArrayMessage("Trades", row, false) && jms.sendCustomMessage("Trades", row));
+    EXPECT_EQ(jvm.takeCalls(), (Calls{"sendTextMessage(body,[IBM null 25.5])", "sendObjectArrayMessage([Trades u IBM null 25.5],true)",
+                                      "sendObjectArrayMessage([IBM null 25.5],false)", "sendCustomMessage([Trades u IBM null 25.5])"}));
+    for (const char* method : {"sendTextMessage", "sendObjectArrayMessage", "sendCustomMessage"}) jvm.answer(method, kTwo);
+    EXPECT_FALSE(jms.sendTextMessage("", row) || jms.sendObjectArrayMessage("", row, false) || jms.sendCustomMessage("", row));
     EXPECT_EQ(jvm.leftOver(1), "");
 }
 

@@ -9,66 +9,44 @@ using namespace MORVEX::Kel;
 using Strings = std::vector<std::string>;
 
 TEST(StringUtils, SplitsAtTheFirstDelimiter) {
-    const Strings kRows[] = {
-        {"a=b=c", "a", "b=c"}, {"abc", "abc", ""}, {"=x", "", "x"}, {"x=", "x", ""}, {"", "", ""}};
+    const Strings kRows[] = {{"a=b=c", "a", "b=c"}, {"abc", "abc", ""}, {"=x", "", "x"}, {"x=", "x", ""}, {"", "", ""}};
     for (const Strings& row : kRows) {
-        std::string source = row[0];
-        std::string first = "old";
-        std::string second = "old";
+        std::string source = row[0], first = "old", second = "old";
         splitString(source, '=', first, second);
         EXPECT_EQ((Strings{source, first, second}), row);
     }
-    std::string both = "k=v";
-    std::string value;
+    std::string both = "k=v", value;
     splitString(both, '=', both, value);
     EXPECT_EQ(both + "|" + value, "k|v");
 }
 
-TEST(StringUtils, SplitsIntoAllFieldsBehindThoseThatAreThere) {
-    const std::pair<std::string, Strings> kRows[] = {
-        {"a,,b,", {"a", "", "b", ""}},           {"", {""}}, {"abc", {"abc"}}, {",", {"", ""}},
-        {std::string("a,b\0,c", 6), {"a", "b"}},
-    };
+TEST(StringUtils, SplitsIntoAllFieldsBehindThoseThatAreThereAndJoins) {
+    const std::pair<std::string, Strings> kRows[] = {{"a,,b,", {"a", "", "b", ""}}, {"", {""}}, {"abc", {"abc"}}, {",", {"", ""}}};
     for (const auto& [text, expected] : kRows) {
-        std::string source = text;
+        std::string source = text, joined = "old";
         Strings fields = {"old"};
         EXPECT_EQ(splitString(source, ',', fields), expected.size() + 1);
-        EXPECT_EQ(Strings(fields.begin() + 1, fields.end()), expected);
-        EXPECT_EQ(source, text);
+        fields.erase(fields.begin());
+        EXPECT_EQ(fields, expected);
+        joinString(fields, ',', joined);
+        EXPECT_TRUE(source == text && joined == text) << joined;
     }
-}
-
-TEST(StringUtils, Joins) {
-    const std::pair<Strings, const char*> kRows[] = {
-        {{"a", "", "b"}, "a,,b"}, {{}, ""}, {{"x"}, "x"}, {{"", ""}, ","}};
-    for (auto [elements, expected] : kRows) {
-        std::string joined = "old";
-        joinString(elements, ',', joined);
-        EXPECT_EQ(joined, expected);
-    }
+    std::string joined = "old", cut("a,b\0,c", 6);
+    Strings fields;
+    joinString(fields, ',', joined);
+    EXPECT_EQ(joined, "");
+    EXPECT_EQ(splitString(cut, ',', fields), 2U);  // up to the NUL
+    EXPECT_EQ(fields, (Strings{"a", "b"}));
 }
 
 TEST(StringUtils, Trims) {
-    struct Row {
-        std::string text, whiteSpace, space;
-    };
-    const Row kRows[] = {
-        {"\t a \t\tb  ", "a b", "\t a \t\tb"},
-        {"   ", "", ""},
-        {"", "", ""},
-        {"a\nb", "a\nb", "a\nb"},
-        {"\t a ", "a", "\t a"},
-        {"\n x", "\n x", "\n x"},
-        {"  a  b  ", "a b", "a  b"},
-        {"\t", "", "\t"},
-    };
-    for (const Row& row : kRows) {
-        std::string one = row.text;
-        std::string two = row.text;
+    const Strings kRows[] = {
+        {"\t a \t\tb  ", "a b", "\t a \t\tb"}, {"   ", "", ""}, {"", "", ""}, {"a\nb", "a\nb", "a\nb"}, {"\n x", "\n x", "\n x"},
+        {"  a  b  ", "a b", "a  b"},           {"\t", "", "\t"}};
+    for (const Strings& row : kRows) {
+        std::string one = row[0], two = row[0];
         trimWhiteSpace(one);
-        EXPECT_EQ(one, row.whiteSpace) << row.text;
-        EXPECT_EQ(trimSpace(two), row.space) << row.text;
-        EXPECT_EQ(two, row.space);
+        EXPECT_EQ((Strings{one, trimSpace(two), two}), (Strings{row[1], row[2], row[2]})) << row[0];
     }
 }
 
@@ -87,13 +65,14 @@ TEST(StringUtils, FormatsAnyLength) {
 }
 
 TEST(StringUtils, MatchesExtendedExpressionsAnywhere) {
-    struct Row {
-        std::string pattern, subject;
-        bool matches;
-    };
-    for (Row row : {Row{"b+", "abbbc", true}, Row{"^b", "abc", false}, Row{"(", "(", false},
-                    Row{"B", "b", false}, Row{"^(a|b)$", "b", true}, Row{"", "x", true}}) {
-        EXPECT_EQ(regexMatch(row.pattern, row.subject), row.matches) << row.pattern;
+    for (auto [pattern, subject, matches] : {std::tuple("b+", "abbbc", true),
+                                             {"^b", "abc", false},
+                                             {"(", "(", false},
+                                             {"B", "b", false},
+                                             {"^(a|b)$", "b", true},
+                                             {"", "x", true}}) {
+        std::string expression = pattern, text = subject;
+        EXPECT_EQ(regexMatch(expression, text), matches) << pattern;
     }
 }
 
