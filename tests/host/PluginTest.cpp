@@ -17,9 +17,7 @@ std::string failureOf(const std::string& file) {
 
 TEST(Plugin, NamesEveryMissingEntryPoint) {
     const std::string text = failureOf(KEL_NO_PLUGIN);
-    EXPECT_TRUE(text.starts_with(std::string("The plug-in ") + KEL_NO_PLUGIN +
-                                 " lacks the entry points createAdapter, "))
-        << text;
+    EXPECT_TRUE(text.starts_with(std::string("The plug-in ") + KEL_NO_PLUGIN + " lacks the entry points createAdapter, ")) << text;
     EXPECT_TRUE(text.ends_with(", getSampleRow.")) << text;
     EXPECT_TRUE(failureOf("/absent.so").starts_with("The plug-in cannot be loaded: /absent.so: "));
 }

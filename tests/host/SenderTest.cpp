@@ -15,11 +15,10 @@ protected:
     fake::Jvm jvm;
     host::Context context;
     host::RowType type{"Trades", {{"Symbol", 5, true}, {"Shares", 1, false}}};
-    host::Parameters parameters{{"dataFormat", "CSV"},           {"connectionFactory", "CF"},
-                                {"jndiContextFactory", "ctx"},   {"jndiURL", "url"},
-                                {"destinationType", "TOPIC"},    {"destinationName", "D"},
-                                {"subscriptionMode", "DURABLE"}, {"clientID", "me"},
-                                {"subscriptionName", "sub"}};
+    host::Parameters parameters{
+        {"dataFormat", "CSV"},        {"connectionFactory", "CF"}, {"jndiContextFactory", "ctx"},   {"jndiURL", "url"},
+        {"destinationType", "TOPIC"}, {"destinationName", "D"},    {"subscriptionMode", "DURABLE"}, {"clientID", "me"},
+        {"subscriptionName", "sub"}};
     host::Sender sender{context, type, parameters};
 
     std::string failureOf(const std::string& text) {
@@ -39,8 +38,8 @@ TEST_F(Sending, TextsGoOutOneByOne) {
     sender.send("Trades,i,IBM");
     sender.send("");
     sender.send("\xF0\x9F\x98\x80");
-    EXPECT_EQ(jvm.takeCalls(), (Calls{"sendTextMessage(Trades,i,IBM,[])", "sendTextMessage(,[])",
-                                      "sendTextMessage(\xED\xA0\xBD\xED\xB8\x80,[])"}));
+    EXPECT_EQ(jvm.takeCalls(),
+              (Calls{"sendTextMessage(Trades,i,IBM,[])", "sendTextMessage(,[])", "sendTextMessage(\xED\xA0\xBD\xED\xB8\x80,[])"}));
     EXPECT_EQ(failureOf("ab\xFF"), "this is no UTF-8, at byte 2.");
     EXPECT_TRUE(jvm.takeCalls().empty());
     EXPECT_EQ(jvm.leftOver(1), "");
@@ -52,15 +51,13 @@ TEST_F(Sending, ArraysGoOutAsTheyStand) {
     jvm.takeCalls();
     sender.send(R"(["Trades", "i", null, "a\u0000\ud83d\ude00", null])");
     sender.send(" [ ] ");
-    EXPECT_EQ(jvm.takeCalls(),
-              (Calls{"sendObjectArrayMessage([Trades i null a\xC0\x80\xED\xA0\xBD\xED\xB8\x80 null],false)",
-                     "sendObjectArrayMessage([],false)"}));
+    EXPECT_EQ(jvm.takeCalls(), (Calls{"sendObjectArrayMessage([Trades i null a\xC0\x80\xED\xA0\xBD\xED\xB8\x80 null],false)",
+                                      "sendObjectArrayMessage([],false)"}));
     for (const char* text : {"", "[", "[1]", "[\"a\",[]]", "{}", "[\"a\"] x", "\"a\"", "[true]"}) {
         EXPECT_TRUE(failureOf(text).starts_with("this is no JSON array of strings and nulls")) << text;
     }
     for (const std::string& text : {std::string("[null]\0[]", 9), std::string("[null\0]", 7)})
-        EXPECT_TRUE(failureOf(text).ends_with(", at byte " + std::to_string(text.find('\0')) + "."))
-            << failureOf(text);
+        EXPECT_TRUE(failureOf(text).ends_with(", at byte " + std::to_string(text.find('\0')) + ".")) << failureOf(text);
     EXPECT_TRUE(jvm.takeCalls().empty());
 }
 

@@ -149,8 +149,7 @@ TEST(ToolkitCatalogue, TextsKeysAndSeverities) {
     std::string error;
     ASSERT_TRUE(host::loadCatalogue(file, error)) << error;
     EXPECT_EQ(take(getL10NMessage(nullptr, "300281-7_A")), "300281-7_A: plain = text");
-    EXPECT_EQ(take(getL10NMessageWithTwoParams(nullptr, "300288-3_B", "one", "{1}")),
-              "300288-3_B: {1} before one, {9} {x");
+    EXPECT_EQ(take(getL10NMessageWithTwoParams(nullptr, "300288-3_B", "one", "{1}")), "300288-3_B: {1} before one, {9} {x");
     EXPECT_EQ(take(getL10NMessageWithParam(nullptr, "300289-3_C", nullptr)), "300289-3_C ");
     const char* params[] = {"1", "2", "3"};
     EXPECT_EQ(take(getL10NMessageWithMultParams(nullptr, "unknown", 3, params)), "unknown 1 2 3");
@@ -160,8 +159,7 @@ TEST(ToolkitCatalogue, TextsKeysAndSeverities) {
         EXPECT_NE(error.find(file), std::string::npos);
     }
     EXPECT_FALSE(host::loadCatalogue(file + ".absent", error));
-    EXPECT_EQ(take(getL10NMessage(nullptr, "300281-7_A")), "300281-7_A: plain = text")
-        << "the loaded one stays";
+    EXPECT_EQ(take(getL10NMessage(nullptr, "300281-7_A")), "300281-7_A: plain = text") << "the loaded one stays";
 
     struct {
         const char* key;
