@@ -20,8 +20,7 @@ TEST(LineSource, GivesLinesAsTheyStandAndStartsOver) {
     host::LineSource source(file);
     std::string line;
     for (int round = 0; round < 2; ++round) {
-        for (const std::string& expected :
-             {std::string("a\r"), std::string(), longLine, std::string("last")}) {
+        for (const std::string& expected : {std::string("a\r"), std::string(), longLine, std::string("last")}) {
             ASSERT_TRUE(source.next(line));
             EXPECT_EQ(line, expected);
         }

@@ -16,9 +16,7 @@ using Texts = std::vector<std::pair<const char*, const char*>>;  // column or ""
 
 class RowConversion : public ::testing::Test {
 protected:
-    host::RowType type{
-        "T",
-        {{"Key", 5, true}, {"Short", 0, false}, {"Int", 1, false}, {"Long", 2, false}, {"Float", 3, false}}};
+    host::RowType type{"T", {{"Key", 5, true}, {"Short", 0, false}, {"Int", 1, false}, {"Long", 2, false}, {"Float", 3, false}}};
     void* errors = createConnectionErrors();
     ~RowConversion() override { deleteConnectionErrors(errors); }
 
@@ -49,11 +47,9 @@ protected:
 
 TEST_F(RowConversion, Rows) {
     const std::string begin = R"({"stream":"T","op":"i","seq":41,"row":{"Key":"k",)";
-    EXPECT_EQ(
-        convert(false, {{"", "k"}, {"", "-32768"}, {"", "+7"}, {"", "9223372036854775807"}, {"", "25.50"}}),
-        begin + "\"Short\":-32768,\"Int\":7,\"Long\":9223372036854775807,\"Float\":25.5}}\n");
-    EXPECT_EQ(convert(false, {{"", "k"}}),
-              begin + "\"Short\":null,\"Int\":null,\"Long\":null,\"Float\":null}}\n");
+    EXPECT_EQ(convert(false, {{"", "k"}, {"", "-32768"}, {"", "+7"}, {"", "9223372036854775807"}, {"", "25.50"}}),
+              begin + "\"Short\":-32768,\"Int\":7,\"Long\":9223372036854775807,\"Float\":25.5}}\n");
+    EXPECT_EQ(convert(false, {{"", "k"}}), begin + "\"Short\":null,\"Int\":null,\"Long\":null,\"Float\":null}}\n");
     EXPECT_EQ(convert(true, {{"Long", "1"}, {"Key", "k"}, {"Float", nullptr}}),
               begin + "\"Short\":null,\"Int\":null,\"Long\":1,\"Float\":null}}\n");
 }
@@ -74,15 +70,9 @@ TEST_F(RowConversion, Refusals) {
          {{"", "k"}, {"", "1"}, {"", "1"}, {"", "1"}, {"", "1"}, {"", "x"}},
          "field 5 (counted from 0), the text \"x\", has no column; there are 5: Key, Short, Int, Long, "
          "Float."},
-        {true,
-         {{"Key", "k"}, {"Prize", nullptr}},
-         "there is no column \"Prize\" for null; the columns are Key, Short, Int, Long, Float."},
-        {false,
-         {{"", nullptr}, {"", "1"}},
-         "key column \"Key\" (string) is null in the message; a key column needs a value."},
-        {true,
-         {{"Int", "1"}},
-         "key column \"Key\" (string) is null in the message; a key column needs a value."},
+        {true, {{"Key", "k"}, {"Prize", nullptr}}, "there is no column \"Prize\" for null; the columns are Key, Short, Int, Long, Float."},
+        {false, {{"", nullptr}, {"", "1"}}, "key column \"Key\" (string) is null in the message; a key column needs a value."},
+        {true, {{"Int", "1"}}, "key column \"Key\" (string) is null in the message; a key column needs a value."},
     };
     for (const auto& row : rows) EXPECT_EQ(convert(row.byNames, row.fields), "Stream \"T\": " + row.sentence);
     // A long text is cut between characters, a pair of halves being one.
@@ -93,8 +83,7 @@ TEST_F(RowConversion, Refusals) {
     for (const auto& [count, end, kept] : cuts) {
         const std::string plain(count, 'x');
         const std::string text = plain + end;
-        EXPECT_NE(convert(true, {{"Key", "k"}, {"Int", text.c_str()}}).find('"' + plain + kept + "...\" ("),
-                  std::string::npos)
+        EXPECT_NE(convert(true, {{"Key", "k"}, {"Int", text.c_str()}}).find('"' + plain + kept + "...\" ("), std::string::npos)
             << count << end;
     }
 }
@@ -134,12 +123,10 @@ TEST_F(RowConversion, Types) {
 
 TEST_F(RowConversion, Opcodes) {
     const auto opOf = [](const std::string& line) { return line.substr(line.find("\"op\":") + 6, 1); };
-    for (const char op : {'i', 'u', 'd', 'p', 's'})
-        EXPECT_EQ(opOf(convert(false, {{"", "k"}}, op)), std::string(1, op));
+    for (const char op : {'i', 'u', 'd', 'p', 's'}) EXPECT_EQ(opOf(convert(false, {{"", "k"}}, op)), std::string(1, op));
     EXPECT_EQ(opOf(convert(true, {{"Key", "k"}, {"KEL_OPS", "delete"}}, 'u')), "d");
     EXPECT_EQ(opOf(convert(true, {{"Key", "k"}, {"KEL_OPS", nullptr}})), "i");
-    const std::string allowed =
-        " is none; allowed are i (insert), u (update), d (delete), p (upsert) and s (safe delete).";
+    const std::string allowed = " is none; allowed are i (insert), u (update), d (delete), p (upsert) and s (safe delete).";
     EXPECT_EQ(convert(false, {{"", "k"}}, 'I'), "Stream \"T\": the opcode \"I\"" + allowed);
     EXPECT_EQ(convert(true, {{"Key", "k"}, {"KEL_OPS", ""}}), "Stream \"T\": the opcode \"\"" + allowed);
 }
