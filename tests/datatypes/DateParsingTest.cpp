@@ -63,6 +63,7 @@ TEST(CalendarSeconds, TakeFieldsAsTheyAre) {
                                            {broken(70, 12, 1), -1},
                                            {broken(70, -1, 1), -1},
                                            {broken(70, 0, 1, 30, 70, 70), 112270},
+                                           {broken(300, 2, 1), 7263216000},
                                            {broken(8099, 11, 31), 253402214400}};
     for (const auto& [time, seconds] : rows) EXPECT_EQ(tm2sec(&time), seconds) << time.tm_year << " " << time.tm_mon;
 }
