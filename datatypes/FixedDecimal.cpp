@@ -23,7 +23,8 @@ uint64_t makeShape(int precision, int scale) {
 
 // Moves a value to a scale and precision at which it is the same number.
 bool rescale(FixedDecimalValue& value, int precision, int scale) {
-    if (precision > kMaxDecimalPrecision) return false;
+    constexpr int kMaxScale = 0xff;  // a byte of the third word
+    if (precision > kMaxDecimalPrecision || scale > kMaxScale) return false;
     if (!decimal_shift(value.high, value.low, scale - value.scale())) return false;
     value.shape = makeShape(precision, scale);
     return true;

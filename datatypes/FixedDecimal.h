@@ -48,8 +48,8 @@ struct FixedDecimalValue {
     static unsigned int toMaxScale(FixedDecimalValue& a, FixedDecimalValue& b);
 };
 
-// Type-code level: the decimal code of an operation's result from two decimal codes; false, with `result`
-// untouched, when its precision exceeds 34.
+// Type-code level: the decimal code of an operation's result from two decimal codes whose scale is at most
+// their precision; false, with `result` untouched, when its precision exceeds 34.
 bool getFixedDecimalAdditionResultType(unsigned int& result, const unsigned int& a, const unsigned int& b);
 bool getFixedDecimalSubtractionResultType(unsigned int& result, const unsigned int& a, const unsigned int& b);
 bool getFixedDecimalMultiplicationResultType(unsigned int& result, const unsigned int& a,

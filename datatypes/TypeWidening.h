@@ -10,9 +10,9 @@ namespace DataTypes {
 // kinds go to the one with fewer places. Types that do not combine leave the target as it is.
 void maximizeAnyType(unsigned int& target, const unsigned int& other);
 
-// The strict rule: false, with `target` untouched, when the two types cannot share a column (a string with a
-// number, two money kinds of different places, int16 as the target with boolean, the reserved kind with
-// anything).
+// The strict rule: false, with `target` untouched, when the two types cannot share a column: string or binary
+// with any other type; a money kind with anything but itself, boolean, float, a decimal and, up to 9 places,
+// integer; int16 as the target with boolean; the reserved kind with anything. The untyped kind gives way.
 bool maximizeType(unsigned int& target, const unsigned int& other);
 
 }  // namespace DataTypes
