@@ -161,20 +161,22 @@ TEST_F(Delivery, AnOutageIsNoBadRow) {
     EXPECT_NE(host.errors().find("bad 0"), std::string::npos) << host.errors();
 }
 
-TEST_F(Delivery, AStopDuringAnOutageIsPrompt) {
-    Broker broker(scratch);
-    const std::string config = scratch.write("c.toml", Stream::durable(broker.url(), 1).text());
+TEST_F(Delivery, AStopDuringAnOutageIsPromptAndTheReturnGetsTheRest) {
+    Broker broker(scratch, true);
+    const std::string config = scratch.write("c.toml", Stream::durable(broker.url(), 100).text());
     HostProcess host(scratch, "run", run(config));
     ASSERT_TRUE(host.waitForError("ready")) << host.errors();
+    send(scratch, config, numberedMessages(scratch, 1, 250));
     broker.kill();
     ASSERT_TRUE(host.waitForError("was lost")) << host.errors();
-    sleepFor(0.5);
+    sleepFor(0.5);  // in the middle of connecting again
     host.signal(SIGTERM);
     EXPECT_EQ(host.wait(Seconds(3)), 0) << host.errors();
-    // The client ID is free at once: for the same subscription, as after a crash of the provider.
     broker.start();
-    HostProcess next(scratch, "run", run(config, {"--idle", "0.2"}));
+    send(scratch, config, numberedMessages(scratch, 251, 300));
+    HostProcess next(scratch, "run", run(config, {"--idle", "2"}));  // the same client ID
     EXPECT_EQ(next.wait(), 0) << next.errors();
+    report("stopped while reconnecting", 300, 1);
 }
 
 }  // namespace
