@@ -67,8 +67,9 @@ public:
     // The sum of the bytes as signed characters, modulo 256 with the sum's sign: 0 to 255 for ASCII text.
     int calculateCheckSum(const std::string& text) const;
 
-    // Appends the parts of `text` between the delimiters, empty ones included. An empty text has two empty
-    // parts if the delimiter is one character long. An empty delimiter is found nowhere.
+    // Appends the parts of `text` between the delimiters, empty ones included. A text one character shorter
+    // than the delimiter has an empty part more: so an empty text has two. An empty delimiter is found
+    // nowhere.
     void splitString(const std::string& text, const std::string& delimiter,
                      std::vector<std::string>& parts) const;
 

@@ -48,11 +48,17 @@ std::vector<bool> takeKeys(const LoadedAdapter& adapter) {
     return keys;
 }
 
-[[noreturn]] void fail(const Session& session, const LoadedAdapter& adapter) {
+[[noreturn]] void fail(const Session& session, const LoadedAdapter& adapter, bool hasSamples = false) {
     if (adapter.isStopped()) throw Failure("Stopped before the discovery was done.");
-    throw Failure("No message of " + inQuotes(parameter(session, "destinationName")) +
-                  " could be taken for a sample, so nothing is proposed: none waits there, or none is a " +
-                  parameter(session, "dataFormat") + " message, or a reason stands above.");
+    if (hasSamples)
+        throw Failure(
+            "The samples from " + inQuotes(parameter(session, "destinationName")) +
+            " hold nothing that could be a column, so nothing is proposed: in XML the first message that "
+            "parses has no attributes, in FIX no message has a named field besides its frame.");
+    throw Failure(
+        "No message of " + inQuotes(parameter(session, "destinationName")) +
+        " could be taken for a sample, so nothing is proposed: none waits there, or none is of the format " +
+        parameter(session, "dataFormat") + ", or a reason stands above.");
 }
 
 // The first of the entry points discovers, the others answer from what it found.
@@ -77,7 +83,7 @@ Discovery discover(const Session& session, const LoadedAdapter& adapter) {
     if (found.types.size() != found.names.size())
         throw Failure("The adapter answers " + std::to_string(found.names.size()) + " names but " +
                       std::to_string(found.types.size()) + " types.");
-    if (found.names.empty() || found.samples.empty()) fail(session, adapter);
+    if (found.names.empty() || found.samples.empty()) fail(session, adapter, !found.samples.empty());
     return found;
 }
 

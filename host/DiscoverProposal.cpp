@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "host/Console.h"
 #include "host/toolkit/Text.h"
 
 namespace host {
@@ -60,15 +61,23 @@ private:
     }
 
     bool findPrefix() const {
-        if (!expectsPrefix() || discovery_.names.size() < kPrefix) return false;
-        if (format_ == "CUSTOM") return true;  // a converter always yields both
+        if (!expectsPrefix()) return false;
+        const bool hasFields = discovery_.names.size() > kPrefix;
+        if (format_ == "CUSTOM") {  // a converter always yields both
+            if (hasFields) return true;
+            throw Failure(
+                "The converter's rows hold stream name and opcode alone, so there is no column to propose.");
+        }
+        if (!hasFields) return false;
+        // A run refuses an object array without a field behind the prefix, so such a sample has none.
+        const size_t least = format_ == "OBJECTARRAY" ? kPrefix + 1 : kPrefix;
         const std::string& stream = asked_.empty() ? discovery_.samples.front().front() : asked_;
         const auto isOpcode = [](const std::string& field) {
             return field.size() == 1 && std::string_view(kOpcodes).find(field[0]) != std::string_view::npos;
         };
         bool isOwn = false;
         for (const Row& row : discovery_.samples) {
-            if (row.size() < kPrefix || row[0].empty() || !isOpcode(row[1])) return false;
+            if (row.size() < least || row[0].empty() || !isOpcode(row[1])) return false;
             isOwn = isOwn || row[0] == stream;
             if (asked_.empty() && row[0] != stream) return false;
         }
