@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <map>
+#include <memory>
 #include <random>
 
 #include "tests/jmsin/AdapterFixture.h"
@@ -13,13 +14,14 @@
 namespace {
 
 std::optional<xml::Match> byPattern(const std::string& pattern, const std::string& text) {
-    static std::map<std::string, pcre*> compiled;
+    const auto release = [](pcre* code) { pcre_free(code); };
+    static std::map<std::string, std::unique_ptr<pcre, decltype(release)>> compiled;
     const char* error = nullptr;
     int errorAt = 0;
-    pcre*& code = compiled[pattern];
-    if (code == nullptr) code = pcre_compile(pattern.c_str(), 0, &error, &errorAt, nullptr);
+    auto& code = compiled[pattern];
+    if (!code) code.reset(pcre_compile(pattern.c_str(), 0, &error, &errorAt, nullptr));
     int o[9];
-    const int found = pcre_exec(code, nullptr, text.data(), static_cast<int>(text.size()), 0, 0, o, 9);
+    const int found = pcre_exec(code.get(), nullptr, text.data(), static_cast<int>(text.size()), 0, 0, o, 9);
     if (found != 3) return std::nullopt;
     return xml::Match{static_cast<size_t>(o[2]), static_cast<size_t>(o[3]), static_cast<size_t>(o[4]), static_cast<size_t>(o[5]),
                       static_cast<size_t>(o[1])};
