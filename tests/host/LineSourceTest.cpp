@@ -31,7 +31,7 @@ TEST(LineSource, GivesLinesAsTheyStandAndStartsOver) {
     EXPECT_TRUE(source.rest(line));
     EXPECT_EQ(line, "a\r\n\n" + longLine + "\nlast");
     EXPECT_THROW(host::LineSource(file + ".absent"), host::Failure);
-    EXPECT_THROW(host::LineSource(testing::TempDir()), host::Failure);
+    EXPECT_THROW(host::LineSource{testing::TempDir()}, host::Failure);
 }
 
 TEST(LineSource, AStopEndsTheWaitForAPipe) {
