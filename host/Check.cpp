@@ -84,10 +84,7 @@ public:
 
 private:
     // As it stands in the file; "" when it does not.
-    std::string text(const char* name) const {
-        const auto found = settings_.connection.find(name);
-        return found != settings_.connection.end() ? toUtf8(found->second) : std::string();
-    }
+    std::string text(const char* name) const { return toUtf8(parameterOf(settings_, name)); }
 
     void problem(const char* name, const std::string& allowed) {
         if (settings_.malformed.contains("connection." + std::string(name))) return;  // that is the problem

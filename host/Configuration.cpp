@@ -2,6 +2,7 @@
 
 #include <toml++/toml.h>
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <limits>
@@ -325,6 +326,16 @@ private:
 };
 
 }  // namespace
+
+std::string parameterOf(const Settings& settings, const char* name) {
+    const auto found = settings.connection.find(name);
+    return found != settings.connection.end() ? found->second : std::string();
+}
+
+bool flagOf(const Settings& settings, const char* name) {
+    return !settings.connection.contains(name) ||
+           std::strtoll(parameterOf(settings, name).c_str(), nullptr, 10) != 0;
+}
 
 std::optional<Settings> readSettings(const std::string& file, const std::vector<std::string>& overrides,
                                      std::vector<std::string>& problems, StreamSection stream) {

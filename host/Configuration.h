@@ -26,6 +26,11 @@ struct Settings {
     int logLevel = 4;
 };
 
+// A connection parameter's text in modified UTF-8, "" for none; and a flag as the adapter reads it: absent is
+// true.
+std::string parameterOf(const Settings& settings, const char* name);
+bool flagOf(const Settings& settings, const char* name);
+
 // Whether the configuration must name a stream and its columns.
 enum class StreamSection { kNeeded, kOptional };
 

@@ -1,5 +1,6 @@
 #include "host/Discover.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <memory>
 
@@ -24,8 +25,7 @@ namespace {
 constexpr char kNoTable[] = "";
 
 std::string parameter(const Session& session, const char* name) {
-    const auto found = session.settings.connection.find(name);
-    return found != session.settings.connection.end() ? toUtf8(found->second) : std::string();
+    return toUtf8(parameterOf(session.settings, name));
 }
 
 // Takes over what an entry point handed out: the strings are array-new buffers, the array is malloc's.
@@ -101,11 +101,22 @@ std::vector<std::string> remarks(const Settings& settings) {
         "what follows the digits is ignored, so that \"7 apples\" is a date."};
 }
 
+// Of XML the proposal needs more than the answers tell; of FIX only the explanation does, and only of samples
+// with blank texts that a second look can find again.
+bool needsPeek(const Session& session, const Discovery& found) {
+    const std::string format = parameter(session, "dataFormat");
+    if (format != "FIX" || parameter(session, "destinationType") == "TOPIC") return format == "XML";
+    return std::any_of(found.samples.begin(), found.samples.end(), [](const auto& sample) {
+        return std::find(sample.begin(), sample.end(), "") != sample.end();
+    });
+}
+
 // Without an explanation a user would not learn of warnings; what else is wrong with one is not asked for.
-void hintAtWarnings(const Discovery& found, const Settings& settings) {
+void hintAtWarnings(const Discovery& found, const Settings& settings,
+                    const std::vector<PeekedMessage>& messages) {
     std::string columns;
     try {
-        const std::vector<Explanation> explanations = explain(found, settings);
+        const std::vector<Explanation> explanations = explain(found, settings, messages);
         for (size_t i = 0; i < explanations.size(); ++i) {
             if (!explanations[i].warnings.empty()) addToList(columns, toUtf8(found.names[i]));
         }
@@ -135,15 +146,15 @@ int runDiscovery(const DiscoverOptions& options) {
     plugin.setDiscovery(adapter.handle());
     adapter.reset();
     const Discovery found = discover(session, adapter);
-    std::vector<XmlSample> xml;
-    if (parameter(session, "dataFormat") == "XML") xml = peekXml(session);
+    std::vector<PeekedMessage> messages;
+    if (needsPeek(session, found)) messages = peek(session, found.samples.size());
 
-    const Proposal proposal = propose(found, asConfigured, streamName, xml);
+    const Proposal proposal = propose(found, asConfigured, streamName, messages);
     std::vector<Explanation> explanations;
     if (options.explain) {
-        explanations = explain(found, asConfigured);
+        explanations = explain(found, asConfigured, messages);
     } else {
-        hintAtWarnings(found, asConfigured);
+        hintAtWarnings(found, asConfigured, messages);
     }
     const Findings findings{found, proposal, explanations, static_cast<size_t>(options.samples),
                             options.explain ? remarks(asConfigured) : std::vector<std::string>()};

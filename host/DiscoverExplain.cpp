@@ -1,7 +1,9 @@
 #include "host/DiscoverExplain.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <functional>
+#include <iterator>
 #include <optional>
 
 #include "datatypes/DataTypes.h"
@@ -49,45 +51,50 @@ std::string named(const Sampled& value) {
     return quoted(value.text) + " (sample " + std::to_string(value.sample) + ")";
 }
 
+using Values = std::vector<Sampled>;
+
+Values withoutBlanks(const Values& values) {
+    Values filled;
+    std::copy_if(values.begin(), values.end(), std::back_inserter(filled),
+                 [](const Sampled& value) { return !value.text.empty(); });
+    return filled;
+}
+
 class SampledColumn {
 public:
-    SampledColumn(const Discovery& discovery, size_t index, const Settings& settings)
-        : name_(discovery.names[index]), type_(discovery.types[index]), formats_(discoveryFormats(settings)) {
-        for (size_t i = 0; i < discovery.samples.size(); ++i) {
-            if (index < discovery.samples[i].size()) add({i + 1, discovery.samples[i][index]});
-        }
-    }
+    SampledColumn(std::string name, std::string type, TemporalFormats formats)
+        : name_(std::move(name)), type_(std::move(type)), formats_(std::move(formats)) {}
 
-    // Samples of XML and FIX hold the empty text both for a blank value, which is a string, and for none at
-    // all, which has no say; the answer tells which it was.
-    Explanation explain(bool blankMayBeAbsent) {
-        std::optional<Decision> decision;
-        if (blankMayBeAbsent) decision = decide(filled_);
-        const std::vector<Sampled>* values = &filled_;
-        if (!decision || DataTypes::typeToString(decision->type) != type_) {
-            values = &all_;
-            decision = decide(all_);
-        }
+    Explanation explain(const Values& values) const {
+        const std::optional<Decision> decision = decide(values);
         const std::string own = decision ? DataTypes::typeToString(decision->type) : "nothing";
         if (own != type_)
             throw Failure("Column " + inQuotes(name_) + ": the adapter proposes " + type_ +
                           ", but the data type library makes " + own + " of its samples.");
         Explanation result;
-        result.sample = (*values)[decision->at].sample;
-        result.value = (*values)[decision->at].text;
+        result.sample = values[decision->at].sample;
+        result.value = values[decision->at].text;
         result.rule = ruleOf(*decision);
-        result.values = values->size();
-        countFits(*values, result);
-        warn(*values, *decision, result);
+        result.values = values.size();
+        countFits(values, result);
+        warn(values, *decision, result);
+        return result;
+    }
+
+    // Where a blank text may be a value or none at all: the type tells which, unless it is a string anyway.
+    Explanation guess(const Values& values) const {
+        const Values filled = withoutBlanks(values);
+        if (filled.size() == values.size()) return explain(values);
+        const auto decision = decide(filled);
+        const bool areNone = decision && DataTypes::typeToString(decision->type) == type_;
+        Explanation result = explain(areNone ? filled : values);
+        result.warnings.push_back(
+            "a second look did not find the samples again, which would tell blank values from absent ones; " +
+            std::string(areNone ? "they are counted as absent" : "they are counted as blank"));
         return result;
     }
 
 private:
-    void add(Sampled value) {
-        if (!value.text.empty()) filled_.push_back(value);
-        all_.push_back(std::move(value));
-    }
-
     bool reads(uint32_t type, const std::string& text) const {
         DataTypes::DataValue ignored;
         const char* error = nullptr;
@@ -105,7 +112,7 @@ private:
         return DataTypes::kString;
     }
 
-    std::optional<Decision> decide(const std::vector<Sampled>& values) const {
+    std::optional<Decision> decide(const Values& values) const {
         if (values.empty()) return std::nullopt;
         Decision decision;
         for (size_t i = 0; i < values.size(); ++i) {
@@ -128,7 +135,7 @@ private:
         return rule;
     }
 
-    void countFits(const std::vector<Sampled>& values, Explanation& result) const {
+    void countFits(const Values& values, Explanation& result) const {
         for (const uint32_t type : kTried) {
             size_t count = 0;
             for (const Sampled& value : values) count += reads(type, value.text) ? 1 : 0;
@@ -137,7 +144,7 @@ private:
         result.fits.emplace_back(DataTypes::typeToString(DataTypes::kString), values.size());
     }
 
-    void warn(const std::vector<Sampled>& values, const Decision& decision, Explanation& result) const {
+    void warn(const Values& values, const Decision& decision, Explanation& result) const {
         if (isNumber(decision.type)) {
             warnOf(values, result, [](const Sampled& value) {
                 return hasLeadingZero(value.text) ? named(value) + " loses its leading zeros as a number"
@@ -147,16 +154,17 @@ private:
         if (isTemporal(decision.type)) {
             warnOf(values, result, [this](const Sampled& value) { return ignoredRest(value); });
         }
-        const auto filled = decide(filled_);
-        if (decision.type == DataTypes::kString && filled && filled->type != DataTypes::kString)
+        const Values filled = withoutBlanks(values);
+        const auto withoutThem = decide(filled);
+        if (decision.type == DataTypes::kString && withoutThem && withoutThem->type != DataTypes::kString)
             result.warnings.push_back("only blank values make it a string, " +
-                                      std::to_string(all_.size() - filled_.size()) + " of " +
-                                      std::to_string(all_.size()) + "; without them it is " +
-                                      DataTypes::typeToString(filled->type));
+                                      std::to_string(values.size() - filled.size()) + " of " +
+                                      std::to_string(values.size()) + "; without them it is " +
+                                      DataTypes::typeToString(withoutThem->type));
     }
 
     // The first value that there is something to say of, and how many more there are.
-    static void warnOf(const std::vector<Sampled>& values, Explanation& result,
+    static void warnOf(const Values& values, Explanation& result,
                        const std::function<std::string(const Sampled&)>& find) {
         std::string first;
         size_t more = 0;
@@ -203,19 +211,42 @@ private:
     const std::string name_;
     const std::string type_;
     const TemporalFormats formats_;
-    std::vector<Sampled> all_;
-    std::vector<Sampled> filled_;
 };
+
+bool has(const PeekedMessage& message, const std::string& name) {
+    return std::find(message.attributes.begin(), message.attributes.end(), name) != message.attributes.end();
+}
+
+// Whether every value of the samples is in the messages.
+bool areTheSamples(const std::vector<PeekedMessage>& messages, const Discovery& discovery) {
+    if (messages.size() != discovery.samples.size()) return false;
+    for (size_t i = 0; i < messages.size(); ++i) {
+        const std::vector<std::string>& sample = discovery.samples[i];
+        for (size_t column = 0; column < sample.size(); ++column) {
+            if (!sample[column].empty() && !has(messages[i], discovery.names[column])) return false;
+        }
+    }
+    return true;
+}
 
 }  // namespace
 
-std::vector<Explanation> explain(const Discovery& discovery, const Settings& settings) {
-    const auto format = settings.connection.find("dataFormat");
-    const bool blankMayBeAbsent =
-        format != settings.connection.end() && (format->second == "XML" || format->second == "FIX");
+std::vector<Explanation> explain(const Discovery& discovery, const Settings& settings,
+                                 const std::vector<PeekedMessage>& messages) {
+    const std::string format = parameterOf(settings, "dataFormat");
+    const bool holdsAbsent = format == "XML" || format == "FIX";  // as blanks; other samples are shorter
+    const bool isTold = areTheSamples(messages, discovery);
     std::vector<Explanation> explanations;
-    for (size_t i = 0; i < discovery.names.size(); ++i)
-        explanations.push_back(SampledColumn(discovery, i, settings).explain(blankMayBeAbsent));
+    for (size_t i = 0; i < discovery.names.size(); ++i) {
+        Values values;
+        for (size_t at = 0; at < discovery.samples.size(); ++at) {
+            if (i >= discovery.samples[at].size()) continue;
+            if (holdsAbsent && isTold && !has(messages[at], discovery.names[i])) continue;
+            values.push_back({at + 1, discovery.samples[at][i]});
+        }
+        const SampledColumn column(discovery.names[i], discovery.types[i], discoveryFormats(settings));
+        explanations.push_back(holdsAbsent && !isTold ? column.guess(values) : column.explain(values));
+    }
     return explanations;
 }
 

@@ -1,5 +1,5 @@
-// What the discovery entry points do not tell of XML messages: the element's name, and attributes that only
-// later messages have.
+// What the discovery entry points do not tell of XML and FIX messages: the XML element's name, attributes
+// that only later messages have, and whether a sample's blank text is a blank value or none at all.
 #pragma once
 
 #include <optional>
@@ -11,17 +11,18 @@
 
 namespace host {
 
-struct XmlSample {
-    std::string element;
-    std::vector<std::string> attributes;  // without the opcode's, in the message's order
+struct PeekedMessage {
+    std::string element;                  // of XML; "" otherwise
+    std::vector<std::string> attributes;  // or the names of FIX fields; without the opcode's
 };
 
-// As the adapter reads a message; none for one that it refuses.
-std::optional<XmlSample> readXmlSample(std::string_view text);
+// As the adapter reads an XML message; none for one that it refuses.
+std::optional<PeekedMessage> readXmlMessage(std::string_view text);
 
-// Browses the session's destination over a connection of its own, which is closed at the end; of a topic it
+// The messages of XML or FIX that the session's adapter takes for samples, at most `limit` of them, in its
+// order. Browses the destination over a connection of its own, which is closed at the end; of a topic it
 // hears later messages than any browse before. On the thread that drives the adapter. Empty when nothing is
 // waiting or can be browsed.
-std::vector<XmlSample> peekXml(Session& session);
+std::vector<PeekedMessage> peek(Session& session, size_t limit);
 
 }  // namespace host

@@ -1,7 +1,6 @@
 #include "host/DiscoverProposal.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 #include "host/Console.h"
 #include "host/toolkit/Text.h"
@@ -18,32 +17,15 @@ constexpr size_t kPrefix = 2;  // the stream's name and the opcode before a mess
 
 using Row = std::vector<std::string>;
 
-std::string text(const Settings& settings, const char* name) {
-    const auto found = settings.connection.find(name);
-    return found != settings.connection.end() ? found->second : std::string();
-}
-
-// As the adapter reads its flags: absent is true.
-bool flag(const Settings& settings, const char* name) {
-    const auto found = settings.connection.find(name);
-    return found == settings.connection.end() || std::strtoll(found->second.c_str(), nullptr, 10) != 0;
-}
-
 class Proposer {
 public:
     Proposer(const Discovery& discovery, const Settings& settings, const std::string& streamName,
-             const std::vector<XmlSample>& xml)
+             const std::vector<PeekedMessage>& messages)
         : discovery_(discovery),
           settings_(settings),
-          format_(text(settings, "dataFormat")),
+          format_(parameterOf(settings, "dataFormat")),
           asked_(!streamName.empty() ? streamName : settings.streamName),
-          xml_(xml) {
-        // Beyond the samples there may be more messages, and those of other streams are none.
-        if (!settings.streamName.empty() && flag(settings, "matchStreamName"))
-            std::erase_if(xml_,
-                          [&](const XmlSample& sample) { return sample.element != settings.streamName; });
-        if (xml_.size() > discovery.samples.size()) xml_.resize(discovery.samples.size());
-    }
+          xml_(format_ == "XML" ? messages : std::vector<PeekedMessage>()) {}
 
     Proposal propose() {
         hasPrefix_ = findPrefix();
@@ -57,7 +39,7 @@ public:
 private:
     bool expectsPrefix() const {
         const bool isOptional = format_ == "CSV" || format_ == "OBJECTARRAY";
-        return format_ == "CUSTOM" || (isOptional && flag(settings_, "expectStreamNameOpcode"));
+        return format_ == "CUSTOM" || (isOptional && flagOf(settings_, "expectStreamNameOpcode"));
     }
 
     bool findPrefix() const {
@@ -92,7 +74,7 @@ private:
                 if (!row.empty() && !row[0].empty()) return row[0];
             }
         }
-        const std::string destination = text(settings_, "destinationName");
+        const std::string destination = parameterOf(settings_, "destinationName");
         const std::string name = destination.substr(destination.find_last_of("/.:") + 1);
         return !name.empty() ? name : kFallbackName;
     }
@@ -105,8 +87,10 @@ private:
         } else if (expectsPrefix()) {
             proposal_.connection.emplace_back("expectStreamNameOpcode", "false");
         }
-        const auto isOther = [&](const XmlSample& sample) { return sample.element != proposal_.streamName; };
-        if (flag(settings_, "matchStreamName") && std::any_of(xml_.begin(), xml_.end(), isOther))
+        const auto isOther = [&](const PeekedMessage& message) {
+            return message.element != proposal_.streamName;
+        };
+        if (flagOf(settings_, "matchStreamName") && std::any_of(xml_.begin(), xml_.end(), isOther))
             proposal_.connection.emplace_back("matchStreamName", "false");
     }
 
@@ -148,8 +132,8 @@ private:
     // The entry points know the attributes of the first message only, and a run refuses a message with one
     // that is no column.
     void addLaterAttributes() {
-        for (const XmlSample& sample : xml_) {
-            for (const std::string& name : sample.attributes) {
+        for (const PeekedMessage& message : xml_) {
+            for (const std::string& name : message.attributes) {
                 const auto isNamed = [&](const ProposedColumn& column) { return column.name == name; };
                 if (std::none_of(proposal_.columns.begin(), proposal_.columns.end(), isNamed))
                     proposal_.columns.push_back(
@@ -162,7 +146,7 @@ private:
     const Settings& settings_;
     const std::string format_;
     const std::string asked_;
-    std::vector<XmlSample> xml_;
+    const std::vector<PeekedMessage> xml_;
     bool hasPrefix_ = false;
     Proposal proposal_;
 };
@@ -170,18 +154,19 @@ private:
 }  // namespace
 
 bool readsDatesAsSeconds(const Settings& settings) {
-    const std::string format = text(settings, "dataFormat");
+    const std::string format = parameterOf(settings, "dataFormat");
     return format == "OBJECTARRAY" || format == "CUSTOM";
 }
 
 TemporalFormats discoveryFormats(const Settings& settings) {
     if (readsDatesAsSeconds(settings)) return {kSeconds, kSeconds, kSeconds};
-    return {text(settings, "timeFormat"), text(settings, "dateFormat"), text(settings, "timestampFormat")};
+    return {parameterOf(settings, "timeFormat"), parameterOf(settings, "dateFormat"),
+            parameterOf(settings, "timestampFormat")};
 }
 
 Proposal propose(const Discovery& discovery, const Settings& settings, const std::string& streamName,
-                 const std::vector<XmlSample>& xml) {
-    return Proposer(discovery, settings, streamName, xml).propose();
+                 const std::vector<PeekedMessage>& messages) {
+    return Proposer(discovery, settings, streamName, messages).propose();
 }
 
 }  // namespace host

@@ -41,9 +41,9 @@ struct Proposal {
 TemporalFormats discoveryFormats(const Settings& settings);
 bool readsDatesAsSeconds(const Settings& settings);
 
-// `streamName` is the user's choice, "" for none. `xml` are the messages as peekXml saw them, none for other
-// formats.
+// `streamName` is the user's choice, "" for none. `messages` are the samples as `peek` saw them; it matters
+// for XML alone.
 Proposal propose(const Discovery& discovery, const Settings& settings, const std::string& streamName,
-                 const std::vector<XmlSample>& xml);
+                 const std::vector<PeekedMessage>& messages);
 
 }  // namespace host

@@ -9,7 +9,7 @@
 
 #include "bench/fix/QuickFix.h"
 #include "fix/NewFixUtils.h"
-#include "tests/fix/IdleAdapter.h"
+#include "tests/doubles/IdleAdapter.h"
 
 namespace {
 

@@ -10,7 +10,7 @@
 
 #include "fix/NewFixUtils.h"
 #include "tests/doubles/FakeToolkit.h"
-#include "tests/fix/IdleAdapter.h"
+#include "tests/doubles/IdleAdapter.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <algorithm>
 
 #include "tests/doubles/FakeToolkit.h"
-#include "tests/fix/IdleAdapter.h"
+#include "tests/doubles/IdleAdapter.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 
 #include "adapter/Adapter.h"
 #include "tests/doubles/FakeToolkit.h"
-#include "tests/fix/IdleAdapter.h"
+#include "tests/doubles/IdleAdapter.h"
 
 namespace {
 

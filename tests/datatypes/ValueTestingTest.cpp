@@ -1,6 +1,6 @@
 // The type that an adapter finds for a text.
 #include "tests/datatypes/Support.h"
-#include "tests/fix/IdleAdapter.h"
+#include "tests/doubles/IdleAdapter.h"
 
 namespace {
 

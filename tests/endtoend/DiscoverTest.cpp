@@ -56,6 +56,13 @@ const RoundTrip kRoundTrips[] = {
      R"("stream":"Trades","op":"u","seq":0,"row":{"Symbol":"IBM","Price":1.5,"Lot":null})"},
     {"mixed", "XML", "", "<Trades a=\"1\"/>\n<Quotes a=\"12:00:00\"/>\n",
      "name = \"Trades\"|# not time, which cannot hold \"1\"|matchStreamName = false", R"("a":"1")"},
+    // Blank in one message, absent in another: the second look finds the lines that count what there is.
+    {"orders", "FIX", "fixVersion = \"4.4\"\nfixMessageType = \"D\"\n",
+     "8=FIX.4.4\00135=D\00155=IBM\00154=1\001\n8=FIX.4.4\00135=D\00155=A\00158=\00154=\001\n"
+     "8=FIX.4.4\00135=D\00155=\00158=abc\001\n",
+     "# decided by \"\" (sample 2): no type but string reads it; with integer before it|of 2 values fit: integer 1,|"
+     "# decided by \"\" (sample 2): no type but string reads it\n|only blank values make it a string, 1 of 2; without them it is integer",
+     R"("Side":"1","Symbol":"IBM","Text":null)"},
     {"arrays", "OBJECTARRAY", "expectStreamNameOpcode = false\n", "[\"7 apples\", null, \"1\"]\n[\"8\", \"b\"]\n",
      "{ name = \"column_0\", type = \"date\" },|{ name = \"column_1\", type = \"string\" },|"
      "{ name = \"column_2\", type = \"integer\" },",

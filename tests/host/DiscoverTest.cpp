@@ -39,8 +39,6 @@ TEST(DiscoverExplain, NamesTheDecidingValueAndWhatTheTypeLoses) {
         {"CSV", {}, "string", {"1", "", "2"}, 2, 3, "only blank values make it a string, 1 of 3; without them it is integer"},
         {"CSV", {}, "string", {"x", ""}, 1, 2, ""},
         {"CSV", {}, "integer", {"1", ""}, 0, 0, ""},
-        {"XML", {}, "integer", {"", "1"}, 2, 1, ""},
-        {"XML", {}, "string", {"", "1"}, 1, 2, "only blank values"},
         {"CSV",
          {},
          "integer",
@@ -75,10 +73,10 @@ TEST(DiscoverExplain, NamesTheDecidingValueAndWhatTheTypeLoses) {
         host::Discovery found{{"a"}, {row.type}, {}, {}};
         for (const std::string& value : row.values) found.samples.push_back({value});
         if (row.sample == 0) {
-            EXPECT_THROW(host::explain(found, settings(row.format, row.more)), host::Failure);
+            EXPECT_THROW(host::explain(found, settings(row.format, row.more), {}), host::Failure);
             continue;
         }
-        const host::Explanation one = host::explain(found, settings(row.format, row.more)).at(0);
+        const host::Explanation one = host::explain(found, settings(row.format, row.more), {}).at(0);
         EXPECT_EQ(one.sample, row.sample);
         EXPECT_EQ(one.value, row.values[row.sample - 1]);
         EXPECT_EQ(one.values, row.counted);
@@ -89,11 +87,39 @@ TEST(DiscoverExplain, NamesTheDecidingValueAndWhatTheTypeLoses) {
 
 TEST(DiscoverExplain, CountsWhatFitsOverRowsOfDifferentLengths) {
     const host::Discovery found{{"a", "b"}, {"integer", "float"}, {}, {{"1"}, {"2", "7"}, {"3", ".5"}}};
-    const host::Explanation second = host::explain(found, settings("CSV")).at(1);
+    const host::Explanation second = host::explain(found, settings("CSV"), {}).at(1);
     const std::vector<std::pair<std::string, size_t>> kFits = {{"integer", 1},   {"long", 1}, {"float", 2}, {"date", 0},
                                                                {"timestamp", 0}, {"time", 0}, {"string", 2}};
     EXPECT_EQ(second.fits, kFits);
     EXPECT_EQ(second.rule, "float is the first type that reads it; with integer before it that makes float");
+}
+
+// Of the samples "1", "", "" and "2.5" the messages have the column or not; none are found again in some rows.
+TEST(DiscoverExplain, TellsBlankFromAbsentWhereTheSamplesAreFoundAgain) {
+    struct Row {
+        std::string has;  // one letter for each message
+        const char* type;
+        size_t sample;
+        Texts warnings;  // how they begin
+    };
+    const Row kRows[] = {
+        {"yyyy", "string", 2, {"only blank values make it a string, 2 of 4; without them it is float"}},
+        {"ynyy", "string", 3, {"only blank values make it a string, 1 of 3; without them it is float"}},
+        {"ynny", "float", 4, {}},
+        {"ynnn", "float", 4, {"a second look did not find the samples again"}},
+        {"yyy", "string", 2, {"only blank values make it a string, 2 of 4", "a second look"}},
+    };
+    for (const Row& row : kRows) {
+        SCOPED_TRACE(row.has);
+        const host::Discovery found{{"a"}, {row.type}, {}, {{"1"}, {""}, {""}, {"2.5"}}};
+        std::vector<host::PeekedMessage> messages;
+        for (const char has : row.has) messages.push_back({"", has == 'y' ? Texts{"b", "a"} : Texts{"b"}});
+        const host::Explanation one = host::explain(found, settings("FIX"), messages).at(0);
+        EXPECT_EQ(one.sample, row.sample);
+        EXPECT_EQ(one.values, row.type == std::string("float") ? 2U : one.fits.back().second);
+        ASSERT_EQ(one.warnings.size(), row.warnings.size());
+        for (size_t i = 0; i < row.warnings.size(); ++i) EXPECT_TRUE(one.warnings[i].starts_with(row.warnings[i])) << one.warnings[i];
+    }
 }
 
 struct Proposed {
@@ -140,12 +166,12 @@ TEST(DiscoverProposal, FindsTheStreamsNameAndWhetherMessagesBringIt) {
 }
 
 TEST(DiscoverPeek, ReadsElementAndAttributesAsTheAdapterDoes) {
-    const auto sample = host::readXmlSample("<?xml version=\"1.0\"?> <Trades a=\"1\" KEL_OPS=\"p\" b=\"\"/>");
+    const auto sample = host::readXmlMessage("<?xml version=\"1.0\"?> <Trades a=\"1\" KEL_OPS=\"p\" b=\"\"/>");
     ASSERT_TRUE(sample);
     EXPECT_EQ(sample->element, "Trades");
     EXPECT_EQ(sample->attributes, (Texts{"a", "b"}));
-    EXPECT_FALSE(host::readXmlSample("<Trades a='1'/>"));
-    EXPECT_FALSE(host::readXmlSample("<Trades></Trades>"));
+    EXPECT_FALSE(host::readXmlMessage("<Trades a='1'/>"));
+    EXPECT_FALSE(host::readXmlMessage("<Trades></Trades>"));
 }
 
 }  // namespace

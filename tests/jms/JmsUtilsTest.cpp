@@ -8,7 +8,7 @@
 
 #include "tests/doubles/FakeJvm.h"
 #include "tests/doubles/FakeToolkit.h"
-#include "tests/fix/IdleAdapter.h"
+#include "tests/doubles/IdleAdapter.h"
 #include "toolkit/kel_java_native.h"
 
 namespace {
