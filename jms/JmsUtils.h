@@ -44,10 +44,9 @@ public:
     bool exceptionOccurred(JNIEnv* environment);
 
     // Attaches the calling thread, creates the connector and connects it: as a consumer when `forInput`, else
-    // as a producer. `bindSchema` hands it the columns' kinds (low byte of the type
-    // code), names and names mapped by `columnMap`,
-    // and has it consume; without, it only connects, for browsing. A connector of an earlier `init` is
-    // dropped, not disconnected. At most 4096 columns.
+    // as a producer. `bindSchema` hands it the columns' kinds (low byte of the type code), names and names
+    // mapped by `columnMap`, and has it consume; without, it only connects, for browsing. A connector of an
+    // earlier `init` is dropped, not disconnected. At most 4096 columns.
     bool init(const std::string& connectionFactory, const std::string& destinationType,
               const std::string& destinationName, bool durable, bool forInput, bool bindSchema,
               std::map<std::string, std::string>& columnMap, const std::string& jndiContextFactory,
