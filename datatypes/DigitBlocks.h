@@ -58,6 +58,29 @@ inline Block insertPoint(Block block, int at) {
                         _mm_slli_si128(_mm_andnot_si128(before, block), 1));
 }
 
+// The block with the byte at an index taken out and those before it moved up, a zero first.
+inline Block removeByte(Block block, int at) {
+    const Block before = _mm_and_si128(firstBytes(at), block);
+    return _mm_or_si128(_mm_andnot_si128(firstBytes(at + 1), block), _mm_slli_si128(before, 1));
+}
+
+// A bit for every byte above 9, the first byte's lowest.
+inline unsigned int aboveNine(Block block) {
+    const Block digits = _mm_cmpeq_epi8(_mm_min_epu8(block, _mm_set1_epi8(9)), block);
+    return static_cast<unsigned int>(_mm_movemask_epi8(digits)) ^ 0xffff;
+}
+
+// The number whose digits are the bytes: neighbours are joined to pairs, pairs to fours, fours to eights.
+inline uint64_t joinDigits(Block digits) {
+    const Block pairs =
+        _mm_add_epi16(_mm_mullo_epi16(_mm_and_si128(digits, _mm_set1_epi16(0xff)), _mm_set1_epi16(10)),
+                      _mm_srli_epi16(digits, 8));
+    const Block fours = _mm_madd_epi16(pairs, _mm_set1_epi32(1 << 16 | 100));
+    const Block eights = _mm_madd_epi16(_mm_packs_epi32(fours, fours), _mm_set1_epi32(1 << 16 | 10000));
+    const uint64_t both = firstEight(eights);
+    return static_cast<uint32_t>(both) * kPowersOfTen64[kBlock / 2] + (both >> 32);
+}
+
 // The eight digits of a number below 10^8.
 inline uint64_t eightDigits(uint32_t number) {
     const uint32_t upper = number / 10000;
