@@ -1,11 +1,14 @@
 // Fixed decimals as text.
+#include <algorithm>
+
 #include "datatypes/Coefficient.h"
+#include "datatypes/DigitBlocks.h"
 #include "datatypes/TextWriting.h"
 
 namespace DataTypes::internal {
 namespace {
 
-constexpr int kPart = 16;
+constexpr size_t kMost = 37;    // what is written straight to the buffer: a sign, 34 digits, a point, the NUL
 constexpr int kMaxScale = 255;  // that the value's byte can hold
 
 int countDigits128(UInt128 number) {
@@ -19,17 +22,17 @@ int countDigits128(UInt128 number) {
 char* writeDigits128(char* first, UInt128 number, int count) {
     int left = count;
     while (highOf(number) != 0) {
-        const UInt128 upper = scaleDown(number, kPart);
-        left -= kPart;
-        writeDigits(first + left, lowOf(number - upper * kPowersOfTen64[kPart]), kPart);
+        const UInt128 upper = scaleDown(number, kBlock);
+        left -= kBlock;
+        writeDigits(first + left, lowOf(number - upper * kPowersOfTen64[kBlock]), kBlock);
         number = upper;
     }
     writeDigits(first, lowOf(number), left);
     return first + count;
 }
 
-// Any magnitude at any scale.
-void writeLarge(const Coefficient& coefficient, int scale, char* out, size_t outSize) {
+// Any magnitude at any scale into any buffer.
+void writeAny(const Coefficient& coefficient, int scale, char* out, size_t outSize) {
     const UInt128 whole = scaleDown(coefficient.magnitude, scale);
     const int wholeDigits = countDigits128(whole);
     const int length = (coefficient.negative ? 1 : 0) + wholeDigits + (scale != 0 ? 1 + scale : 0);
@@ -45,31 +48,91 @@ void writeLarge(const Coefficient& coefficient, int scale, char* out, size_t out
     });
 }
 
+// Writes up to seven characters.
+void writeFew(char* text, uint64_t characters, int count) {
+    for (; count > 0; --count, characters >>= 8) *text++ = static_cast<char>(characters);
+}
+
+// Up to 16 digits, one of them at least before the point; returns the end. Words that overlap stand for the
+// count of characters.
+char* writeSmall(char* text, uint64_t magnitude, int scale) {
+    const int digits = std::max(countDigits(magnitude), scale + 1);
+    const Block block = sixteenDigits(magnitude);
+    const Block pointed = insertPoint(block, kBlock - scale);
+    uint64_t ending = lastEight(block);
+    int count = digits;
+    if (scale != 0) {
+        ending = lastEight(pointed) >> 8 | ending >> 56 << 56;
+        ++count;
+    }
+    if (count < 8) {
+        writeFew(text, ending >> 8 * (8 - count), count);
+    } else {
+        const UInt128 characters = makeUInt128(lastEight(pointed), firstEight(pointed));
+        storeWord(text, lowOf(characters >> 8 * (kBlock - digits)));
+        if (count > kBlock) storeWord(text + 8, lastEight(pointed));
+        storeWord(text + count - 8, ending);
+    }
+    return text + count;
+}
+
+// A number below 10^34 as quotient and rest of 10^16.
+struct SplitNumber {
+    explicit SplitNumber(UInt128 number) {
+        // The 64 upper bits times 2^117 / 10^16, rounded down, make the quotient or one less.
+        constexpr auto kReciprocal = static_cast<uint64_t>((UInt128{1} << 117) / kPowersOfTen64[kBlock]);
+        const uint64_t upperBits = highOf(number) << 15 | lowOf(number) >> 49;
+        const uint64_t quotient = highOf(UInt128{upperBits} * kReciprocal) >> 4;
+        const uint64_t rest = lowOf(number) - quotient * kPowersOfTen64[kBlock];
+        const bool less = rest >= kPowersOfTen64[kBlock];
+        upper = quotient + (less ? 1 : 0);
+        lower = rest - (less ? kPowersOfTen64[kBlock] : 0);
+    }
+
+    uint64_t upper;
+    uint64_t lower;
+};
+
+// Up to 34 digits, 16 of them at most behind the point; returns the end. The digits ahead of the last 16 fill
+// words of their own from the left; what is beyond them there is overwritten.
+char* writeLarge(char* text, UInt128 magnitude, int scale) {
+    const SplitNumber number(magnitude);
+    const int upperDigits = countDigits(number.upper);
+    const auto filled = [&](int count) {
+        return number.upper * kPowersOfTen64[static_cast<size_t>(count - upperDigits)];
+    };
+    if (upperDigits <= 8) {
+        storeWord(text, eightDigits(static_cast<uint32_t>(filled(8))));
+    } else if (upperDigits <= kBlock) {
+        storeWord(text, sixteenDigits(filled(kBlock)));
+    } else {
+        writeDigits(text, number.upper, upperDigits);
+    }
+    text += upperDigits;
+    const Block block = sixteenDigits(number.lower);
+    storeWord(text, insertPoint(block, kBlock - scale));
+    text += kBlock;
+    if (scale != 0) *text++ = static_cast<char>(lastEight(block) >> 56);
+    return text;
+}
+
+// All other numbers and small buffers; apart, so that small numbers have no registers to save.
+[[gnu::noinline]] void writeOther(const FixedDecimalValue& value, int scale, char* out, size_t outSize) {
+    const Coefficient coefficient(value.high, value.low);
+    if (outSize < kMost || scale > kBlock || coefficient.magnitude >= kPowersOfTen[34].value)
+        return writeAny(coefficient, scale, out, outSize);
+    if (coefficient.negative) *out++ = '-';
+    *writeLarge(out, coefficient.magnitude, scale) = '\0';
+}
+
 }  // namespace
 
-void writeDecimal(const FixedDecimalValue& value, char* out, size_t outSize) {
+void writeDecimal(const FixedDecimalValue& value, int scale, char* out, size_t outSize) {
     const Coefficient coefficient(value.high, value.low);
-    const int scale = value.scale();
-    const bool small = coefficient.magnitude < kPowersOfTen64[kPart];
-    const UInt128 upper = small ? 0 : scaleDown(coefficient.magnitude, kPart);
-    if (upper >= kPowersOfTen64[18] || scale > kPart) return writeLarge(coefficient, scale, out, outSize);
-
-    // Up to 34 digits, 16 of them at most behind the point: all in 64 bits.
-    const auto lower = static_cast<uint64_t>(coefficient.magnitude - upper * kPowersOfTen64[kPart]);
-    const uint64_t middle = scaleDown64(lower, scale);
-    const uint64_t fraction = lower - middle * kPowersOfTen64[static_cast<size_t>(scale)];
-    const auto top = static_cast<uint64_t>(upper);
-    if (top == 0) return writePlain(coefficient.negative, middle, fraction, scale, out, outSize);
-    const int topDigits = countDigits(top);
-    const int length = (coefficient.negative ? 1 : 0) + topDigits + kPart + (scale != 0 ? 1 : 0);
-    writeText<48>(static_cast<size_t>(length), out, outSize,
-                  [=, negative = coefficient.negative](char* text) {
-                      if (negative) *text++ = '-';
-                      text = writeDigits(writeDigits(text, top, topDigits), middle, kPart - scale);
-                      if (scale == 0) return;
-                      *text++ = '.';
-                      writeDigits(text, fraction, scale);
-                  });
+    if (outSize < kMost || scale >= kBlock || coefficient.magnitude >= kPowersOfTen64[kBlock])
+        return writeOther(value, scale, out, outSize);
+    if (coefficient.negative) *out++ = '-';
+    *writeSmall(out, lowOf(coefficient.magnitude), scale) = '\0';
 }
 
 }  // namespace DataTypes::internal

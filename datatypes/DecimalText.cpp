@@ -1,126 +1,176 @@
 // Fixed decimals from text and from doubles.
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstring>
 
 #include "datatypes/Coefficient.h"
+#include "datatypes/DigitBlocks.h"
 #include "datatypes/FixedDecimal.h"
 #include "datatypes/NumberReading.h"
 
 namespace DataTypes {
 namespace {
 
+using internal::Block;
 using internal::isDigit;
 using internal::isSpace;
+using internal::kBlock;
 using internal::kPowersOfTen;
 using internal::kPowersOfTen64;
+using internal::loadWord;
 
 // More digits than a decimal has, yet few enough for 127 bits.
 constexpr int kMaxSignificant = internal::kMaxPower;
 
-// The digits of a text, without their point: the number is magnitude * 10^dropped, and a bit more when
-// `inexact`.
+// The number is magnitude * 10^exponent, and a bit more when `inexact`.
 struct Digits {
     UInt128 magnitude = 0;
-    int significant = 0;          // digits in the magnitude, not counting leading zeros
-    int64_t dropped = 0;          // digits that followed a full magnitude
-    bool inexact = false;         // one of them was not zero
-    const char* point = nullptr;  // where it is, if it is
+    int64_t exponent = 0;
+    bool inexact = false;
 };
 
-// Up to eight characters, the first in the lowest byte and zeros after the last. Two loads that overlap stand
-// for those that would read beyond it.
-uint64_t loadCharacters(const char* text, const char* end) {
-    const size_t left = static_cast<size_t>(end - text);
-    const auto load = [text](auto word, size_t at) {
-        std::memcpy(&word, text + at, sizeof word);
-        return static_cast<uint64_t>(word);
-    };
-    if (left >= 8) return load(uint64_t{}, 0);
-    if (left >= 4) return load(uint32_t{}, 0) | load(uint32_t{}, left - 4) << 8 * (left - 4);
-    if (left >= 2) return load(uint16_t{}, 0) | load(uint16_t{}, left - 2) << 8 * (left - 2);
-    return left == 1 ? load(uint8_t{}, 0) : 0;
+// Characters as what they differ by from "0": up to 9 for digits alone.
+constexpr uint64_t kZeros = 0x3030303030303030;
+constexpr char kPoint = '.' ^ '0';
+
+Block loadBlock(const char* text) {
+    return _mm_xor_si128(loadWord<Block>(text), internal::makeBlock(kZeros, kZeros));
 }
 
-// How many of the characters are digits before the first that is none: one below "0" turns negative with the
-// first term, one above "9" with the second.
-int countDigits(uint64_t characters) {
-    const uint64_t others =
-        ((characters - 0x3030303030303030) | (characters + 0x4646464646464646)) & 0x8080808080808080;
-    return others == 0 ? 8 : __builtin_ctzll(others) / 8;
+// A text of 1 to 15 characters at the end of a block of zeros. Words that overlap stand for those that would
+// read beyond the text.
+Block loadShort(const char* text, const char* end) {
+    const auto count = static_cast<int>(end - text);
+    if (count >= 8) {
+        const uint64_t first = loadWord<uint64_t>(text) ^ kZeros;
+        return internal::makeBlock(first << 8 * (15 - count) << 8, loadWord<uint64_t>(end - 8) ^ kZeros);
+    }
+    uint64_t characters = static_cast<uint8_t>(*text);
+    if (count >= 4) {
+        characters = loadWord<uint32_t>(text) | uint64_t{loadWord<uint32_t>(end - 4)} << 8 * (count - 4);
+    } else if (count >= 2) {
+        characters = loadWord<uint16_t>(text) | uint64_t{loadWord<uint16_t>(end - 2)} << 8 * (count - 2);
+    }
+    return internal::makeBlock(0, (characters ^ kZeros) << 8 * (8 - count));
 }
 
-// The number in the first digits: neighbours are joined to pairs, pairs to fours, fours to the whole.
-uint64_t numberOf(uint64_t characters, int count) {
-    if (count == 0) return 0;
-    uint64_t digits = (characters & 0x0f0f0f0f0f0f0f0f) << 8 * (8 - count);
-    digits = digits * 10 + (digits >> 8);
-    return ((digits & 0x000000ff000000ff) * 0x000f424000000064 +
-            (digits >> 16 & 0x000000ff000000ff) * 0x0000271000000001) >>
-           32;
+// The number in a block of nothing but digits and at most one point, and the digits after that.
+struct Piece {
+    uint64_t number;
+    int fraction;  // -1 without a point
+};
+
+inline bool readPiece(Block digits, Piece& piece) {
+    piece.fraction = -1;
+    if (const unsigned int others = internal::aboveNine(digits); others != 0) {
+        const Block points = _mm_cmpeq_epi8(digits, _mm_set1_epi8(kPoint));
+        if ((others & (others - 1)) != 0 || static_cast<unsigned int>(_mm_movemask_epi8(points)) != others)
+            return false;
+        const int at = __builtin_ctz(others);
+        piece.fraction = kBlock - 1 - at;
+        digits = internal::removeByte(digits, at);
+    }
+    piece.number = internal::joinDigits(digits);
+    return true;
 }
 
-// Goes on where the magnitude is nearly full, a digit at a time.
-const char* readRest(const char* text, const char* end, Digits& digits) {
-    for (; text != end && isDigit(*text); ++text) {
+// Reads a text of nothing but digits and at most one point among them, in less than 16 characters.
+inline bool readShort(const char* text, const char* end, Digits& digits) {
+    Piece piece;
+    if (text == end || !readPiece(loadShort(text, end), piece)) return false;
+    digits.magnitude = piece.number;
+    digits.exponent = std::min(-piece.fraction, 0);
+    return end - text != 1 || piece.fraction != 0;
+}
+
+// In 16 to 38 characters, the digits that a magnitude takes.
+[[gnu::noinline]] bool readBlocks(const char* text, const char* end, Digits& result) {
+    Digits digits;
+    bool pointed = false;
+    while (text != end) {
+        // The last block begins with characters that the one before it has had.
+        const int count = static_cast<int>(std::min<ptrdiff_t>(end - text, kBlock));
+        text += count;
+        const Block block = _mm_andnot_si128(internal::firstBytes(kBlock - count), loadBlock(text - kBlock));
+        Piece piece;
+        if (!readPiece(block, piece)) return false;
+        const bool point = piece.fraction >= 0;
+        if (point && pointed) return false;
+        if (point) digits.exponent = (text - end) - piece.fraction;
+        pointed = pointed || point;
+        digits.magnitude =
+            digits.magnitude * kPowersOfTen64[static_cast<size_t>(count - (point ? 1 : 0))] + piece.number;
+    }
+    result = digits;
+    return true;
+}
+
+inline bool readPlain(const char* text, const char* end, Digits& digits) {
+    if (end - text < kBlock) return readShort(text, end, digits);
+    return end - text <= kMaxSignificant && readBlocks(text, end, digits);
+}
+
+// Reads such a text of any length from two characters on.
+bool readDigitwise(const char* text, const char* end, Digits& result) {
+    Digits digits;
+    int significant = 0;  // not counting leading zeros
+    const char* point = nullptr;
+    for (; text != end; ++text) {
         const unsigned int digit = internal::digitOf(*text);
-        if (digits.significant < kMaxSignificant) {
+        if (*text == '.' && point == nullptr) {
+            point = text;
+        } else if (digit > 9) {
+            return false;
+        } else if (significant < kMaxSignificant) {
             digits.magnitude = digits.magnitude * 10 + digit;
-            ++digits.significant;
+            if (digits.magnitude != 0) ++significant;
         } else {
-            ++digits.dropped;
+            ++digits.exponent;
             digits.inexact = digits.inexact || digit != 0;
         }
     }
-    return text;
-}
-
-// Reads digits with at most one point among them; returns the first other character.
-const char* readDigits(const char* text, const char* end, Digits& result) {
-    Digits digits;
-    for (;;) {
-        if (digits.significant == 0) {
-            while (text != end && *text == '0') ++text;
-        }
-        int count = 8;
-        while (count == 8 && digits.significant + 8 <= kMaxSignificant) {
-            const uint64_t characters = loadCharacters(text, end);
-            count = countDigits(characters);
-            digits.magnitude =
-                digits.magnitude * kPowersOfTen64[static_cast<size_t>(count)] + numberOf(characters, count);
-            digits.significant += count;
-            text += count;
-        }
-        if (count == 8) text = readRest(text, end, digits);
-        if (text == end || *text != '.' || digits.point != nullptr) break;
-        digits.point = text++;
-    }
+    if (point != nullptr) digits.exponent -= end - point - 1;
     result = digits;
-    return text;
+    return true;
 }
 
-// Reads "e", a sign and digits, if they are there and whole; a huge exponent is as good as any beyond all
-// digits.
-bool readExponent(const char*& text, const char* end, int64_t& exponent) {
-    if (text == end || (*text != 'e' && *text != 'E')) return true;
-    ++text;
+// Reads a sign and digits; a huge exponent is as good as any beyond all digits.
+bool readExponent(const char* text, const char* end, int64_t& exponent) {
     const bool negative = text != end && *text == '-';
     if (text != end && (*text == '+' || *text == '-')) ++text;
-    if (text == end || !isDigit(*text)) return false;
+    if (text == end) return false;
     constexpr int64_t kHuge = int64_t{1} << 60;
     int64_t magnitude = 0;
-    for (; text != end && isDigit(*text); ++text) {
+    for (; text != end; ++text) {
+        if (!isDigit(*text)) return false;
         if (magnitude < kHuge / 10 - 1) magnitude = magnitude * 10 + (*text - '0');
     }
     exponent = negative ? -magnitude : magnitude;
     return true;
 }
 
-// The digits times 10^shift as a whole number, halves rounded to even; false beyond 127 bits.
-bool toWhole(const Digits& digits, int64_t shift, UInt128& whole) {
+// Reads a text with all that it may have: blanks, either sign, an exponent, more digits than a magnitude
+// takes.
+[[gnu::noinline]] bool readAny(const char* text, const char* end, bool& negative, Digits& digits) {
+    while (text != end && isSpace(*text)) ++text;
+    negative = text != end && *text == '-';
+    if (text != end && (*text == '+' || *text == '-')) ++text;
+    while (end != text && isSpace(end[-1])) --end;
+    const char* const last = std::find_if(text, end, [](char c) { return c == 'e' || c == 'E'; });
+    int64_t exponent = 0;
+    if (last != end && !readExponent(last + 1, end, exponent)) return false;
+    const bool read =
+        last - text > kMaxSignificant ? readDigitwise(text, last, digits) : readPlain(text, last, digits);
+    digits.exponent += exponent;
+    return read;
+}
+
+// The number at a scale as a whole one, halves rounded to even; false beyond 127 bits.
+bool toWhole(const Digits& digits, int scale, UInt128& whole) {
     whole = digits.magnitude;
-    shift += digits.dropped;
-    // Digits that were dropped need no look here: a full magnitude takes no more of them.
+    const int64_t shift = scale + digits.exponent;
+    // Digits that were left out need no look here: a full magnitude takes no more of them.
     if (shift >= 0) {
         if (whole == 0) return true;
         return shift <= internal::kMaxPower && internal::scaleUp(whole, static_cast<int>(shift));
@@ -138,23 +188,12 @@ bool toWhole(const Digits& digits, int64_t shift, UInt128& whole) {
 }
 
 bool setFromText(FixedDecimalValue& target, int precision, int scale, const char* text, const char* end) {
-    while (text != end && isSpace(*text)) ++text;
-    const bool negative = text != end && *text == '-';
-    if (text != end && (*text == '+' || *text == '-')) ++text;
-
+    bool negative = text != end && *text == '-';
     Digits digits;
-    const char* const first = text;
-    text = readDigits(text, end, digits);
-    const int64_t fraction = digits.point != nullptr ? text - digits.point - 1 : 0;
-    const int64_t count = text - first - (digits.point != nullptr ? 1 : 0);
-    int64_t exponent = 0;
-    if (count == 0 || !readExponent(text, end, exponent)) return false;
-    while (text != end && isSpace(*text)) ++text;
-    if (text != end) return false;
-
-    UInt128 whole = 0;
-    if (!toWhole(digits, scale + exponent - fraction, whole) || whole >= kPowersOfTen[precision].value)
+    if (!readPlain(negative ? text + 1 : text, end, digits) && !readAny(text, end, negative, digits))
         return false;
+    UInt128 whole = 0;
+    if (!toWhole(digits, scale, whole) || whole >= kPowersOfTen[precision].value) return false;
     internal::Coefficient coefficient(internal::highOf(whole), internal::lowOf(whole));
     coefficient.negative = negative;
     coefficient.store(target.high, target.low);

@@ -15,7 +15,7 @@ namespace DataTypes::internal {
 void writeInteger(int64_t value, char* out, size_t outSize);
 void writeFloat(double value, size_t digits, double tolerance, char* out, size_t outSize);
 void writeMoney(int64_t value, int places, char* out, size_t outSize);
-void writeDecimal(const FixedDecimalValue& value, char* out, size_t outSize);
+void writeDecimal(const FixedDecimalValue& value, int scale, char* out, size_t outSize);
 void writeDate(int64_t seconds, bool utcSuffix, char* out, size_t outSize);
 void writeTime(int64_t seconds, bool utcSuffix, char* out, size_t outSize);
 void writeTimestamp(int64_t millis, bool utcSuffix, char* out, size_t outSize);

@@ -20,9 +20,8 @@ void writeBoolean(uint8_t value, char* out, size_t outSize) {
 }
 
 // The scale of a type that has a precision is the type's.
-FixedDecimalValue scaledByType(const unsigned int& type, FixedDecimalValue value) {
-    if (precisionOf(type) != 0) value.shape = static_cast<uint64_t>(scaleOf(type));
-    return value;
+int decimalScale(const unsigned int& type, const FixedDecimalValue& value) {
+    return precisionOf(type) != 0 ? scaleOf(type) : value.scale();
 }
 
 char* appendHex(char* end, const unsigned char* data, size_t length) {
@@ -68,7 +67,8 @@ void convertToString(const unsigned int& type, bool, bool utcSuffix, DataValue& 
         case kBigdatetime:
             return internal::writeBigdatetime(value.longValue, utcSuffix, out, outSize);
         case kDecimal:
-            return internal::writeDecimal(scaledByType(type, value.decimalValue), out, outSize);
+            return internal::writeDecimal(value.decimalValue, decimalScale(type, value.decimalValue), out,
+                                          outSize);
         default:
             if (kind != kMoney && !isNumberedMoney(kind)) return;
             return internal::writeMoney(value.longValue, internal::moneyPlaces(kind), out, outSize);

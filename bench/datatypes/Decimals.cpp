@@ -38,6 +38,12 @@ BID_UINT128 bidOf(const std::string& text) {
     return __bid128_from_string(copy.data(), kToEven, &flags);
 }
 
+// At the scale of the decimals; an invalid operation when that takes more than 34 digits.
+BID_UINT128 toScale(BID_UINT128 number, unsigned int& flags) {
+    static const BID_UINT128 unit = bidOf("1e-" + std::to_string(kScale));
+    return __bid128_quantize(number, unit, kToEven, &flags);
+}
+
 void parse(benchmark::State& state, const Texts& texts) {
     FixedDecimalValue value{};
     inputs::run(state, texts, [&](const std::string& text) {
@@ -56,6 +62,17 @@ void parseIntel(benchmark::State& state, const Texts& texts) {
     });
 }
 
+// With what a decimal of a precision and a scale takes besides.
+void parseIntelToScale(benchmark::State& state, const Texts& texts) {
+    unsigned int flags = 0;
+    inputs::run(state, texts, [&](const std::string& text) {
+        const BID_UINT128 number = __bid128_from_string(const_cast<char*>(text.c_str()), kToEven, &flags);
+        BID_UINT128 value = toScale(number, flags);
+        benchmark::DoNotOptimize(value);
+        return (flags & BID_INVALID_EXCEPTION) == 0 && __bid128_isNaN(value) == 0;
+    });
+}
+
 void convertField(benchmark::State& state, const Texts& texts) {
     DataTypes::DataValue value;
     const char* error = nullptr;
@@ -69,16 +86,17 @@ void convertField(benchmark::State& state, const Texts& texts) {
 }
 
 void format(benchmark::State& state, const Texts& texts) {
-    std::vector<FixedDecimalValue> values;
-    for (const std::string& text : texts) values.push_back(decimalOf(text));
-    DataTypes::DataValue value;
-    value.isNull = false;
+    std::vector<DataTypes::DataValue> values(texts.size());
+    for (size_t i = 0; i < texts.size(); ++i) {
+        values[i].decimalValue = decimalOf(texts[i]);
+        values[i].isNull = false;
+    }
     char text[64];
-    inputs::run(state, values, [&](const FixedDecimalValue& number) {
-        value.decimalValue = number;
-        DataTypes::convertToString(DataTypes::kDecimal, false, false, value, text, sizeof text);
+    inputs::run(state, values, [&](const DataTypes::DataValue& value) {
+        DataTypes::convertToString(DataTypes::kDecimal, false, false,
+                                   const_cast<DataTypes::DataValue&>(value), text, sizeof text);
         benchmark::DoNotOptimize(text);
-        return std::strlen(text) > 2;
+        return text[2] != '\0';
     });
 }
 
@@ -90,7 +108,39 @@ void formatIntel(benchmark::State& state, const Texts& texts) {
     inputs::run(state, values, [&](const BID_UINT128& number) {
         __bid128_to_string(text, number, &flags);
         benchmark::DoNotOptimize(text);
-        return std::strlen(text) > 2;
+        return text[2] != '\0';
+    });
+}
+
+// A sign and digits, up to "E", as the plain text that a decimal has.
+void placePoint(const char* number, char* out) {
+    if (*number++ == '-') *out++ = '-';
+    const auto digits = static_cast<int>(std::strchr(number, 'E') - number);
+    const int whole = digits - kScale;
+    if (whole > 0) {
+        std::memcpy(out, number, static_cast<size_t>(whole));
+        out += whole;
+    } else {
+        *out++ = '0';
+    }
+    *out++ = '.';
+    for (int zeros = -whole; zeros > 0; --zeros) *out++ = '0';
+    const int fraction = whole > 0 ? kScale : digits;
+    std::memcpy(out, number + digits - fraction, static_cast<size_t>(fraction));
+    out[fraction] = '\0';
+}
+
+// The same numbers at the decimals' scale as the same texts.
+void formatIntelPlain(benchmark::State& state, const Texts& texts) {
+    std::vector<BID_UINT128> values;
+    unsigned int flags = 0;
+    for (const std::string& text : texts) values.push_back(toScale(bidOf(text), flags));
+    char number[64], text[64];
+    inputs::run(state, values, [&](const BID_UINT128& value) {
+        __bid128_to_string(number, value, &flags);
+        placePoint(number, text);
+        benchmark::DoNotOptimize(text);
+        return text[2] != '\0';
     });
 }
 
@@ -139,17 +189,23 @@ const Texts kLong = decimals(25, 34);
 
 BENCHMARK_CAPTURE(parse, 12, kShort);
 BENCHMARK_CAPTURE(parseIntel, 12, kShort);
+BENCHMARK_CAPTURE(parseIntelToScale, 12, kShort);
 BENCHMARK_CAPTURE(parse, 24, kMiddle);
 BENCHMARK_CAPTURE(parseIntel, 24, kMiddle);
+BENCHMARK_CAPTURE(parseIntelToScale, 24, kMiddle);
 BENCHMARK_CAPTURE(parse, 34, kLong);
 BENCHMARK_CAPTURE(parseIntel, 34, kLong);
+BENCHMARK_CAPTURE(parseIntelToScale, 34, kLong);
 BENCHMARK_CAPTURE(convertField, 34, kLong);
 BENCHMARK_CAPTURE(format, 12, kShort);
 BENCHMARK_CAPTURE(formatIntel, 12, kShort);
+BENCHMARK_CAPTURE(formatIntelPlain, 12, kShort);
 BENCHMARK_CAPTURE(format, 24, kMiddle);
 BENCHMARK_CAPTURE(formatIntel, 24, kMiddle);
+BENCHMARK_CAPTURE(formatIntelPlain, 24, kMiddle);
 BENCHMARK_CAPTURE(format, 34, kLong);
 BENCHMARK_CAPTURE(formatIntel, 34, kLong);
+BENCHMARK_CAPTURE(formatIntelPlain, 34, kLong);
 BENCHMARK_CAPTURE(rescale, 12, kShort);
 BENCHMARK_CAPTURE(rescaleIntel, 12, kShort);
 BENCHMARK_CAPTURE(rescale, 24, kMiddle);

@@ -1,6 +1,7 @@
 // Decimals, against digit strings worked out by hand, 128-bit division and strtod.
 #include <cctype>
 #include <cstdlib>
+#include <cstring>
 #include <optional>
 
 #include "datatypes/DataTypes.h"
@@ -96,18 +97,45 @@ std::string decimalText(Random& random) {
     if (random.oneIn(4)) text += std::string(1, random.of("eE")) + random.of("+-1") + random.digits(2);
     // Ties are where rounding can go wrong.
     if (random.oneIn(4)) text += "5" + std::string(random.below(40), '0');
-    return random.damaged(text, "0123456789+-.eE ", 10);
+    return random.damaged(text, "0123456789+-.eE /:\xae\xb0", 10);
 }
 
 void compareText(Random& random, Tally& tally) {
     const std::string text = decimalText(random);
     const int precision = static_cast<int>(random.below(35));
     const int scale = static_cast<int>(random.below(static_cast<uint64_t>(precision) + 1));
-    FixedDecimalValue value{};
+    const FixedDecimalValue before{random.word(), random.word(), random.word()};
+    FixedDecimalValue value = before;
     const std::string input = text + " as " + std::to_string(precision) + "," + std::to_string(scale);
     const bool taken = value.setDecimalValue(precision, scale, text.c_str());
-    tally.compare(input, taken ? show(coefficientOf(value)) : "refused",
+    const bool touched = std::memcmp(&value, &before, sizeof value) != 0;
+    tally.compare(input,
+                  taken     ? show(coefficientOf(value))
+                  : touched ? "refused but touched"
+                            : "refused",
                   coefficientByHand(text, precision, scale));
+}
+
+// Also into a buffer that is too small, and nothing of the buffer behind the text.
+void compareFormat(Random& random, Int128 coefficient, Tally& tally) {
+    constexpr char kUntouched = '#';
+    const int scale = static_cast<int>(random.below(random.oneIn(2) ? 18 : 64));
+    const size_t outSize = random.oneIn(4) ? random.below(80) : 256;
+    DataTypes::DataValue value;
+    value.decimalValue = make(coefficient);
+    value.isNull = false;
+    std::string text(256, kUntouched);
+    convertToString(DataTypes::createFixedDecimal(34, scale), false, false, value, text.data(), outSize);
+    std::string expected = pointPlaced(coefficient, scale);
+    if (outSize == 0) {
+        expected.clear();
+    } else {
+        expected.resize(std::min(expected.size(), outSize - 1));
+        expected += '\0';
+    }
+    expected.resize(text.size(), kUntouched);
+    tally.compare(show(coefficient) + " at " + std::to_string(scale) + " into " + std::to_string(outSize),
+                  text, expected);
 }
 
 void compareShiftBy(Int128 coefficient, int digits, Tally& tally) {
@@ -223,14 +251,12 @@ bool compareDecimals(Random& random, long count) {
         compareLongDivision(random, magnitude,
                             (UInt128{random.word()} << 64 | random.word() | 1) >> random.below(127) | 1,
                             divisions);
-        const int scale = static_cast<int>(random.below(64));
-        DataTypes::DataValue value;
-        value.decimalValue = make(coefficient);
-        value.isNull = false;
-        char text[512];
-        convertToString(DataTypes::createFixedDecimal(34, scale), false, false, value, text, sizeof text);
-        formats.compare(show(coefficient) + " at " + std::to_string(scale), text,
-                        pointPlaced(coefficient, scale));
+        compareFormat(random, coefficient, formats);
+        // Where the count of digits changes.
+        Int128 power = 1;
+        for (uint64_t digits = random.below(38); digits > 0; --digits) power *= 10;
+        const Int128 near = power + static_cast<Int128>(random.below(3)) - 1;
+        compareFormat(random, random.oneIn(2) ? near : -near, formats);
     }
     bool same = true;
     for (const Tally* tally : {&texts, &formats, &shifts, &doubles, &divisions})
