@@ -67,7 +67,8 @@ private:
 class HostProcess {
 public:
     // Standard output and error go to files of the scratch directory that are named for the subcommand.
-    HostProcess(const Scratch& scratch, Texts arguments) : out_(scratch.path(arguments[0] + ".out")), err_(scratch.path(arguments[0] + ".err")) {
+    HostProcess(const Scratch& scratch, Texts arguments)
+        : out_(scratch.path(arguments[0] + ".out")), err_(scratch.path(arguments[0] + ".err")) {
         arguments.insert(arguments.begin(), KEL_HOST);
         std::vector<char*> argv;
         for (std::string& argument : arguments) argv.push_back(argument.data());
@@ -96,7 +97,9 @@ public:
         pid_ = -1;
         return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     }
-    bool isReady() const { return within(Seconds(60), [&] { return errors().find("ready") != std::string::npos; }); }
+    bool isReady() const {
+        return within(Seconds(60), [&] { return errors().find("ready") != std::string::npos; });
+    }
     std::string output() const { return read(out_); }
     std::string errors() const { return read(err_); }
 
