@@ -5,18 +5,6 @@ namespace {
 
 using namespace endtoend;
 
-// One of the examples.
-struct Example {
-    explicit Example(const std::string& name) : folder(KEL_SOURCE_DIR "/examples/" + name), config(folder + "/config.toml") {
-        for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-            if (entry.path().stem() == "messages") messages = entry.path();
-        }
-    }
-    std::string folder;
-    std::string config;
-    std::string messages;
-};
-
 TEST(Run, RowsOfEveryKindOfText) {
     const Scratch scratch;
     // What must come through unharmed: characters beyond the 16-bit plane, U+0000, blanks, an empty field.
@@ -39,37 +27,24 @@ TEST(Run, RowsOfEveryKindOfText) {
     }
 }
 
-TEST(Run, ABrokerOfItsOwnGivesTheRowsOfTheOneInTheJvm) {
-    const Scratch scratch;
-    const Broker broker(scratch);
-    for (const char* name : {"csv", "xml", "objectarray", "custom"}) {
-        SCOPED_TRACE(name);
-        const Example example(name);
-        const std::string expected = read(example.folder + "/expected.jsonl");
-        const std::string rows = std::to_string(std::count(expected.begin(), expected.end(), '\n'));
-        const std::string url = "connection.jndiURL=" + broker.url();
-        HostProcess host(scratch, {"run", "--config", example.config, "--set", url, "--rows", rows});
-        ASSERT_TRUE(host.isReady()) << host.errors();
-        HostProcess sender(scratch, {"send", "--config", example.config, "--set", url, example.messages});
-        ASSERT_EQ(sender.wait(), 0) << sender.errors();
-        ASSERT_EQ(host.wait(), 0) << host.errors();
-        EXPECT_EQ(host.output(), expected);
-    }
-}
-
 // The checks of the JVM itself. It warns of calls after which nobody looks for an exception. The bridge makes
 // such calls where a look is not its business: connectForInput and connectForOutput are followed by look-ups
 // before the one look at the end of init; the senders' callers, initConverter and disconnect are told by the
 // result alone. All of these are boolean methods. Nothing else may be warned of.
-TEST(Run, TheJvmFindsNoFaultInTheBridge) {
+TEST(Run, ExamplesGiveTheirRowsAndTheJvmFindsNoFaultInTheBridge) {
     const Scratch scratch;
-    for (const char* name : {"csv", "xml", "fix", "objectarray", "custom", "durable"}) {
+    for (const std::string name : {"csv", "xml", "fix", "objectarray", "custom", "durable"}) {
         SCOPED_TRACE(name);
-        const Example example(name);
-        HostProcess host(scratch, {"run", "--config", example.config, "--feed", example.messages, "--idle", "0.5", "--set",
+        const std::string folder = KEL_SOURCE_DIR "/examples/" + name;
+        std::string messages;
+        for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+            if (entry.path().stem() == "messages") messages = entry.path();
+        }
+        HostProcess host(scratch, {"run", "--config", folder + "/config.toml", "--feed", messages, "--idle", "0.5", "--set",
                                    std::string("connection.jndiURL=") + kInJvm, "--set", "host.jvmOptions=[\"-Xcheck:jni\"]"});
         ASSERT_EQ(host.wait(), 0) << host.errors();
-        std::stringstream all(host.output() + host.errors());
+        EXPECT_EQ(host.output(), read(folder + "/expected.jsonl"));
+        std::stringstream all(host.errors());
         int expected = 0;
         for (std::string line; std::getline(all, line);) {
             const bool isWarning = line.find("WARNING") != std::string::npos || line.find("FATAL") != std::string::npos;

@@ -150,12 +150,4 @@ TEST(DiscoverProposal, FindsTheStreamsNameAndWhetherMessagesBringIt) {
     }
 }
 
-TEST(DiscoverPeek, ReadsElementAndAttributesAsTheAdapterDoes) {
-    const auto sample = host::readXmlMessage("<?xml version=\"1.0\"?> <Trades a=\"1\" KEL_OPS=\"p\" b=\"\"/>");
-    ASSERT_TRUE(sample);
-    EXPECT_EQ(sample->element, "Trades");
-    EXPECT_EQ(sample->attributes, (Texts{"a", "b"}));
-    EXPECT_FALSE(host::readXmlMessage("<Trades a='1'/>"));
-}
-
 }  // namespace

@@ -1,5 +1,7 @@
 package com.morvex.kel.connectors;
 
+import static org.junit.Assert.assertTrue;
+
 import java.util.*;
 import java.util.concurrent.CopyOnWriteArrayList;
 import java.util.concurrent.locks.LockSupport;
@@ -73,6 +75,12 @@ public abstract class BrokerFixture {
         String lines = String.join("\n", LOG);
         LOG.clear();
         return lines;
+    }
+
+    /** What failed left one sentence in the log, with the reason. */
+    static void checkFails(String reason, boolean result) {
+        String log = takeLog();
+        assertTrue(reason + ": " + log, !result && log.contains(reason) && !log.contains("\n"));
     }
 
     static boolean logged(String text) { return LOG.stream().anyMatch(line -> line.contains(text)); }

@@ -17,6 +17,7 @@ public final class FakeProvider implements InitialContextFactory {
     static volatile CountDownLatch until;
     static volatile String failing;
     static volatile ExceptionListener listener;
+    static volatile String login;
 
     static JmsConnector connector(String blockedCall) {
         CALLS.clear();
@@ -44,7 +45,10 @@ public final class FakeProvider implements InitialContextFactory {
             if (call.endsWith("setExceptionListener")) listener = (ExceptionListener) arguments[0];
             if (call.equals("Context.lookup"))
                 return proxy(arguments[0].equals("Factory") ? ConnectionFactory.class : javax.jms.Queue.class);
-            if (call.equals("Context.getEnvironment")) return new Hashtable<>();
+            // As jndi.properties has them, which the naming context adds to what it was given.
+            if (call.equals("Context.getEnvironment"))
+                return new Hashtable<>(Map.of(Context.SECURITY_PRINCIPAL, "user", Context.SECURITY_CREDENTIALS, "password"));
+            if (call.equals(CREATE)) login = Arrays.toString(arguments);
             if (call.equals("MessageConsumer.receive")) return proxy(TextMessage.class);
             Class<?> result = method.getReturnType();
             if (result == boolean.class) return call.equals("Session.getTransacted");
