@@ -26,13 +26,8 @@ TEST(CommandLine, EachOptionAndExitCode) {
     send(scratch, forms, "1;a\xC3\xA4\n-20;b\n2024-01-02T03:04:05.5;\n");
     const std::string lines = scratch.write("lines", kLines);
     const std::string whole = scratch.write("whole", "Trades,u,two\nlines,3,4");
-    struct {
-        const std::string* config;  // null: none
-        Texts arguments;
-        int status;
-        const char* output;  // all of standard output
-        const char* error;   // within standard error
-    } const rows[] = {
+    // Configuration, arguments, exit code, all of standard output, a text within standard error.
+    const std::tuple<const std::string*, Texts, int, const char*, const char*> rows[] = {
         {&config, {"send", "--repeat", "2", lines}, 0, "", "sent 4 messages"},
         {&config, {"run", "--rows", "4", "--output", "csv"}, 0, kCsv, "good 4"},
         {&config, {"send", "--whole", whole}, 0, "", "sent 1 message in"},
@@ -43,8 +38,6 @@ TEST(CommandLine, EachOptionAndExitCode) {
         {&config, {"run", "--rows", "0"}, 2, "", "--rows"},
         {&config, {"run", "--output", "xml"}, 2, "", "--output"},
         {&config, {"run", "--set", "connection.jndiURL=tcp://127.0.0.1:1"}, 1, "", "is not reachable"},
-        {&config, {"run", "--set", "connection.jndiContextFactory=no.such.Factory"}, 1, "", "no.such.Factory"},
-        {&config, {"run", "--set", "connection.destinationName=ConnectionFactory"}, 1, "", "must be bound to a javax.jms.Queue"},
         {&config, {"run", "--set", "host.classPath=[\"/no/such.jar\"]"}, 78, "", "/no/such.jar"},
         {&config, {"run", "--set", "host.classPath=[\"geronimo-jms_1.1_spec.jar\"]"}, 1, "", "jndiContextFactory"},
         {&config, {"run", "--set", "connection.delimeter=;"}, 78, "", "connection.delimiter"},
@@ -59,14 +52,14 @@ TEST(CommandLine, EachOptionAndExitCode) {
         {nullptr, {"broker", "--port", broker.port()}, 1, "", "Address already in use"},
         {nullptr, {"broker", "--port", "0", "--data", scratch.path("broker-data")}, 1, "", "is locked by another broker"},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(::testing::PrintToString(row.arguments));
-        Texts arguments = row.arguments;
-        if (row.config != nullptr) arguments.insert(arguments.end(), {"--config", *row.config});
+    for (const auto& [file, command, status, output, error] : rows) {
+        SCOPED_TRACE(::testing::PrintToString(command));
+        Texts arguments = command;
+        if (file != nullptr) arguments.insert(arguments.end(), {"--config", *file});
         HostProcess host(scratch, arguments);
-        EXPECT_EQ(host.wait(Seconds(20)), row.status) << host.errors();
-        EXPECT_NE(host.errors().find(row.error), std::string::npos) << host.errors();
-        EXPECT_EQ(host.output(), row.output);
+        EXPECT_EQ(host.wait(Seconds(20)), status) << host.errors();
+        EXPECT_NE(host.errors().find(error), std::string::npos) << host.errors();
+        EXPECT_EQ(host.output(), output);
     }
 }
 

@@ -58,46 +58,39 @@ protected:
                   << " repeated\n";
         return repeats;
     }
-};
 
-// Runs of the host that end at any moment, until every message has become a row.
-TEST_F(Delivery, RunsEndedAtAnyMomentLoseNothing) {
-    const int many = kSoak ? 20000 : 3000;
-    const int often = kSoak ? 100 : 5;
-    struct {
-        const char* what;
-        bool isDurable;
-        int signal;
-        int messages;
-        int kills;
-    } const cases[] = {
-        {"queue", false, SIGKILL, many, often},
-        {"durable subscription", true, SIGKILL, many, often},
-        {"durable subscription, never a whole batch", true, SIGKILL, 5, 8},
-        {"queue, clean stops", false, SIGINT, 5000, 4},
-    };
-    for (const auto& one : cases) {
-        SCOPED_TRACE(one.what);
+    // Runs of the host that end at any moment, until every message has become a row.
+    void endRuns(const std::string& what, bool isDurable, int signal, int messages, int kills) {
+        SCOPED_TRACE(what);
         const Broker broker(scratch);
-        rows = scratch.path(one.what);
-        const std::string config = scratch.write("c.toml", one.isDurable ? durable(broker.url(), 100) : trades(broker.url()));
-        if (one.isDurable) {
+        rows = scratch.path(what);
+        const std::string config = scratch.write("c.toml", isDurable ? durable(broker.url(), 100) : trades(broker.url()));
+        if (isDurable) {
             HostProcess subscriber(scratch, run(config, {"--idle", "0.1"}));
             ASSERT_EQ(subscriber.wait(), 0) << subscriber.errors();
         }
-        send(scratch, config, numbered(1, one.messages));
-        for (int i = 0; i < one.kills; ++i) {
+        send(scratch, config, numbered(1, messages));
+        for (int i = 0; i < kills; ++i) {
             HostProcess host(scratch, run(config));
             ASSERT_TRUE(host.isReady()) << host.errors();
             sleepBetween(0, 0.03);
-            host.signal(one.signal);
-            ASSERT_EQ(host.wait(Seconds(5)), one.signal == SIGINT ? 0 : 128 + SIGKILL) << host.errors();
+            host.signal(signal);
+            ASSERT_EQ(host.wait(Seconds(5)), signal == SIGINT ? 0 : 128 + SIGKILL) << host.errors();
         }
         HostProcess host(scratch, run(config, {"--idle", "3"}));
         EXPECT_EQ(host.wait(Seconds(300)), 0) << host.errors();
-        const int repeats = report(one.what, one.messages, one.kills);
-        EXPECT_TRUE(one.signal == SIGKILL || repeats == 0) << repeats;
+        const int repeats = report(what, messages, kills);
+        EXPECT_TRUE(signal == SIGKILL || repeats == 0) << repeats;
     }
+};
+
+TEST_F(Delivery, RunsEndedAtAnyMomentLoseNothing) {
+    const int many = kSoak ? 20000 : 3000;
+    const int often = kSoak ? 100 : 5;
+    endRuns("queue", false, SIGKILL, many, often);
+    endRuns("durable subscription", true, SIGKILL, many, often);
+    endRuns("durable subscription, never a whole batch", true, SIGKILL, 5, 8);
+    endRuns("queue, clean stops", false, SIGINT, 5000, 4);
 }
 
 TEST_F(Delivery, AStopIsAtOnceAndAReturnRepeatsNothingThatWasCommitted) {

@@ -136,9 +136,8 @@ public:
         if (isPersistent_) arguments.insert(arguments.end(), {"--data", scratch_.path("broker-data")});
         process_ = std::make_unique<HostProcess>(scratch_, arguments);
         ASSERT_TRUE(within(Seconds(60), [&] { return process_->output().ends_with('\n'); })) << process_->errors();
-        const std::string line = process_->output();
-        const size_t digits = line.find_last_of(':') + 1;
-        port_ = line.substr(digits, line.find_first_not_of("0123456789", digits) - digits);
+        const std::string url = process_->output();
+        port_ = std::to_string(std::atoi(url.c_str() + url.rfind(':') + 1));
     }
     void kill() {
         process_->signal(SIGKILL);

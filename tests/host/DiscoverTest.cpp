@@ -84,28 +84,24 @@ TEST(DiscoverExplain, NamesTheDecidingValueAndWhatTheTypeLoses) {
 
 // Of the samples "1", "", "" and "2.5" the messages have the column or not; none are found again in some rows.
 TEST(DiscoverExplain, TellsBlankFromAbsentWhereTheSamplesAreFoundAgain) {
-    struct {
-        std::string has;  // one letter for each message
-        std::string type;
-        size_t sample;
-        Texts warnings;  // how they begin
-    } const rows[] = {
+    // One letter for each message, the type, the deciding sample, how the warnings begin.
+    const std::tuple<std::string, std::string, size_t, Texts> rows[] = {
         {"yyyy", "string", 2, {"only blank values make it a string, 2 of 4; without them it is float"}},
         {"ynyy", "string", 3, {"only blank values make it a string, 1 of 3; without them it is float"}},
         {"ynny", "float", 4, {}},
         {"ynnn", "float", 4, {"a second look did not find the samples again"}},
         {"yyy", "string", 2, {"only blank values make it a string, 2 of 4", "a second look"}},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.has);
-        const host::Discovery found{{"a"}, {row.type}, {}, {{"1"}, {""}, {""}, {"2.5"}}};
+    for (const auto& [letters, type, sample, warnings] : rows) {
+        SCOPED_TRACE(letters);
+        const host::Discovery found{{"a"}, {type}, {}, {{"1"}, {""}, {""}, {"2.5"}}};
         std::vector<host::PeekedMessage> messages;
-        for (const char has : row.has) messages.push_back({"", has == 'y' ? Texts{"b", "a"} : Texts{"b"}});
+        for (const char has : letters) messages.push_back({"", has == 'y' ? Texts{"b", "a"} : Texts{"b"}});
         const host::Explanation one = host::explain(found, settings("FIX"), messages).at(0);
-        EXPECT_EQ(one.sample, row.sample);
-        EXPECT_EQ(one.values, row.type == "float" ? 2U : one.fits.back().second);
-        ASSERT_EQ(one.warnings.size(), row.warnings.size());
-        for (size_t i = 0; i < row.warnings.size(); ++i) EXPECT_TRUE(one.warnings[i].starts_with(row.warnings[i])) << one.warnings[i];
+        EXPECT_EQ(one.sample, sample);
+        EXPECT_EQ(one.values, type == "float" ? 2U : one.fits.back().second);
+        ASSERT_EQ(one.warnings.size(), warnings.size());
+        for (size_t i = 0; i < warnings.size(); ++i) EXPECT_TRUE(one.warnings[i].starts_with(warnings[i])) << one.warnings[i];
     }
 }
 

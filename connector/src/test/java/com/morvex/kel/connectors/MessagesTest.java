@@ -240,10 +240,7 @@ public class MessagesTest extends BrokerFixture {
         send(QUEUE, text("nulls"));
         assertTrue(connector.initInConverter(CONVERTER, ""));
         assertEquals("[[, , ]]", Arrays.deepToString(connector.browseCustomMessages()));
-    }
-
-    @Test
-    public void aTopicIsListenedToForAWhile() {
+        // A topic keeps none, so it is listened to for a while.
         JmsConnector listener = connector(url(), "id");
         assertTrue(listener.connectForInput(false));
         later(150_000, () -> sendNumbers(TOPIC, 1, 5));
