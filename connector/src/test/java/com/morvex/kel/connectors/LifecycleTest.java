@@ -78,6 +78,7 @@ public class LifecycleTest extends BrokerFixture {
         String failure = assertThrows(ConnectorException.class, connector::commitTransaction).getMessage();
         assertTrue(failure, failure.contains("3 messages will come again") && logged(failure));
         assertEquals(numbers(1, 5), receive(connector, 5));
+        assertEquals("waiting acknowledges, but commits nothing", "", connector.receiveTextMessage());
         connector.commitTransaction();
         assertTrue(connector.disconnect());
         assertEquals("", receiver("d").receiveTextMessage());
