@@ -5,6 +5,7 @@ import static org.junit.Assert.*;
 import java.util.List;
 import java.util.concurrent.CountDownLatch;
 import javax.jms.Connection;
+import javax.jms.ExceptionListener;
 import javax.jms.JMSException;
 import org.junit.Test;
 
@@ -48,6 +49,7 @@ public class ConnectingTest extends BrokerFixture {
         other.setClientID("id");
         other.start();
         checkFails("\"id\" (parameter clientID) must be free", connector(url(), "id").connectForInput(true));
+        waitUntil("none of the tries is left open", () -> connections() == 1);
         later(300_000, other::close);
         JmsConnector reader = receiver("id");
         takeLog();
@@ -87,8 +89,10 @@ public class ConnectingTest extends BrokerFixture {
         JmsConnector connector = FakeProvider.connector("");
         assertTrue(connector.connectForInput(true));
         assertEquals("[user, password]", FakeProvider.login);
-        FakeProvider.listener.onException(new JMSException("gone"));
+        ExceptionListener first = FakeProvider.listener;
+        first.onException(new JMSException("gone"));
         waitUntil("connected again", () -> logged("is there again"));
+        first.onException(new JMSException("told twice"));
         FakeProvider.failing = "MessageConsumer.receiveNoWait";
         assertEquals("", connector.receiveTextMessage());
         FakeProvider.failing = "Session.commit";

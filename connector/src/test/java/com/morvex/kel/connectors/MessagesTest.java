@@ -245,6 +245,8 @@ public class MessagesTest extends BrokerFixture {
         assertTrue(listener.connectForInput(false));
         later(150_000, () -> sendNumbers(TOPIC, 1, 5));
         assertArrayEquals(new String[] {"1", "2", "3", "4", "5"}, listener.browseTextMessages());
+        var consumers = broker.getRegionBroker().getDestinationMap().get(TOPIC).getDestinationStatistics().getConsumers();
+        waitUntil("nothing of the browsing is left", () -> consumers.getCount() == 0);
         listener.disconnect();
         assertThrows(ConnectorException.class, listener::browseTextMessages);
     }
