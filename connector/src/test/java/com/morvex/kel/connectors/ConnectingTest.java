@@ -49,14 +49,14 @@ public class ConnectingTest extends BrokerFixture {
         other.setClientID("id");
         other.start();
         checkFails("\"id\" (parameter clientID) must be free", connector(url(), "id").connectForInput(true));
-        waitUntil("none of the tries is left open", () -> connections() == 1);
         later(300_000, other::close);
         JmsConnector reader = receiver("id");
         takeLog();
         assertTrue("browsing needs no client ID", connector(url(), "id").connectForInput(false));
         assertEquals("and leaves its holder alone", "", takeLog());
-        cut();
-        Connection another = connection();
+        var present = List.copyOf(broker.getTransportConnectors().get(0).getConnections());
+        Connection another = connection();   // open already, so that it is sooner than the reader
+        for (var cut : present) cut.stop();
         another.setClientID("id");
         another.start();
         waitUntil("refused", () -> logged("\"id\" (parameter clientID)"));
@@ -69,6 +69,10 @@ public class ConnectingTest extends BrokerFixture {
 
     @Test
     public void aSilentProviderIsGivenUpInTimeAndClosedWhenItComesLate() throws Exception {
+        JmsConnector refused = FakeProvider.connector("");
+        FakeProvider.failing = "Connection.createSession";
+        checkFails("cannot be used for queue", refused.connectForInput(true));
+        FakeProvider.waitForCalls(FakeProvider.CLOSE, 1);
         JmsConnector patient = FakeProvider.connector("Connection.start");
         System.setProperty("kel.jms.connectTimeoutMillis", "300");
         long start = System.nanoTime();
@@ -93,6 +97,8 @@ public class ConnectingTest extends BrokerFixture {
         first.onException(new JMSException("gone"));
         waitUntil("connected again", () -> logged("is there again"));
         first.onException(new JMSException("told twice"));
+        Thread.sleep(200);
+        FakeProvider.waitForCalls(FakeProvider.CREATE, 2);
         FakeProvider.failing = "MessageConsumer.receiveNoWait";
         assertEquals("", connector.receiveTextMessage());
         FakeProvider.failing = "Session.commit";

@@ -56,7 +56,7 @@ public class MessagesTest extends BrokerFixture {
     @Before
     public void connect() throws Exception {
         System.setProperty("kel.jms.maxMessageBytes", "1000");
-        System.setProperty("kel.jms.browseMillis", "400");
+        System.setProperty("kel.jms.browseMillis", "1000");
         // A filter is set only once in a JVM, so what happens without one comes first.
         if (ObjectInputFilter.Config.getSerialFilter() != null) return;
         connector = receiver("");
@@ -243,7 +243,7 @@ public class MessagesTest extends BrokerFixture {
         // A topic keeps none, so it is listened to for a while.
         JmsConnector listener = connector(url(), "id");
         assertTrue(listener.connectForInput(false));
-        later(150_000, () -> sendNumbers(TOPIC, 1, 5));
+        later(100_000, () -> sendNumbers(TOPIC, 1, 5));
         assertArrayEquals(new String[] {"1", "2", "3", "4", "5"}, listener.browseTextMessages());
         var consumers = broker.getRegionBroker().getDestinationMap().get(TOPIC).getDestinationStatistics().getConsumers();
         waitUntil("nothing of the browsing is left", () -> consumers.getCount() == 0);
