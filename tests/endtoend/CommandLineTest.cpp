@@ -1,54 +1,65 @@
-// The command line: what its options do, and the exit code of each way to get it wrong.
-#include <gtest/gtest.h>
-
-#include "tests/endtoend/Streams.h"
+// The command line: what its options do, and the sentence and exit code of each way to get it wrong.
+#include "tests/endtoend/Support.h"
 
 namespace {
 
 using namespace endtoend;
 
+constexpr char kLines[] = "Trades,i,IBM,1,2.5\nTrades,p,NOVA,,\n";
+constexpr char kCsv[] = "op,seq,Symbol,Shares,Price\ni,0,IBM,1,2.5\np,1,NOVA,,\ni,2,IBM,1,2.5\np,3,NOVA,,\n";
+constexpr char kTable[] =
+    "op  seq       Symbol    Shares    Price\n--  --------  --------  --------  --------\n"
+    "u          0  two?lines         3         4\n";
+// The answers of discovery as they stand, whatever its TOML makes of them.
+constexpr char kSamples[] = "column_0  column_1\ndate      string\n--------  --------\n1         a\xC3\xA4\n-20       b\n";
+constexpr char kJson[] =
+    "{\n  \"stream\": \"forms\",\n  \"columns\": [\n    {\n      \"name\": \"column_0\",\n      \"type\": \"date\"\n    },\n    "
+    "{\n      \"name\": \"column_1\",\n      \"type\": \"string\"\n    }\n  ],\n  \"samples\": [\n    [\"1\", \"a\xC3\xA4\"]\n  ]\n}\n";
+
 TEST(CommandLine, EachOptionAndExitCode) {
     const Scratch scratch;
-    Broker broker(scratch, true);
-    const std::string port = broker.url().substr(broker.url().rfind(':') + 1);
-    Stream stream;
-    stream.url = broker.url();
-    const std::string config = scratch.write("c.toml", stream.text());
-    const std::string inJvm = std::string("connection.jndiURL=failover:(") + kInJvm + ")";
-    const std::string lines = scratch.write("lines", "Trades,i,IBM,1,2.5\nTrades,p,NOVA,,\n");
+    const Broker broker(scratch, true);
+    const std::string config = scratch.write("c.toml", trades(broker.url()));
+    const std::string forms =
+        scratch.write("f.toml", connection(broker.url()) +
+                                    "dataFormat = \"CSV\"\ndelimiter = \";\"\ndestinationType = \"QUEUE\"\ndestinationName = \"forms\"\n");
+    send(scratch, forms, "1;a\xC3\xA4\n-20;b\n2024-01-02T03:04:05.5;\n");
+    const std::string lines = scratch.write("lines", kLines);
     const std::string whole = scratch.write("whole", "Trades,u,two\nlines,3,4");
-    const std::string table =
-        "op  seq       Symbol    Shares    Price\n--  --------  --------  --------  --------\n"
-        "u          0  two?lines         3         4\n";
-    const std::string csv = "op,seq,Symbol,Shares,Price\n";
-    struct {
-        std::vector<std::string> arguments;
-        int status;
-        std::string output;  // all of standard output
-        const char* error;   // within standard error
-    } const rows[] = {
-        {{"send", "--config", config, "--repeat", "2", lines}, 0, "", "sent 4 messages"},
-        {{"run", "--config", config, "--rows", "4", "--output", "csv"},
-         0,
-         csv + "i,0,IBM,1,2.5\np,1,NOVA,,\ni,2,IBM,1,2.5\np,3,NOVA,,\n",
-         "good 4"},
-        {{"send", "--config", config, "--whole", whole}, 0, "", "sent 1 message in"},
-        {{"run", "--config", config, "--rows", "1", "--output", "table"}, 0, table, "good 1"},
-        {{"send", "--config", config, "--repeat", "2", "-"}, 2, "", "--repeat needs a file"},
-        {{"send", "--config", config, "--set", inJvm, lines}, 78, "", "run --feed FILE"},
-        {{"run", "--config", config, "--feed", "/no/feed"}, 1, "", "/no/feed"},
-        {{"run", "--config", config, "--rows", "0"}, 2, "", "--rows"},
-        {{"run", "--config", config, "--output", "xml"}, 2, "", "--output"},
-        {{"wrong"}, 2, "", "subcommand"},
-        {{"broker", "--port", port}, 1, "", "Address already in use"},
-        {{"broker", "--port", "0", "--data", scratch.path("broker-data")}, 1, "", "is locked by another broker"},
+    // Configuration, arguments, exit code, all of standard output, a text within standard error.
+    const std::tuple<const std::string*, Texts, int, const char*, const char*> rows[] = {
+        {&config, {"send", "--repeat", "2", lines}, 0, "", "sent 4 messages"},
+        {&config, {"run", "--rows", "4", "--output", "csv"}, 0, kCsv, "good 4"},
+        {&config, {"send", "--whole", whole}, 0, "", "sent 1 message in"},
+        {&config, {"run", "--rows", "1", "--output", "table"}, 0, kTable, "good 1"},
+        {&config, {"send", "--repeat", "2", "-"}, 2, "", "--repeat needs a file"},
+        {&config, {"send", "--set", std::string("connection.jndiURL=failover:(") + kInJvm + ")", lines}, 78, "", "run --feed FILE"},
+        {&config, {"run", "--feed", "/no/feed"}, 1, "", "/no/feed"},
+        {&config, {"run", "--rows", "0"}, 2, "", "--rows"},
+        {&config, {"run", "--output", "xml"}, 2, "", "--output"},
+        {&config, {"run", "--set", "connection.jndiURL=tcp://127.0.0.1:1"}, 1, "", "is not reachable"},
+        {&config, {"run", "--set", "host.classPath=[\"/no/such.jar\"]"}, 78, "", "/no/such.jar"},
+        {&config, {"run", "--set", "host.classPath=[\"geronimo-jms_1.1_spec.jar\"]"}, 1, "", "jndiContextFactory"},
+        {&config, {"run", "--set", "connection.delimeter=;"}, 78, "", "connection.delimiter"},
+        {&config, {"run", "--set", "connection.dataFormat=CVS"}, 78, "", "CVS"},
+        {&config, {"run", "--set", "host.jvmOptions=[\"-Xmx1\"]"}, 1, "", "Too small maximum heap"},
+        {&forms, {"discover", "--samples", "2"}, 0, kSamples, "--explain tells, of column_0."},
+        {&forms, {"discover", "--output", "json", "--samples", "1"}, 0, kJson, ""},
+        {&forms, {"discover", "--set", "connection.destinationName=empty"}, 1, "", "No message of \"empty\""},
+        {&forms, {"discover", "--set", "connection.jndiURL=vm://localhost"}, 78, "", "a broker of its own"},
+        {&forms, {"discover", "--samples", "11"}, 2, "", "--samples"},
+        {nullptr, {"wrong"}, 2, "", "subcommand"},
+        {nullptr, {"broker", "--port", broker.port()}, 1, "", "Address already in use"},
+        {nullptr, {"broker", "--port", "0", "--data", scratch.path("broker-data")}, 1, "", "is locked by another broker"},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(::testing::PrintToString(row.arguments));
-        HostProcess host(scratch, "host", row.arguments);
-        EXPECT_EQ(host.wait(Seconds(20)), row.status) << host.errors();
-        EXPECT_NE(host.errors().find(row.error), std::string::npos) << host.errors();
-        EXPECT_EQ(host.output(), row.output);
+    for (const auto& [file, command, status, output, error] : rows) {
+        SCOPED_TRACE(::testing::PrintToString(command));
+        Texts arguments = command;
+        if (file != nullptr) arguments.insert(arguments.end(), {"--config", *file});
+        HostProcess host(scratch, arguments);
+        EXPECT_EQ(host.wait(Seconds(20)), status) << host.errors();
+        EXPECT_NE(host.errors().find(error), std::string::npos) << host.errors();
+        EXPECT_EQ(host.output(), output);
     }
 }
 

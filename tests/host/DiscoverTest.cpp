@@ -1,5 +1,4 @@
-// What discover makes of the entry points' answers: the explanation of a type, and the stream that is
-// proposed.
+// What discover makes of the entry points' answers: the explanation of a type, and the stream that is proposed.
 #include <gtest/gtest.h>
 
 #include "host/Console.h"
@@ -11,144 +10,126 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-host::Settings settings(const std::string& format, const host::Parameters& more = {}) {
+host::Settings settings(const std::string& format, const std::string& dateFormat = host::kDefaultDateFormat) {
     host::Settings result;
-    result.connection = more;
-    result.connection.emplace("dataFormat", format);
-    result.connection.emplace("destinationName", "dynamicQueues/waiting");
-    result.connection.emplace("dateFormat", host::kDefaultDateFormat);
-    result.connection.emplace("timestampFormat", host::kDefaultDateFormat);
+    result.connection = {{"dataFormat", format},
+                         {"destinationName", "dynamicQueues/waiting"},
+                         {"dateFormat", dateFormat},
+                         {"timestampFormat", host::kDefaultDateFormat}};
     return result;
 }
 
-struct Explained {
-    const char* format;
-    host::Parameters more;
-    const char* type;  // the entry points' answer
-    Texts values;      // of one column
-    size_t sample;     // 0: the library comes to another type
-    size_t counted;
-    std::string warning;  // the beginning of the only one; "": there is none
-};
-
-TEST(DiscoverExplain, NamesTheDecidingValueAndWhatTheTypeLoses) {
-    const Explained kRows[] = {
-        {"CSV", {}, "float", {"1", "2.5", "3", "1e9"}, 2, 4, ""},
-        {"CSV", {}, "long", {"2147483648", "1"}, 1, 2, ""},
-        {"CSV", {}, "integer", {"1", "2.5"}, 0, 0, ""},
-        {"CSV", {}, "string", {"1", "", "2"}, 2, 3, "only blank values make it a string, 1 of 3; without them it is integer"},
-        {"CSV", {}, "string", {"x", ""}, 1, 2, ""},
-        {"CSV", {}, "integer", {"1", ""}, 0, 0, ""},
-        {"CSV",
-         {},
-         "integer",
-         {"0", "-0", "-07", "+00", "10"},
-         1,
-         5,
-         "\"-07\" (sample 3) loses its leading zeros as a number; likewise 1 more"},
-        {"CSV", {}, "string", {"007", "x"}, 2, 2, ""},
-        {"CSV", {}, "float", {"1.5", "2024-01-02T03:04:05.123"}, 1, 2, ""},
-        {"CSV", {}, "date", {"5", "2024-01-02T03:04:05"}, 2, 2, ""},
-        {"CSV",
-         {},
-         "date",
-         {"2024-01-02T03:04:05.123"},
-         1,
-         1,
-         "\"2024-01-02T03:04:05.123\" (sample 1) is a date only because the rest, \".123\", is ignored"},
-        {"CSV", {{"dateFormat", "%d.%m.%Y"}}, "timestamp", {"2024-01-02T03:04:05.123"}, 1, 1, ""},
-        {"CSV",
-         {{"dateFormat", "%d.%m.%Y"}},
-         "timestamp",
-         {"2024-01-02T03:04:05Z.5"},
-         1,
-         1,
-         "\"2024-01-02T03:04:05Z.5\" (sample 1) is a timestamp only because the rest, \"Z\","},
-        {"FIX", {}, "time", {"12:00:00 noon"}, 1, 1, "\"12:00:00 noon\" (sample 1) is a time only because the rest, \" noon\","},
-        {"OBJECTARRAY", {}, "date", {"7 apples", "8"}, 1, 2, "\"7 apples\" (sample 1) is a date only because the rest, \" apples\","},
-        {"CUSTOM", {}, "date", {"10.0.0.1"}, 1, 1, "\"10.0.0.1\" (sample 1) is a date"},
-    };
-    for (const Explained& row : kRows) {
-        SCOPED_TRACE(row.values[0] + " as " + row.type + " in " + row.format);
-        host::Discovery found{{"a"}, {row.type}, {}, {}};
-        for (const std::string& value : row.values) found.samples.push_back({value});
-        if (row.sample == 0) {
-            EXPECT_THROW(host::explain(found, settings(row.format, row.more), {}), host::Failure);
-            continue;
-        }
-        const host::Explanation one = host::explain(found, settings(row.format, row.more), {}).at(0);
-        EXPECT_EQ(one.sample, row.sample);
-        EXPECT_EQ(one.value, row.values[row.sample - 1]);
-        EXPECT_EQ(one.values, row.counted);
-        ASSERT_EQ(one.warnings.size(), row.warning.empty() ? 0U : 1U);
-        for (const std::string& warning : one.warnings) EXPECT_EQ(warning.substr(0, row.warning.size()), row.warning);
+Texts split(const std::string& list) {
+    Texts all(1);
+    for (const char c : list) {
+        if (c == '|')
+            all.emplace_back();
+        else
+            all.back() += c;
     }
+    return all;
 }
 
-TEST(DiscoverExplain, CountsWhatFitsOverRowsOfDifferentLengths) {
+TEST(DiscoverExplain, NamesTheDecidingValueAndWhatTheTypeLoses) {
+    struct {
+        const char* format;
+        const char* type;    // the entry points' answer
+        const char* values;  // of one column
+        size_t sample;       // 0: the library comes to another type
+        size_t counted;
+        const char* warning;  // the beginning of the only one; "": there is none
+        const char* dateFormat = host::kDefaultDateFormat;
+    } const rows[] = {
+        {"CSV", "float", "1|2.5|3|1e9", 2, 4, ""},
+        {"CSV", "long", "2147483648|1", 1, 2, ""},
+        {"CSV", "integer", "1|2.5", 0, 0, ""},
+        {"CSV", "string", "1||2", 2, 3, "only blank values make it a string, 1 of 3; without them it is integer"},
+        {"CSV", "string", "x|", 1, 2, ""},
+        {"CSV", "integer", "1|", 0, 0, ""},
+        {"CSV", "integer", "0|-0|-07|+00|10", 1, 5, R"("-07" (sample 3) loses its leading zeros as a number; likewise 1 more)"},
+        {"CSV", "string", "007|x", 2, 2, ""},
+        {"CSV", "float", "1.5|2024-01-02T03:04:05.123", 1, 2, ""},
+        {"CSV", "date", "5|2024-01-02T03:04:05", 2, 2, ""},
+        {"CSV", "date", "2024-01-02T03:04:05.1", 1, 1, R"("2024-01-02T03:04:05.1" (sample 1) is a date only because the rest, ".1", is)"},
+        {"CSV", "timestamp", "2024-01-02T03:04:05.123", 1, 1, "", "%d.%m.%Y"},
+        {"CSV", "timestamp", "2024-01-02T03:04:05Z.5", 1, 1, R"("2024-01-02T03:04:05Z.5" (sample 1) is a timestamp)", "%d.%m.%Y"},
+        {"FIX", "time", "12:00:00 noon", 1, 1, R"("12:00:00 noon" (sample 1) is a time only because the rest, " noon",)"},
+        {"OBJECTARRAY", "date", "7 apples|8", 1, 2, R"("7 apples" (sample 1) is a date only because the rest, " apples",)"},
+        {"CUSTOM", "date", "10.0.0.1", 1, 1, R"("10.0.0.1" (sample 1) is a date)"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(std::string(row.values) + " as " + row.type + " in " + row.format);
+        const Texts values = split(row.values);
+        host::Discovery found{{"a"}, {row.type}, {}, {}};
+        for (const std::string& value : values) found.samples.push_back({value});
+        if (row.sample == 0) {
+            EXPECT_THROW(host::explain(found, settings(row.format), {}), host::Failure);
+            continue;
+        }
+        const host::Explanation one = host::explain(found, settings(row.format, row.dateFormat), {}).at(0);
+        EXPECT_EQ(one.sample, row.sample);
+        EXPECT_EQ(one.value, values[row.sample - 1]);
+        EXPECT_EQ(one.values, row.counted);
+        ASSERT_EQ(one.warnings.size(), *row.warning == '\0' ? 0U : 1U);
+        for (const std::string& warning : one.warnings) EXPECT_TRUE(warning.starts_with(row.warning)) << warning;
+    }
+    // Rows of different lengths.
     const host::Discovery found{{"a", "b"}, {"integer", "float"}, {}, {{"1"}, {"2", "7"}, {"3", ".5"}}};
     const host::Explanation second = host::explain(found, settings("CSV"), {}).at(1);
-    const std::vector<std::pair<std::string, size_t>> kFits = {{"integer", 1},   {"long", 1}, {"float", 2}, {"date", 0},
-                                                               {"timestamp", 0}, {"time", 0}, {"string", 2}};
-    EXPECT_EQ(second.fits, kFits);
+    const std::vector<std::pair<std::string, size_t>> fits = {{"integer", 1},   {"long", 1}, {"float", 2}, {"date", 0},
+                                                              {"timestamp", 0}, {"time", 0}, {"string", 2}};
+    EXPECT_EQ(second.fits, fits);
     EXPECT_EQ(second.rule, "float is the first type that reads it; with integer before it that makes float");
 }
 
 // Of the samples "1", "", "" and "2.5" the messages have the column or not; none are found again in some rows.
 TEST(DiscoverExplain, TellsBlankFromAbsentWhereTheSamplesAreFoundAgain) {
-    struct Row {
-        std::string has;  // one letter for each message
-        const char* type;
-        size_t sample;
-        Texts warnings;  // how they begin
-    };
-    const Row kRows[] = {
+    // One letter for each message, the type, the deciding sample, how the warnings begin.
+    const std::tuple<std::string, std::string, size_t, Texts> rows[] = {
         {"yyyy", "string", 2, {"only blank values make it a string, 2 of 4; without them it is float"}},
         {"ynyy", "string", 3, {"only blank values make it a string, 1 of 3; without them it is float"}},
         {"ynny", "float", 4, {}},
         {"ynnn", "float", 4, {"a second look did not find the samples again"}},
         {"yyy", "string", 2, {"only blank values make it a string, 2 of 4", "a second look"}},
     };
-    for (const Row& row : kRows) {
-        SCOPED_TRACE(row.has);
-        const host::Discovery found{{"a"}, {row.type}, {}, {{"1"}, {""}, {""}, {"2.5"}}};
+    for (const auto& [letters, type, sample, warnings] : rows) {
+        SCOPED_TRACE(letters);
+        const host::Discovery found{{"a"}, {type}, {}, {{"1"}, {""}, {""}, {"2.5"}}};
         std::vector<host::PeekedMessage> messages;
-        for (const char has : row.has) messages.push_back({"", has == 'y' ? Texts{"b", "a"} : Texts{"b"}});
+        for (const char has : letters) messages.push_back({"", has == 'y' ? Texts{"b", "a"} : Texts{"b"}});
         const host::Explanation one = host::explain(found, settings("FIX"), messages).at(0);
-        EXPECT_EQ(one.sample, row.sample);
-        EXPECT_EQ(one.values, row.type == std::string("float") ? 2U : one.fits.back().second);
-        ASSERT_EQ(one.warnings.size(), row.warnings.size());
-        for (size_t i = 0; i < row.warnings.size(); ++i) EXPECT_TRUE(one.warnings[i].starts_with(row.warnings[i])) << one.warnings[i];
+        EXPECT_EQ(one.sample, sample);
+        EXPECT_EQ(one.values, type == "float" ? 2U : one.fits.back().second);
+        ASSERT_EQ(one.warnings.size(), warnings.size());
+        for (size_t i = 0; i < warnings.size(); ++i) EXPECT_TRUE(one.warnings[i].starts_with(warnings[i])) << one.warnings[i];
     }
 }
 
-struct Proposed {
-    const char* format;
-    host::Parameters more;
-    const char* configured;  // the stream's name
-    const char* asked;
-    std::vector<Texts> samples;
-    const char* streamName;
-    size_t columns;
-    const char* connection;  // the key that [connection] needs
-};
-
 TEST(DiscoverProposal, FindsTheStreamsNameAndWhetherMessagesBringIt) {
-    const host::Parameters kNoPrefix = {{"expectStreamNameOpcode", "0"}};
-    const Proposed kRows[] = {
-        {"CSV", kNoPrefix, "", "", {{"Trades", "i", "1"}}, "waiting", 3, ""},
-        {"CSV", {}, "", "", {{"Trades", "i", "1"}, {"Trades", "d"}}, "Trades", 1, ""},
-        {"CSV", {}, "", "", {{"Trades", "i", "1"}, {"Quotes", "i", "1"}}, "waiting", 3, "expectStreamNameOpcode"},
-        {"CSV", {}, "Quotes", "", {{"Trades", "i", "x"}, {"Quotes", "i", "1"}}, "Quotes", 1, ""},
-        {"CSV", {}, "Quotes", "Other", {{"Quotes", "i", "1"}}, "Other", 3, "expectStreamNameOpcode"},
-        {"OBJECTARRAY", {}, "", "", {{"Trades", "insert", "1"}}, "waiting", 3, "expectStreamNameOpcode"},
-        {"OBJECTARRAY", {}, "", "", {{"1"}}, "waiting", 1, "expectStreamNameOpcode"},
-        {"CUSTOM", {}, "", "", {{"", "", "1"}, {"Trades", "i", "1"}}, "Trades", 1, ""},
-        {"FIX", {}, "", "Orders", {{"1"}}, "Orders", 1, ""},
+    struct {
+        const char* format;
+        const char* configured;  // the stream's name
+        const char* asked;
+        std::vector<Texts> samples;
+        const char* streamName;
+        size_t columns;
+        const char* connection;  // the key that [connection] needs
+        bool isPrefixed = true;
+    } const rows[] = {
+        {"CSV", "", "", {{"Trades", "i", "1"}}, "waiting", 3, "", false},
+        {"CSV", "", "", {{"Trades", "i", "1"}, {"Trades", "d"}}, "Trades", 1, ""},
+        {"CSV", "", "", {{"Trades", "i", "1"}, {"Quotes", "i", "1"}}, "waiting", 3, "expectStreamNameOpcode"},
+        {"CSV", "Quotes", "", {{"Trades", "i", "x"}, {"Quotes", "i", "1"}}, "Quotes", 1, ""},
+        {"CSV", "Quotes", "Other", {{"Quotes", "i", "1"}}, "Other", 3, "expectStreamNameOpcode"},
+        {"OBJECTARRAY", "", "", {{"Trades", "insert", "1"}}, "waiting", 3, "expectStreamNameOpcode"},
+        {"OBJECTARRAY", "", "", {{"1"}}, "waiting", 1, "expectStreamNameOpcode"},
+        {"CUSTOM", "", "", {{"", "", "1"}, {"Trades", "i", "1"}}, "Trades", 1, ""},
+        {"FIX", "", "Orders", {{"1"}}, "Orders", 1, ""},
     };
-    for (const Proposed& row : kRows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(std::string(row.format) + " " + row.samples[0][0] + " " + row.configured + row.asked);
-        host::Settings all = settings(row.format, row.more);
+        host::Settings all = settings(row.format);
+        if (!row.isPrefixed) all.connection["expectStreamNameOpcode"] = "0";
         all.streamName = row.configured;
         host::Discovery found;
         for (size_t i = 0; i < row.samples[0].size(); ++i) {
@@ -163,15 +144,6 @@ TEST(DiscoverProposal, FindsTheStreamsNameAndWhetherMessagesBringIt) {
         // A text of another stream's message decides nothing.
         EXPECT_EQ(proposal.columns.back().reason, "");
     }
-}
-
-TEST(DiscoverPeek, ReadsElementAndAttributesAsTheAdapterDoes) {
-    const auto sample = host::readXmlMessage("<?xml version=\"1.0\"?> <Trades a=\"1\" KEL_OPS=\"p\" b=\"\"/>");
-    ASSERT_TRUE(sample);
-    EXPECT_EQ(sample->element, "Trades");
-    EXPECT_EQ(sample->attributes, (Texts{"a", "b"}));
-    EXPECT_FALSE(host::readXmlMessage("<Trades a='1'/>"));
-    EXPECT_FALSE(host::readXmlMessage("<Trades></Trades>"));
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 
 #include <limits>
 #include <memory>
+#include <sstream>
 #include <tuple>
 
 #include "host/RowFormat.h"
@@ -12,69 +13,61 @@
 
 namespace {
 
-using Texts = std::vector<std::pair<const char*, const char*>>;  // column or "", text or null
-
 class RowConversion : public ::testing::Test {
 protected:
     host::RowType type{"T", {{"Key", 5, true}, {"Short", 0, false}, {"Int", 1, false}, {"Long", 2, false}, {"Float", 3, false}}};
     void* errors = createConnectionErrors();
     ~RowConversion() override { deleteConnectionErrors(errors); }
 
-    // The row's JSON line, or the sentence that refuses it.
-    std::string convert(bool byNames, const Texts& fields, char op = '\0') {
+    // The row's JSON line, or the sentence that refuses it. Fields are "text|text" by order, or "name=text|name=text"; "~" is null.
+    std::string convert(const std::string& fields, char op = '\0') {
+        const bool byNames = fields.find('=') != std::string::npos;
         void* row = createConnectionRow(byNames ? "RowByNames" : "RowByOrder");
         setStreamType(row, &type, false);
-        for (size_t i = 0; i < fields.size(); ++i) {
-            byNames ? setFieldAsStringWithKey(row, fields[i].first, fields[i].second)
-                    : setFieldAsStringWithIndex(row, static_cast<int>(i), fields[i].second);
+        std::stringstream list(fields);
+        int index = 0;
+        for (std::string text; std::getline(list, text, '|');) {
+            const std::string name = text.substr(0, text.find('='));
+            if (byNames) text.erase(0, name.size() + 1);
+            const char* value = text == "~" ? nullptr : text.c_str();
+            byNames ? setFieldAsStringWithKey(row, name.c_str(), value) : setFieldAsStringWithIndex(row, index++, value);
         }
         setOp(row, op);
         clearConnectionErrors(errors);
         const std::unique_ptr<host::ServerRow> server(static_cast<host::ServerRow*>(toRow(row, 41, errors)));
         deleteConnectionRow(row);
         std::string line;
-        if (server) {
-            EXPECT_TRUE(empty(errors));
-            host::makeJsonLines(type)->append(*server, line);
-        } else {
-            char* text = nullptr;
-            EXPECT_EQ(getAdapterError(errors, &text), 1);
-            line = std::unique_ptr<char[]>(text).get();
-        }
-        return line;
+        if (server) host::makeJsonLines(type)->append(*server, line);
+        char* text = nullptr;
+        EXPECT_EQ(getAdapterError(errors, &text), server ? 0 : 1);
+        return server ? line : std::unique_ptr<char[]>(text).get();
     }
 };
 
-TEST_F(RowConversion, Rows) {
-    const std::string begin = R"({"stream":"T","op":"i","seq":41,"row":{"Key":"k",)";
-    EXPECT_EQ(convert(false, {{"", "k"}, {"", "-32768"}, {"", "+7"}, {"", "9223372036854775807"}, {"", "25.50"}}),
-              begin + "\"Short\":-32768,\"Int\":7,\"Long\":9223372036854775807,\"Float\":25.5}}\n");
-    EXPECT_EQ(convert(false, {{"", "k"}}), begin + "\"Short\":null,\"Int\":null,\"Long\":null,\"Float\":null}}\n");
-    EXPECT_EQ(convert(true, {{"Long", "1"}, {"Key", "k"}, {"Float", nullptr}}),
-              begin + "\"Short\":null,\"Int\":null,\"Long\":1,\"Float\":null}}\n");
-}
-
-TEST_F(RowConversion, Refusals) {
+TEST_F(RowConversion, RowsAndRefusals) {
+    const std::string begin = R"({"stream":"T","op":"i","seq":41,"row":{"Key":"k","Short":)";
+    const std::string refused = "Stream \"T\": ";
+    const std::string noKey = refused + "key column \"Key\" (string) is null in the message; a key column needs a value.";
+    const std::string noOpcode = " is none; allowed are i (insert), u (update), d (delete), p (upsert) and s (safe delete).";
     struct {
-        bool byNames;
-        Texts fields;
-        std::string sentence;
+        const char* fields;
+        std::string expected;
+        char op = '\0';
     } const rows[] = {
-        {false,
-         {{"", "k"}, {"", "32768"}},
-         R"(column "Short" (int16) cannot hold the text "32768": 16-bit integer constant out of range.)"},
-        {true,
-         {{"Key", "k"}, {"Int", ""}},
-         R"(column "Int" (integer) cannot hold the text "": integer constant does not begin with a legal character.)"},
-        {false,
-         {{"", "k"}, {"", "1"}, {"", "1"}, {"", "1"}, {"", "1"}, {"", "x"}},
-         "field 5 (counted from 0), the text \"x\", has no column; there are 5: Key, Short, Int, Long, "
-         "Float."},
-        {true, {{"Key", "k"}, {"Prize", nullptr}}, "there is no column \"Prize\" for null; the columns are Key, Short, Int, Long, Float."},
-        {false, {{"", nullptr}, {"", "1"}}, "key column \"Key\" (string) is null in the message; a key column needs a value."},
-        {true, {{"Int", "1"}}, "key column \"Key\" (string) is null in the message; a key column needs a value."},
+        {"k|-32768|+7|9223372036854775807|25.50", begin + "-32768,\"Int\":7,\"Long\":9223372036854775807,\"Float\":25.5}}\n"},
+        {"k", begin + "null,\"Int\":null,\"Long\":null,\"Float\":null}}\n"},
+        {"Long=1|Key=k|Float=~", begin + "null,\"Int\":null,\"Long\":1,\"Float\":null}}\n"},
+        {"k|32768", refused + R"(column "Short" (int16) cannot hold the text "32768": 16-bit integer constant out of range.)"},
+        {"Int=|Key=k",
+         refused + R"(column "Int" (integer) cannot hold the text "": integer constant does not begin with a legal character.)"},
+        {"k|1|1|1|1|x", refused + R"(field 5 (counted from 0), the text "x", has no column; there are 5: Key, Short, Int, Long, Float.)"},
+        {"Key=k|Prize=~", refused + "there is no column \"Prize\" for null; the columns are Key, Short, Int, Long, Float."},
+        {"~|1", noKey},
+        {"Int=1", noKey},
+        {"k", refused + "the opcode \"I\"" + noOpcode, 'I'},
+        {"Key=k|KEL_OPS=", refused + "the opcode \"\"" + noOpcode},
     };
-    for (const auto& row : rows) EXPECT_EQ(convert(row.byNames, row.fields), "Stream \"T\": " + row.sentence);
+    for (const auto& row : rows) EXPECT_EQ(convert(row.fields, row.op), row.expected);
     // A long text is cut between characters, a pair of halves being one.
     const std::string umlauts = "\xC3\xA4\xC3\xA4";
     const std::string pair = "\xED\xA0\xBD\xED\xB8\x80";
@@ -82,10 +75,12 @@ TEST_F(RowConversion, Refusals) {
         {199, umlauts, ""}, {198, umlauts, "\xC3\xA4"}, {195, pair, ""}, {197, pair, ""}, {199, pair, ""}};
     for (const auto& [count, end, kept] : cuts) {
         const std::string plain(count, 'x');
-        const std::string text = plain + end;
-        EXPECT_NE(convert(true, {{"Key", "k"}, {"Int", text.c_str()}}).find('"' + plain + kept + "...\" ("), std::string::npos)
-            << count << end;
+        EXPECT_NE(convert("Key=k|Int=" + plain + end).find('"' + plain + kept + "...\" ("), std::string::npos) << count << end;
     }
+    const auto opOf = [](const std::string& line) { return line.substr(line.find("\"op\":") + 6, 1); };
+    for (const char op : {'i', 'u', 'd', 'p', 's'}) EXPECT_EQ(opOf(convert("k", op)), std::string(1, op));
+    EXPECT_EQ(opOf(convert("Key=k|KEL_OPS=delete", 'u')), "d");
+    EXPECT_EQ(opOf(convert("Key=k|KEL_OPS=~")), "i");
 }
 
 // Each type of the server: a text as a row writes it, or why not.
@@ -97,15 +92,10 @@ TEST_F(RowConversion, Types) {
         {"timestamp", "2020-01-02T03:04:05.5", "2020-01-02 03:04:05.500"},
         {"bigdatetime", "2020-01-02T03:04:05.000001", "2020-01-02 03:04:05.000001"},
         {"time", "03:04:05", "03:04:05"},
-        {"interval", "-42", "-42"},
-        {"boolean", "YES", "true"},
-        {"boolean", "maybe", "not a legal boolean value"},
         {"money(2)", "-0.50", "-0.50"},
-        {"money", "1.5", "1.5000"},
         {"decimal(5,2)", "123.455", "123.46"},
         {"decimal(5,2)", "1000", "input exceeds specified precision"},
         {"binary", "0aFF", "0AFF"},
-        {"binary", "0g", "DataType::convertFromString() could not convert binary data from hex"},
         {"double", "2.5", "2.5"},
     };
     for (const auto& [name, text, expected] : rows) {
@@ -119,16 +109,6 @@ TEST_F(RowConversion, Types) {
     for (const char* name : {"Long", "N/A", "", "decimal", "decimal(3,5)", "decimal(35,2)", "money(16)"}) {
         EXPECT_FALSE(host::typeCode(name)) << name;
     }
-}
-
-TEST_F(RowConversion, Opcodes) {
-    const auto opOf = [](const std::string& line) { return line.substr(line.find("\"op\":") + 6, 1); };
-    for (const char op : {'i', 'u', 'd', 'p', 's'}) EXPECT_EQ(opOf(convert(false, {{"", "k"}}, op)), std::string(1, op));
-    EXPECT_EQ(opOf(convert(true, {{"Key", "k"}, {"KEL_OPS", "delete"}}, 'u')), "d");
-    EXPECT_EQ(opOf(convert(true, {{"Key", "k"}, {"KEL_OPS", nullptr}})), "i");
-    const std::string allowed = " is none; allowed are i (insert), u (update), d (delete), p (upsert) and s (safe delete).";
-    EXPECT_EQ(convert(false, {{"", "k"}}, 'I'), "Stream \"T\": the opcode \"I\"" + allowed);
-    EXPECT_EQ(convert(true, {{"Key", "k"}, {"KEL_OPS", ""}}), "Stream \"T\": the opcode \"\"" + allowed);
 }
 
 // ---- rows as text
@@ -145,23 +125,18 @@ TEST(RowFormats, JsonIsExact) {
     const auto format = host::makeJsonLines(type);
     const std::string begin = "{\"stream\":\"S\\\"\xF0\x9F\x98\x80\",\"op\":\"u\",\"seq\":7,\"row\":{\"v\":";
     constexpr double kInfinity = std::numeric_limits<double>::infinity();
-    struct {
-        host::Value value;
-        const char* text;
-    } const rows[] = {
-        {host::Value(), "null"},
-        {int64_t{-9007199254740993}, "-9007199254740993"},
-        {0.1, "0.1"},
-        {100.0, "100"},
-        {1e22, "1e+22"},
-        {-0.0, "-0"},
-        {std::numeric_limits<double>::denorm_min(), "5e-324"},
-        {kInfinity, "\"Infinity\""},
-        {-kInfinity, "\"-Infinity\""},
-        {std::numeric_limits<double>::quiet_NaN(), "\"NaN\""},
-        {std::string("a\"\\/\n\x01\xC0\x80"), "\"a\\\"\\\\/\\n\\u0001\\u0000\""},
-        {std::string(), "\"\""},
-    };
+    const std::pair<host::Value, const char*> rows[] = {{host::Value(), "null"},
+                                                        {int64_t{-9007199254740993}, "-9007199254740993"},
+                                                        {0.1, "0.1"},
+                                                        {100.0, "100"},
+                                                        {1e22, "1e+22"},
+                                                        {-0.0, "-0"},
+                                                        {std::numeric_limits<double>::denorm_min(), "5e-324"},
+                                                        {kInfinity, "\"Infinity\""},
+                                                        {-kInfinity, "\"-Infinity\""},
+                                                        {std::numeric_limits<double>::quiet_NaN(), "\"NaN\""},
+                                                        {std::string("a\"\\/\n\x01\xC0\x80"), "\"a\\\"\\\\/\\n\\u0001\\u0000\""},
+                                                        {std::string(), "\"\""}};
     for (const auto& [value, text] : rows) EXPECT_EQ(rendered(*format, type, {value}), begin + text + "}}\n");
 }
 
@@ -178,8 +153,7 @@ TEST(RowFormats, TableAlignsAndNeverSteersTheTerminal) {
     const host::RowType type("S", {{"Name", 5, false}, {"N", 1, false}});
     const auto format = host::makeTable(type);
     EXPECT_EQ(rendered(*format, type, {std::string("\xC3\xA4\x1B[2J"), int64_t{-5}}),
-              "op  seq       Name      N\n"
-              "--  --------  --------  --------\n"
+              "op  seq       Name      N\n--  --------  --------  --------\n"
               "u          7  \xC3\xA4?[2J           -5\n");
     EXPECT_EQ(rendered(*format, type, {host::Value(), host::Value()}), "u          7  -         -\n");
 }

@@ -1,14 +1,60 @@
-// Messages out through the bridge: which calls of the connector they become.
+// Messages out: lines from files and from pipes that stay open, and which calls of the connector they become.
 #include "host/Sender.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <array>
+#include <fstream>
+#include <thread>
 
 #include "host/Console.h"
+#include "host/LineSource.h"
 #include "tests/doubles/FakeJvm.h"
 
 namespace {
 
 using Calls = std::vector<std::string>;
+
+TEST(LineSource, GivesLinesAsTheyStandAndStartsOver) {
+    const std::string file = testing::TempDir() + "lines";
+    const std::string longLine(200'000, 'x');
+    std::ofstream(file) << "a\r\n\n" << longLine << "\nlast";
+    host::LineSource source(file);
+    std::string line;
+    for (int round = 0; round < 2; ++round) {
+        for (const std::string& expected : Calls{"a\r", "", longLine, "last"}) {
+            ASSERT_TRUE(source.next(line));
+            EXPECT_EQ(line, expected);
+        }
+        EXPECT_EQ(source.place(), file + ":4");
+        EXPECT_FALSE(source.next(line));
+        source.rewind();
+    }
+    EXPECT_TRUE(source.rest(line));
+    EXPECT_EQ(line, "a\r\n\n" + longLine + "\nlast");
+    EXPECT_THROW(host::LineSource{testing::TempDir()}, host::Failure);
+}
+
+TEST(LineSource, AStopEndsTheWaitForAPipe) {
+    std::array<int, 2> ends;
+    ASSERT_EQ(::pipe(ends.data()), 0);
+    ASSERT_EQ(::write(ends[1], "a\nb", 3), 3);
+    host::LineSource source("/dev/fd/" + std::to_string(ends[0]));
+    std::string line;
+    ASSERT_TRUE(source.next(line));
+    EXPECT_EQ(line, "a");
+    EXPECT_THROW(source.rewind(), host::Failure);
+    std::thread stopper([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(30));
+        source.stop();
+    });
+    EXPECT_FALSE(source.next(line)) << "half a line is none";
+    stopper.join();
+    EXPECT_FALSE(source.rest(line));
+    ::close(ends[0]);
+    ::close(ends[1]);
+}
 
 class Sending : public ::testing::Test {
 protected:
@@ -42,7 +88,11 @@ TEST_F(Sending, TextsGoOutOneByOne) {
               (Calls{"sendTextMessage(Trades,i,IBM,[])", "sendTextMessage(,[])", "sendTextMessage(\xED\xA0\xBD\xED\xB8\x80,[])"}));
     EXPECT_EQ(failureOf("ab\xFF"), "this is no UTF-8, at byte 2.");
     EXPECT_TRUE(jvm.takeCalls().empty());
-    EXPECT_EQ(jvm.leftOver(1), "");
+    for (const bool throws : {false, true}) {
+        jvm.answer("sendTextMessage", {nullptr, JNI_FALSE, throws});
+        EXPECT_EQ(failureOf("x"), "the message could not be sent; the connector's warning above says why.");
+        EXPECT_EQ(jvm.leftOver(1), "");
+    }
 }
 
 TEST_F(Sending, ArraysGoOutAsTheyStand) {
@@ -59,15 +109,6 @@ TEST_F(Sending, ArraysGoOutAsTheyStand) {
     for (const std::string& text : {std::string("[null]\0[]", 9), std::string("[null\0]", 7)})
         EXPECT_TRUE(failureOf(text).ends_with(", at byte " + std::to_string(text.find('\0')) + ".")) << failureOf(text);
     EXPECT_TRUE(jvm.takeCalls().empty());
-}
-
-TEST_F(Sending, AFailureLeavesNoJavaExceptionBehind) {
-    ASSERT_TRUE(sender.reset());
-    for (const bool throws : {false, true}) {
-        jvm.answer("sendTextMessage", {nullptr, JNI_FALSE, throws});
-        EXPECT_EQ(failureOf("x"), "the message could not be sent; the connector's warning above says why.");
-        EXPECT_EQ(jvm.leftOver(1), "");
-    }
 }
 
 }  // namespace

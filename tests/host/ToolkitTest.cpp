@@ -15,33 +15,34 @@ namespace {
 
 std::string take(char* text) { return std::unique_ptr<char[]>(text).get(); }
 
-// A field as "text", "null", or "none" where there is no such field.
-std::string field(void* row, int index) {
-    const char* value = "untouched";
-    const bool found = getFieldAsStringWithIndex(row, index, &value);
-    if (!found) return std::string("none, ") + value;
-    return value != nullptr ? value : "null";
+const std::string kNone = "none untouched|";
+
+// The fields from index -1 up to the size.
+std::string fields(void* row) {
+    std::string all;
+    for (int i = -1; i <= size(row); ++i) {
+        const char* value = "untouched";
+        if (!getFieldAsStringWithIndex(row, i, &value)) all += "none ";
+        all += std::string(value != nullptr ? value : "null") + "|";
+    }
+    return all;
 }
 
 TEST(ToolkitRows, ByOrder) {
     void* row = createConnectionRow("RowByOrder");
-    EXPECT_EQ(size(row), 0);
-    EXPECT_EQ(field(row, 0), "none, untouched");
+    EXPECT_EQ(fields(row), kNone + kNone);
     EXPECT_TRUE(setFieldAsStringWithIndex(row, 2, "c"));
     EXPECT_TRUE(setFieldAsStringWithIndex(row, 0, ""));
     EXPECT_FALSE(setFieldAsStringWithIndex(row, -1, "x"));
     EXPECT_FALSE(setFieldAsStringWithKey(row, "a", "x"));
     setOp(row, 'u');
-    EXPECT_EQ(size(row), 3);
-    EXPECT_EQ(field(row, 0) + "|" + field(row, 1) + "|" + field(row, 2), "|null|c");
-    EXPECT_EQ(field(row, -1) + field(row, 3), "none, untouchednone, untouched");
+    EXPECT_EQ(fields(row), kNone + "|null|c|" + kNone);
     EXPECT_TRUE(setFieldAsStringWithIndex(row, 2, nullptr));
-    EXPECT_EQ(field(row, 2), "null");
+    EXPECT_EQ(fields(row), kNone + "|null|null|" + kNone);
     clearData(row);
-    EXPECT_EQ(size(row), 0);
-    EXPECT_EQ(getOp(row), '\0');
+    EXPECT_EQ(fields(row) + getOp(row), kNone + kNone + '\0');
     setFieldAsStringWithIndex(row, 2, "new");
-    EXPECT_EQ(field(row, 0), "null") << "the text of the message before shows";
+    EXPECT_EQ(fields(row), kNone + "null|null|new|" + kNone) << "the text of the message before shows";
     deleteConnectionRow(row);
 }
 
@@ -49,11 +50,9 @@ TEST(ToolkitRows, ByNames) {
     void* row = createConnectionRow("RowByNames");
     EXPECT_FALSE(setFieldAsStringWithIndex(row, 0, "x"));
     EXPECT_FALSE(setFieldAsStringWithKey(row, nullptr, "x"));
-    EXPECT_TRUE(setFieldAsStringWithKey(row, "a", "1"));
+    for (const char* text : {"1", "2"}) EXPECT_TRUE(setFieldAsStringWithKey(row, "a", text));
     EXPECT_TRUE(setFieldAsStringWithKey(row, "b", nullptr));
-    EXPECT_TRUE(setFieldAsStringWithKey(row, "a", "2"));
-    EXPECT_EQ(size(row), 2);
-    EXPECT_EQ(field(row, 0), "none, untouched");
+    EXPECT_EQ(fields(row), kNone + kNone + kNone + kNone) << "two fields, but not by index";
     const char* value = nullptr;
     EXPECT_TRUE(getFieldAsStringWithKey(row, "a", &value));
     EXPECT_STREQ(value, "2");
@@ -65,27 +64,17 @@ TEST(ToolkitRows, ByNames) {
 }
 
 TEST(ToolkitParameters, AbsentEmptyAndNotANumber) {
-    struct {
-        const char* name;
-        bool exists;
-        const char* text;
-        int64_t number;
-    } const rows[] = {
-        {"absent", false, "", 0},
-        {"empty", true, "", 0},
-        {"text", true, "12 apples", 0},
-        {"number", true, "-12", -12},
-        {"blank", true, " 12", 0},
-        {"longest", true, "9223372036854775807", INT64_MAX},
-        {"longer", true, "9223372036854775808", 0},
-    };
+    const std::pair<const char*, int64_t> rows[] = {
+        {"", 0}, {"12 apples", 0}, {"-12", -12}, {" 12", 0}, {"9223372036854775807", INT64_MAX}, {"9223372036854775808", 0}};
     host::Parameters params;
-    for (const auto& row : rows) {
-        if (row.exists) addConnectionParam(&params, row.name, row.text);
-        EXPECT_EQ(doesConnectionParamExist(&params, row.name), row.exists) << row.name;
-        EXPECT_EQ(take(getConnectionParamString(&params, row.name)), row.text);
-        EXPECT_EQ(take(getConnectionParamAsString(&params, row.name)), row.text);
-        EXPECT_EQ(getConnectionParamInt64_t(&params, row.name), row.number) << row.name;
+    EXPECT_FALSE(doesConnectionParamExist(&params, "name"));
+    EXPECT_EQ(take(getConnectionParamString(&params, "name")), "");
+    for (const auto& [text, number] : rows) {
+        addConnectionParam(&params, "name", text);
+        EXPECT_TRUE(doesConnectionParamExist(&params, "name"));
+        EXPECT_EQ(take(getConnectionParamString(&params, "name")), text);
+        EXPECT_EQ(take(getConnectionParamAsString(&params, "name")), text);
+        EXPECT_EQ(getConnectionParamInt64_t(&params, "name"), number) << text;
     }
 }
 
@@ -124,22 +113,16 @@ TEST(ToolkitRowType, OutOfRangeAndNull) {
     EXPECT_EQ(getColumnCount(nullptr, nullptr), 0);
     EXPECT_STREQ(getStreamName(nullptr, &type), "Trades");
     EXPECT_STREQ(getStreamName(nullptr, nullptr), "");
-    struct {
-        void* type;
-        int index;
-        const char* name;
-        uint32_t code;
-        bool key;
-    } const rows[] = {{&type, 0, "Symbol", 5, true},
-                      {&type, 1, "Shares", 1, false},
-                      {&type, 2, nullptr, 6, false},
-                      {&type, -1, nullptr, 6, false},
-                      {nullptr, 0, nullptr, 6, false}};
-    for (const auto& row : rows) {
-        EXPECT_STREQ(getColumnName(nullptr, row.type, row.index), row.name) << row.index;
-        EXPECT_EQ(getColumnDatatype(nullptr, row.type, row.index), row.code) << row.index;
-        EXPECT_EQ(isKeyColumn(nullptr, row.type, row.index), row.key) << row.index;
-    }
+    const auto column = [](void* of, int index) {
+        const char* name = getColumnName(nullptr, of, index);
+        const bool isKey = isKeyColumn(nullptr, of, index);
+        return std::string(name != nullptr ? name : "none") + " " + std::to_string(getColumnDatatype(nullptr, of, index)) +
+               (isKey ? " key" : "");
+    };
+    EXPECT_EQ(column(&type, 0), "Symbol 5 key");
+    EXPECT_EQ(column(&type, 1), "Shares 1");
+    for (const int index : {2, -1}) EXPECT_EQ(column(&type, index), "none 6");
+    EXPECT_EQ(column(nullptr, 0), "none 6");
 }
 
 TEST(ToolkitCatalogue, TextsKeysAndSeverities) {
@@ -161,15 +144,14 @@ TEST(ToolkitCatalogue, TextsKeysAndSeverities) {
     EXPECT_FALSE(host::loadCatalogue(file + ".absent", error));
     EXPECT_EQ(take(getL10NMessage(nullptr, "300281-7_A")), "300281-7_A: plain = text") << "the loaded one stays";
 
-    struct {
-        const char* key;
-        int severity;
-    } const rows[] = {{"300281-7_A", 7}, {"300288-3_B", 3}, {"30028-3_B", -1}, {"300288-x_B", -1},
-                      {"300288-3", -1},  {"", -1},          {nullptr, -1}};
-    for (const auto& row : rows) {
-        EXPECT_EQ(getErrorSeverity(row.key), row.severity) << (row.key != nullptr ? row.key : "null");
-        EXPECT_EQ(checkErrorSeverity(row.key), row.severity == 3 ? 1 : 0);
+    for (const char* key : {"30028-3_B", "300288-x_B", "300288-3", "", static_cast<const char*>(nullptr)}) {
+        EXPECT_EQ(getErrorSeverity(key), -1) << (key != nullptr ? key : "null");
+        EXPECT_EQ(checkErrorSeverity(key), 0);
     }
+    EXPECT_EQ(getErrorSeverity("300281-7_A"), 7);
+    EXPECT_EQ(checkErrorSeverity("300281-7_A"), 0);
+    EXPECT_EQ(getErrorSeverity("300288-3_B"), 3);
+    EXPECT_EQ(checkErrorSeverity("300288-3_B"), 1);
 }
 
 TEST(ToolkitCatalogue, HasATextForEveryKeyOfTheAdapter) {
@@ -198,18 +180,17 @@ TEST(ToolkitTransactions, ArePostedAndReadBack) {
     EXPECT_EQ(getConnectionRawTrans(posted, 1), nullptr);
     clearData(row);
     EXPECT_TRUE(fromRow(row, getConnectionRawTrans(posted, 0)));
-    EXPECT_EQ(field(row, 0) + "|" + field(row, 1) + "|" + getOp(row), "null|-7|p");
+    EXPECT_EQ(fields(row) + getOp(row), kNone + "null|-7|" + kNone + "p");
     EXPECT_FALSE(fromRow(row, nullptr));
     deleteConnectionRow(row);
 }
 
 TEST(Intl, CopiesAndReads) {
-    char buffer[4];
+    char buffer[4] = "#";
+    EXPECT_EQ(MORVEX::Kel::intl_strlcpy(buffer, "abc", 0), 3U);
+    EXPECT_STREQ(buffer, "#");
     EXPECT_EQ(MORVEX::Kel::intl_strlcpy(buffer, "abcdef", sizeof buffer), 6U);
     EXPECT_STREQ(buffer, "abc");
-    buffer[0] = '#';
-    EXPECT_EQ(MORVEX::Kel::intl_strlcpy(buffer, "abc", 0), 3U);
-    EXPECT_EQ(buffer[0], '#');
     ::setenv("KEL_TEST_VARIABLE", "value", 1);
     EXPECT_EQ(MORVEX::Kel::intl_getenv("KEL_TEST_VARIABLE", buffer, sizeof buffer), 5);
     EXPECT_STREQ(buffer, "val");

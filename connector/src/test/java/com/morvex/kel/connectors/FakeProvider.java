@@ -1,18 +1,11 @@
 package com.morvex.kel.connectors;
 
 import java.lang.reflect.Proxy;
-import java.util.Hashtable;
-import java.util.List;
+import java.util.*;
 import java.util.concurrent.CopyOnWriteArrayList;
 import java.util.concurrent.CountDownLatch;
-import javax.jms.ConnectionFactory;
-import javax.jms.ExceptionListener;
-import javax.jms.JMSException;
-import javax.jms.Queue;
-import javax.jms.TextMessage;
+import javax.jms.*;
 import javax.naming.Context;
-import javax.naming.InitialContext;
-import javax.naming.NamingException;
 import javax.naming.spi.InitialContextFactory;
 
 /** A provider whose calls are written down; one of them blocks, deaf to interruption, and one fails. */
@@ -24,48 +17,43 @@ public final class FakeProvider implements InitialContextFactory {
     static volatile CountDownLatch until;
     static volatile String failing;
     static volatile ExceptionListener listener;
+    static volatile String login;
 
     static JmsConnector connector(String blockedCall) {
         CALLS.clear();
         failing = "";
         until = new CountDownLatch(1);
         blocked = blockedCall;
-        return new JmsConnector("Factory", "QUEUE", "Queue", false, null, null, null,
-                FakeProvider.class.getName(), "fake://", "", "");
+        return new JmsConnector("Factory", "QUEUE", "Queue", false, null, null, null, FakeProvider.class.getName(), "fake://", "", "");
     }
 
     static void waitForCalls(String call, int count) throws InterruptedException {
-        TestBroker.waitUntil(count + " " + call, () -> CALLS.stream().filter(call::equals).count() == count);
+        BrokerFixture.waitUntil(count + " " + call, () -> Collections.frequency(CALLS, call) == count);
     }
 
     @Override
-    public Context getInitialContext(Hashtable<?, ?> environment) throws NamingException {
-        return new InitialContext(true) {
-            @Override
-            public Object lookup(String name) {
-                return proxy(name.equals("Factory") ? ConnectionFactory.class : Queue.class);
-            }
-
-            @Override
-            public Hashtable<?, ?> getEnvironment() {
-                return environment;
-            }
-        };
+    public Context getInitialContext(Hashtable<?, ?> environment) {
+        return (Context) proxy(Context.class);
     }
 
     private static Object proxy(Class<?> type) {
-        return Proxy.newProxyInstance(
-                type.getClassLoader(), new Class<?>[] {type}, (self, method, arguments) -> {
-                    String call = type.getSimpleName() + "." + method.getName();
-                    CALLS.add(call);
-                    while (call.equals(blocked) && until.getCount() > 0) Thread.onSpinWait();
-                    if (call.equals(failing)) throw new JMSException(call);
-                    if (call.endsWith("setExceptionListener")) listener = (ExceptionListener) arguments[0];
-                    Class<?> result = method.getReturnType();
-                    if (result == boolean.class) return call.equals("Session.getTransacted");
-                    if (call.equals("MessageConsumer.receive")) return proxy(TextMessage.class);
-                    boolean nothing = call.equals("MessageConsumer.receiveNoWait");
-                    return result.isInterface() && !nothing ? proxy(result) : null;
-                });
+        return Proxy.newProxyInstance(type.getClassLoader(), new Class<?>[] {type}, (self, method, arguments) -> {
+            String call = type.getSimpleName() + "." + method.getName();
+            CALLS.add(call);
+            while (call.equals(blocked) && until.getCount() > 0) Thread.onSpinWait();
+            if (call.equals(failing)) throw new JMSException(call);
+            if (call.endsWith("setExceptionListener")) listener = (ExceptionListener) arguments[0];
+            if (call.equals("Context.lookup"))
+                return proxy(arguments[0].equals("Factory") ? ConnectionFactory.class : javax.jms.Queue.class);
+            // As jndi.properties has them, which the naming context adds to what it was given.
+            if (call.equals("Context.getEnvironment"))
+                return new Hashtable<>(Map.of(Context.SECURITY_PRINCIPAL, "user", Context.SECURITY_CREDENTIALS, "password"));
+            if (call.equals(CREATE)) login = Arrays.toString(arguments);
+            if (call.equals("MessageConsumer.receive")) return proxy(TextMessage.class);
+            Class<?> result = method.getReturnType();
+            if (result == boolean.class) return call.equals("Session.getTransacted");
+            boolean nothing = call.equals("MessageConsumer.receiveNoWait");
+            return result.isInterface() && !nothing ? proxy(result) : null;
+        });
     }
 }

@@ -1,22 +1,30 @@
 package com.morvex.kel.connectors;
 
+import static org.junit.Assert.assertTrue;
+
 import java.util.*;
 import java.util.concurrent.CopyOnWriteArrayList;
 import java.util.concurrent.locks.LockSupport;
 import java.util.function.BooleanSupplier;
-import java.util.function.Supplier;
 import java.util.logging.Logger;
 import java.util.stream.IntStream;
 import javax.jms.*;
 import org.apache.activemq.ActiveMQConnectionFactory;
 import org.apache.activemq.broker.BrokerPlugin;
 import org.apache.activemq.broker.BrokerService;
-import org.apache.activemq.broker.region.DestinationStatistics;
 import org.apache.activemq.command.ActiveMQQueue;
 import org.apache.activemq.command.ActiveMQTopic;
+import org.apache.activemq.security.AuthenticationUser;
+import org.apache.activemq.security.SimpleAuthenticationPlugin;
+import org.junit.*;
+import org.junit.function.ThrowingRunnable;
 
-/** A broker of the tests' own process on a free port, connectors to it, and what they log. */
-final class TestBroker implements AutoCloseable {
+/**
+ * A broker of the tests' own process on a free port, connectors to it, and what they log.
+ *
+ * <p>It wants a login, which is set; the system properties that a test sets are its own.
+ */
+public abstract class BrokerFixture {
     static final String CONTEXT_FACTORY = "org.apache.activemq.jndi.ActiveMQInitialContextFactory";
     static final ActiveMQQueue QUEUE = new ActiveMQQueue("q");
     static final ActiveMQTopic TOPIC = new ActiveMQTopic("t");
@@ -25,37 +33,41 @@ final class TestBroker implements AutoCloseable {
     private static final Logger LOGGER = Logger.getLogger("kel.jms");
     private static final List<String> LOG = new CopyOnWriteArrayList<>();
 
-    private final List<JmsConnector> connectors = new ArrayList<>();
-    private final BrokerPlugin[] plugins;
-    private BrokerService service;
+    final List<JmsConnector> connectors = new ArrayList<>();
+    private final Properties before = (Properties) System.getProperties().clone();
     private int port;
+    BrokerService broker;
 
-    TestBroker(BrokerPlugin... plugins) throws Exception {
-        this.plugins = plugins;
+    @Before
+    public void start() throws Exception {
         LOGGER.setFilter(entry -> !LOG.add(entry.getMessage()));
         LOG.clear();
-        start();
+        login("reader", "secret");
+        startBroker();
     }
 
-    void start() throws Exception {
-        service = new BrokerService();
-        service.setPersistent(false);
-        service.setUseJmx(false);
-        service.setBrokerName("tests");
-        service.setPlugins(plugins);
-        port = service.addConnector("tcp://127.0.0.1:" + port).getConnectUri().getPort();
-        service.start();
-    }
-
-    void stop() throws Exception {
-        service.stop();
-        service.waitUntilStopped();
-    }
-
-    @Override
-    public void close() throws Exception {
+    @After
+    public void stop() throws Exception {
         connectors.forEach(JmsConnector::disconnect);
-        stop();
+        broker.stop();
+        System.setProperties(before);
+    }
+
+    /** Starts the broker, after a stop at the same port. */
+    void startBroker() throws Exception {
+        broker = new BrokerService();
+        broker.setPersistent(false);
+        broker.setUseJmx(false);
+        broker.setBrokerName("tests");
+        var reader = new AuthenticationUser("reader", "secret", "");
+        broker.setPlugins(new BrokerPlugin[] {new SimpleAuthenticationPlugin(List.of(reader))});
+        port = broker.addConnector("tcp://127.0.0.1:" + port).getConnectUri().getPort();
+        broker.start();
+    }
+
+    static void login(String user, String password) {
+        System.setProperty("java.naming.security.principal", user);
+        System.setProperty("java.naming.security.credentials", password);
     }
 
     /** What was logged since the last look. */
@@ -65,28 +77,30 @@ final class TestBroker implements AutoCloseable {
         return lines;
     }
 
+    /** What failed left one sentence in the log, with the reason. */
+    static void checkFails(String reason, boolean result) {
+        String log = takeLog();
+        assertTrue(reason + ": " + log, !result && log.contains(reason) && !log.contains("\n"));
+    }
+
     static boolean logged(String text) { return LOG.stream().anyMatch(line -> line.contains(text)); }
 
-    String url() { return "tcp://127.0.0.1:" + port; }
+    /** The client trusts every class, so that only the connector and the JVM's filter stand guard. */
+    String url() { return "tcp://127.0.0.1:" + port + "?jms.trustAllPackages=true"; }
 
     /** Ends every connection on the broker's side, as a broken network does. */
     void cut() throws Exception {
-        for (var connection : service.getTransportConnectors().get(0).getConnections()) connection.stop();
+        for (var connection : broker.getTransportConnectors().get(0).getConnections()) connection.stop();
     }
 
-    int connections() { return service.getTransportConnectors().get(0).getConnections().size(); }
-
-    DestinationStatistics counts() {
-        return service.getRegionBroker().getDestinationMap().get(QUEUE).getDestinationStatistics();
-    }
+    int connections() { return broker.getTransportConnectors().get(0).getConnections().size(); }
 
     /** A connector to the queue "q", or for a client ID to a durable subscription of the topic "t". */
     JmsConnector connector(String url, String clientId) {
         boolean durable = !clientId.isEmpty();
-        JmsConnector made =
-                new JmsConnector("ConnectionFactory", durable ? "TOPIC" : "QUEUE", durable ? "t" : "q",
-                        durable, new int[5], new String[] {"Symbol", "Shares", "two words", "or", "JMSType"},
-                        new String[] {null, "Count"}, CONTEXT_FACTORY, url, clientId, "subscription");
+        String[] columns = {"Symbol", "Shares", "two words", "or", "JMSType"};
+        JmsConnector made = new JmsConnector("ConnectionFactory", durable ? "TOPIC" : "QUEUE", durable ? "t" : "q", durable, new int[5],
+                columns, new String[] {null, "Count"}, CONTEXT_FACTORY, url, clientId, "subscription");
         connectors.add(made);
         return made;
     }
@@ -98,35 +112,23 @@ final class TestBroker implements AutoCloseable {
         return made;
     }
 
-    /** Leaves the connectors to the garbage collector. */
-    void forgetConnectors() { connectors.clear(); }
-
-    /** Makes one message. */
-    interface Maker {
-        Message make(Session session) throws JMSException;
-    }
-
-    void send(Destination destination, Maker... makers) throws JMSException {
+    void send(Destination destination, Link.MessageMaker... makers) throws JMSException {
         Connection connection = connection();
         Session session = connection.createSession(false, Session.AUTO_ACKNOWLEDGE);
-        for (Maker maker : makers) session.createProducer(destination).send(maker.make(session));
+        for (Link.MessageMaker maker : makers) session.createProducer(destination).send(maker.make(session));
         connection.close();
     }
 
-    Connection connection() throws JMSException {
-        return new ActiveMQConnectionFactory("reader", "secret", url()).createConnection();
-    }
+    Connection connection() throws JMSException { return new ActiveMQConnectionFactory("reader", "secret", url()).createConnection(); }
 
     /** Sends the numbers from first to last as texts. */
     void sendNumbers(Destination destination, int first, int last) throws JMSException {
-        Maker[] makers = new Maker[last - first + 1];
+        var makers = new Link.MessageMaker[last - first + 1];
         Arrays.setAll(makers, i -> session -> session.createTextMessage("" + (first + i)));
         send(destination, makers);
     }
 
-    static List<Integer> numbers(int first, int last) {
-        return IntStream.rangeClosed(first, last).boxed().toList();
-    }
+    static List<Integer> numbers(int first, int last) { return IntStream.rangeClosed(first, last).boxed().toList(); }
 
     /** The next numbers; fewer when none comes for five seconds. */
     static List<Integer> receive(JmsConnector connector, int count) {
@@ -145,31 +147,17 @@ final class TestBroker implements AutoCloseable {
         if (!condition.getAsBoolean()) throw new AssertionError("not within five seconds: " + what + LOG);
     }
 
-    /** What a test does beside its own thread. */
-    interface Action {
-        void run() throws Exception;
-    }
-
-    static Thread later(int micros, Action action) {
+    /** Runs beside the test; what goes wrong there is up to the test to notice. */
+    static Thread later(int micros, ThrowingRunnable action) {
         Thread thread = new Thread(() -> {
+            LockSupport.parkNanos(micros * 1_000L);
             try {
-                LockSupport.parkNanos(micros * 1_000L);
                 action.run();
-            } catch (Exception e) {
-                throw new AssertionError(e);
+            } catch (Throwable e) {
+                LOG.add("beside the test: " + e);
             }
         });
         thread.start();
         return thread;
-    }
-
-    /** A connector made while one of its limits is set. */
-    static JmsConnector limited(String limit, String value, Supplier<JmsConnector> maker) {
-        System.setProperty("kel.jms." + limit, value);
-        try {
-            return maker.get();
-        } finally {
-            System.clearProperty("kel.jms." + limit);
-        }
     }
 }
