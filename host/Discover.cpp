@@ -112,8 +112,8 @@ std::vector<std::string> remarks(const Discovery& found, const Settings& setting
     if (guessesBlanks(found, settings))
         sentences.emplace_back(
             "A second look did not find the samples (of a topic it never does), so blank values are not told "
-            "from "
-            "absent ones: both count as blank in columns that they make a string, and as absent in others.");
+            "from absent ones: both count as blank in columns that they make a string, and as absent in "
+            "others.");
     return sentences;
 }
 

@@ -95,9 +95,8 @@ private:
         if (!settings_.streamName.empty() && settings_.streamName == proposal_.streamName) return true;
         if (!isSure_)
             proposal_.notes.push_back(
-                "A second look did not find the samples, on a topic it cannot, so the name of their element "
-                "is "
-                "not sure and a run is told to take any.");
+                "A second look did not find the samples (of a topic it never does), so attributes that only "
+                "later samples have are not known, and a run is told to take any element.");
         const auto isNamedSo = [&](const auto& message) { return message.element == proposal_.streamName; };
         return isSure_ && std::all_of(discovery_.messages.begin(), discovery_.messages.end(), isNamedSo);
     }
