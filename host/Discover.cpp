@@ -48,8 +48,17 @@ std::vector<bool> takeKeys(const LoadedAdapter& adapter) {
     return keys;
 }
 
+[[noreturn]] void failAsStopped() { throw Failure("Stopped before the discovery was done."); }
+
+// A configured stream's name is what discovery takes too; --stream only names the proposal.
+std::string elementAskedFor(const Session& session) {
+    const Settings& settings = session.settings;
+    if (parameter(session, "dataFormat") != "XML" || !flagOf(settings, "matchStreamName")) return {};
+    return " with an element named " + inQuotes(toUtf8(settings.streamName)) + " (matchStreamName)";
+}
+
 [[noreturn]] void fail(const Session& session, const LoadedAdapter& adapter, bool hasSamples = false) {
-    if (adapter.isStopped()) throw Failure("Stopped before the discovery was done.");
+    if (adapter.isStopped()) failAsStopped();
     if (hasSamples)
         throw Failure(
             "The samples from " + inQuotes(parameter(session, "destinationName")) +
@@ -58,7 +67,7 @@ std::vector<bool> takeKeys(const LoadedAdapter& adapter) {
     throw Failure(
         "No message of " + inQuotes(parameter(session, "destinationName")) +
         " could be taken for a sample, so nothing is proposed: none waits there, or none is of the format " +
-        parameter(session, "dataFormat") + ", or a reason stands above.");
+        parameter(session, "dataFormat") + elementAskedFor(session) + ", or a reason stands above.");
 }
 
 // The first of the entry points discovers, the others answer from what it found.
@@ -94,16 +103,23 @@ void acceptAnyElement(Session& session) {
         session.settings.connection.insert_or_assign("matchStreamName", std::string("0"));
 }
 
-std::vector<std::string> remarks(const Settings& settings) {
-    if (!readsDatesAsSeconds(settings)) return {};
-    return {
-        "Object arrays and custom messages have no date formats: their dates are seconds since 1970, and "
-        "what follows the digits is ignored, so that \"7 apples\" is a date."};
+std::vector<std::string> remarks(const Discovery& found, const Settings& settings) {
+    std::vector<std::string> sentences;
+    if (readsDatesAsSeconds(settings))
+        sentences.emplace_back(
+            "Object arrays and custom messages have no date formats: their dates are seconds since 1970, and "
+            "what follows the digits is ignored, so that \"7 apples\" is a date.");
+    if (guessesBlanks(found, settings))
+        sentences.emplace_back(
+            "A second look did not find the samples (of a topic it never does), so blank values are not told "
+            "from absent ones: both count as blank in columns that they make a string, and as absent in "
+            "others.");
+    return sentences;
 }
 
 // Of XML the proposal needs more than the answers tell; of FIX only the explanation does, and only of samples
 // with blank texts that a second look can find again.
-bool needsPeek(const Session& session, const Discovery& found) {
+bool needsSecondLook(const Session& session, const Discovery& found) {
     const std::string format = parameter(session, "dataFormat");
     if (format != "FIX" || parameter(session, "destinationType") == "TOPIC") return format == "XML";
     return std::any_of(found.samples.begin(), found.samples.end(), [](const auto& sample) {
@@ -112,18 +128,17 @@ bool needsPeek(const Session& session, const Discovery& found) {
 }
 
 // Without an explanation a user would not learn of warnings; what else is wrong with one is not asked for.
-void hintAtWarnings(const Discovery& found, const Settings& settings,
-                    const std::vector<PeekedMessage>& messages) {
+void hintAtWarnings(const Discovery& found, const Settings& settings) {
     std::string columns;
     try {
-        const std::vector<Explanation> explanations = explain(found, settings, messages);
+        const std::vector<Explanation> explanations = explain(found, settings);
         for (size_t i = 0; i < explanations.size(); ++i) {
             if (!explanations[i].warnings.empty()) addToList(columns, toUtf8(found.names[i]));
         }
     } catch (const Failure&) {
         return;
     }
-    if (!columns.empty()) say("There are warnings, which --explain tells, of " + columns + ".");
+    if (!columns.empty()) say("With --explain there are warnings about " + columns + ".");
 }
 
 }  // namespace
@@ -139,25 +154,27 @@ int runDiscovery(const DiscoverOptions& options) {
     acceptAnyElement(session);
 
     LoadedAdapter adapter(plugin, session);
-    SignalWatch signals([&adapter] {
+    SecondLook secondLook(session);
+    SignalWatch signals([&adapter, &secondLook] {
         const JvmThread thisThread;
         adapter.stop();
+        secondLook.stop();
     });
     plugin.setDiscovery(adapter.handle());
     adapter.reset();
-    const Discovery found = discover(session, adapter);
-    std::vector<PeekedMessage> messages;
-    if (needsPeek(session, found)) messages = peek(session, found.samples.size());
+    Discovery found = discover(session, adapter);
+    if (needsSecondLook(session, found)) found.messages = secondLook.messages(found.samples.size());
+    if (adapter.isStopped()) failAsStopped();
 
-    const Proposal proposal = propose(found, asConfigured, streamName, messages);
+    const Proposal proposal = propose(found, asConfigured, streamName);
     std::vector<Explanation> explanations;
     if (options.explain) {
-        explanations = explain(found, asConfigured, messages);
+        explanations = explain(found, asConfigured);
     } else {
-        hintAtWarnings(found, asConfigured, messages);
+        hintAtWarnings(found, asConfigured);
     }
     const Findings findings{found, proposal, explanations, static_cast<size_t>(options.samples),
-                            options.explain ? remarks(asConfigured) : std::vector<std::string>()};
+                            options.explain ? remarks(found, asConfigured) : std::vector<std::string>()};
     output.write(options.output == "json"   ? discoveryJson(findings)
                  : options.output == "toml" ? discoveryToml(findings)
                                             : discoveryTable(findings));

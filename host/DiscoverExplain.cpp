@@ -14,8 +14,6 @@ namespace host {
 
 namespace {
 
-constexpr char kSeconds[] = "%s";
-
 // In the order in which discovery tries them; a string is what none of them reads.
 constexpr uint32_t kTried[] = {DataTypes::kInteger, DataTypes::kLong,      DataTypes::kFloat,
                                DataTypes::kDate,    DataTypes::kTimestamp, DataTypes::kTime};
@@ -84,14 +82,9 @@ public:
     // Where a blank text may be a value or none at all: the type tells which, unless it is a string anyway.
     Explanation guess(const Values& values) const {
         const Values filled = withoutBlanks(values);
-        if (filled.size() == values.size()) return explain(values);
         const auto decision = decide(filled);
         const bool areNone = decision && DataTypes::typeToString(decision->type) == type_;
-        Explanation result = explain(areNone ? filled : values);
-        result.warnings.push_back(
-            "a second look did not find the samples again, which would tell blank values from absent ones; " +
-            std::string(areNone ? "they are counted as absent" : "they are counted as blank"));
-        return result;
+        return explain(areNone ? filled : values);
     }
 
 private:
@@ -193,18 +186,30 @@ private:
 
     // What of the text its type's format does not read. Behind the last point of a timestamp is its fraction.
     std::string restOf(uint32_t type, const std::string& text) const {
-        std::string read = text;
-        if (type == DataTypes::kTimestamp) read.resize(std::min(text.rfind('.'), text.size()));
+        const size_t point = type == DataTypes::kTimestamp ? text.rfind('.') : std::string::npos;
+        const std::string rest = restOfWhole(type, text.substr(0, point));
+        return rest.empty() && point != std::string::npos ? restOfFraction(text.substr(point + 1)) : rest;
+    }
+
+    // Three digits are read, among blanks that are skipped.
+    static std::string restOfFraction(const std::string& text) {
+        size_t at = 0;
+        for (int digits = 0; at < text.size() && (text[at] == ' ' || (isDigit(text[at]) && digits < 3)); ++at)
+            digits += isDigit(text[at]) ? 1 : 0;
+        return text.substr(at);
+    }
+
+    std::string restOfWhole(uint32_t type, const std::string& text) const {
         const std::string format = type == DataTypes::kDate        ? formats_.date
                                    : type == DataTypes::kTimestamp ? formats_.timestamp
                                                                    : DataTypes::g_time_format;
-        if (format == kSeconds) {
+        if (format == kSecondsFormat) {
             char* end = nullptr;
-            static_cast<void>(std::strtol(read.c_str(), &end, 10));
+            static_cast<void>(std::strtol(text.c_str(), &end, 10));
             return end;
         }
         tm ignored{};
-        const char* rest = DataTypes::strptime(read.c_str(), format.c_str(), &ignored);
+        const char* rest = DataTypes::strptime(text.c_str(), format.c_str(), &ignored);
         return rest != nullptr ? rest : "";
     }
 
@@ -213,39 +218,29 @@ private:
     const TemporalFormats formats_;
 };
 
-bool has(const PeekedMessage& message, const std::string& name) {
-    return std::find(message.attributes.begin(), message.attributes.end(), name) != message.attributes.end();
-}
-
-// Whether every value of the samples is in the messages.
-bool areTheSamples(const std::vector<PeekedMessage>& messages, const Discovery& discovery) {
-    if (messages.size() != discovery.samples.size()) return false;
-    for (size_t i = 0; i < messages.size(); ++i) {
-        const std::vector<std::string>& sample = discovery.samples[i];
-        for (size_t column = 0; column < sample.size(); ++column) {
-            if (!sample[column].empty() && !has(messages[i], discovery.names[column])) return false;
-        }
-    }
-    return true;
-}
-
 }  // namespace
 
-std::vector<Explanation> explain(const Discovery& discovery, const Settings& settings,
-                                 const std::vector<PeekedMessage>& messages) {
+bool guessesBlanks(const Discovery& discovery, const Settings& settings) {
     const std::string format = parameterOf(settings, "dataFormat");
-    const bool holdsAbsent = format == "XML" || format == "FIX";  // as blanks; other samples are shorter
-    const bool isTold = areTheSamples(messages, discovery);
+    if ((format != "XML" && format != "FIX") || sawSamplesAgain(discovery)) return false;
+    return std::any_of(discovery.samples.begin(), discovery.samples.end(), [](const auto& sample) {
+        return std::find(sample.begin(), sample.end(), "") != sample.end();
+    });
+}
+
+std::vector<Explanation> explain(const Discovery& discovery, const Settings& settings) {
+    const bool isTold = sawSamplesAgain(discovery);
+    const bool isGuess = guessesBlanks(discovery, settings);
     std::vector<Explanation> explanations;
     for (size_t i = 0; i < discovery.names.size(); ++i) {
         Values values;
         for (size_t at = 0; at < discovery.samples.size(); ++at) {
             if (i >= discovery.samples[at].size()) continue;
-            if (holdsAbsent && isTold && !has(messages[at], discovery.names[i])) continue;
+            if (isTold && discovery.messages[at].find(discovery.names[i]) == nullptr) continue;
             values.push_back({at + 1, discovery.samples[at][i]});
         }
         const SampledColumn column(discovery.names[i], discovery.types[i], discoveryFormats(settings));
-        explanations.push_back(holdsAbsent && !isTold ? column.guess(values) : column.explain(values));
+        explanations.push_back(isGuess ? column.guess(values) : column.explain(values));
     }
     return explanations;
 }

@@ -19,11 +19,13 @@ struct Explanation {
     std::vector<std::string> warnings;
 };
 
-// One explanation for each column. The `messages` are the samples of XML and FIX as `peek` saw them: they
-// tell a blank value, which is a string, from none at all, which has no say. When they are not the samples
-// (of a topic they are later ones), the column's type tells which it was, as far as it can, and a warning
-// says so. Throws Failure when the library comes to another type than the entry points answered.
-std::vector<Explanation> explain(const Discovery& discovery, const Settings& settings,
-                                 const std::vector<PeekedMessage>& messages);
+// One explanation for each column. Where XML and FIX samples hold blank texts, the second look tells a blank
+// value, which is a string, from none at all, which has no say. Throws Failure when the library comes to
+// another type than the entry points answered.
+std::vector<Explanation> explain(const Discovery& discovery, const Settings& settings);
+
+// Whether the second look does not tell that. Then blank texts count as values in columns that these made a
+// string, and as none in others.
+bool guessesBlanks(const Discovery& discovery, const Settings& settings);
 
 }  // namespace host

@@ -1,5 +1,6 @@
 #include "host/DiscoverPeek.h"
 
+#include <algorithm>
 #include <map>
 #include <stdexcept>
 
@@ -10,12 +11,8 @@
 
 namespace host {
 
-namespace {
-
-constexpr char kOpcodeAttribute[] = "KEL_OPS";
-
 // As much of an adapter as the bridge and the FIX codec need.
-class Peeker : public Adapter {
+class SecondLook::Peeker : public Adapter {
 public:
     explicit Peeker(Session& session) : settings_(session.settings) {
         connectionErrors = createConnectionErrors();
@@ -74,7 +71,7 @@ private:
         PeekedMessage message;
         for (const auto& [tag, value] : fields) {
             std::string name;
-            if (fix_.fieldNameByTag(tag, name)) message.attributes.push_back(name);
+            if (fix_.fieldNameByTag(tag, name)) message.fields.emplace_back(name, value);
         }
         return message;
     }
@@ -87,38 +84,40 @@ private:
     std::map<std::string, std::string> columnMap_;  // no names are mapped
 };
 
-}  // namespace
+const std::string* PeekedMessage::find(const std::string& name) const {
+    const auto found =
+        std::find_if(fields.rbegin(), fields.rend(), [&](const auto& field) { return field.first == name; });
+    return found != fields.rend() ? &found->second : nullptr;
+}
 
 std::optional<PeekedMessage> readXmlMessage(std::string_view text) {
-    static const xml::Pattern element(xml::kElement, xml::scanElement);
-    static const xml::Pattern attribute(xml::kAttribute, xml::scanAttribute);
-    const auto found = element.match(text);
-    if (!found) return std::nullopt;
-    const auto piece = [](std::string_view from, size_t begin, size_t end) {
-        return std::string(from.substr(begin, end - begin));
+    static const xml::Pattern elementPattern(xml::kElement, xml::scanElement);
+    static const xml::Pattern attributePattern(xml::kAttribute, xml::scanAttribute);
+    const auto element = elementPattern.match(text);
+    if (!element) return std::nullopt;
+    PeekedMessage message{std::string(xml::nameOf(text, *element)), {}};
+    const auto add = [&](std::string_view name, std::string_view value) {
+        if (name != xml::kOpcodeAttribute) message.fields.emplace_back(name, value);
     };
-    PeekedMessage message{piece(text, found->nameBegin, found->nameEnd), {}};
-    for (size_t at = found->valueBegin; at < found->valueEnd;) {
-        const std::string_view rest = text.substr(at);
-        const auto next = attribute.match(rest);
-        if (!next) return std::nullopt;
-        const std::string name = piece(rest, next->nameBegin, next->nameEnd);
-        if (name != kOpcodeAttribute) message.attributes.push_back(name);
-        at += next->end;
-    }
+    const size_t failed = xml::walkAttributes(text, *element, attributePattern, add);
+    if (failed != std::string_view::npos) return std::nullopt;
     return message;
 }
 
-std::vector<PeekedMessage> peek(Session& session, size_t limit) {
+SecondLook::SecondLook(Session& session) : peeker_(std::make_unique<Peeker>(session)) {}
+SecondLook::~SecondLook() = default;
+
+std::vector<PeekedMessage> SecondLook::messages(size_t limit) {
     std::vector<PeekedMessage> messages;
-    Peeker peeker(session);
-    if (!peeker.reset()) return messages;
-    for (const std::string& text : peeker.messages()) {
+    if (!peeker_->reset()) return messages;
+    for (const std::string& text : peeker_->messages()) {
         if (messages.size() == limit) break;
-        if (auto message = peeker.read(text)) messages.push_back(std::move(*message));
+        if (auto message = peeker_->read(text)) messages.push_back(std::move(*message));
     }
-    peeker.stop();
+    peeker_->stop();
     return messages;
 }
+
+void SecondLook::stop() { peeker_->stop(); }
 
 }  // namespace host

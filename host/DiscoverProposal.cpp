@@ -10,7 +10,6 @@ namespace host {
 namespace {
 
 constexpr char kString[] = "string";
-constexpr char kSeconds[] = "%s";
 constexpr char kFallbackName[] = "Stream";
 constexpr char kOpcodes[] = "iudps";
 constexpr size_t kPrefix = 2;  // the stream's name and the opcode before a message's values
@@ -19,20 +18,20 @@ using Row = std::vector<std::string>;
 
 class Proposer {
 public:
-    Proposer(const Discovery& discovery, const Settings& settings, const std::string& streamName,
-             const std::vector<PeekedMessage>& messages)
+    Proposer(const Discovery& discovery, const Settings& settings, const std::string& streamName)
         : discovery_(discovery),
           settings_(settings),
           format_(parameterOf(settings, "dataFormat")),
           asked_(!streamName.empty() ? streamName : settings.streamName),
-          xml_(format_ == "XML" ? messages : std::vector<PeekedMessage>()) {}
+          isXml_(format_ == "XML"),
+          isSure_(sawSamplesAgain(discovery)) {}
 
     Proposal propose() {
         hasPrefix_ = findPrefix();
         proposal_.streamName = streamName();
         addLayout();
         for (size_t i = hasPrefix_ ? kPrefix : 0; i < discovery_.names.size(); ++i) addColumn(i);
-        addLaterAttributes();
+        if (isXml_ && isSure_) addLaterAttributes();
         return std::move(proposal_);
     }
 
@@ -68,7 +67,7 @@ private:
 
     std::string streamName() const {
         if (!asked_.empty()) return asked_;
-        if (!xml_.empty()) return xml_.front().element;
+        if (isXml_ && !discovery_.messages.empty()) return discovery_.messages.front().element;
         if (hasPrefix_) {
             for (const Row& row : discovery_.samples) {
                 if (!row.empty() && !row[0].empty()) return row[0];
@@ -87,11 +86,19 @@ private:
         } else if (expectsPrefix()) {
             proposal_.connection.emplace_back("expectStreamNameOpcode", "false");
         }
-        const auto isOther = [&](const PeekedMessage& message) {
-            return message.element != proposal_.streamName;
-        };
-        if (flagOf(settings_, "matchStreamName") && std::any_of(xml_.begin(), xml_.end(), isOther))
-            proposal_.connection.emplace_back("matchStreamName", "false");
+        if (isXml_ && !elementsMatch()) proposal_.connection.emplace_back("matchStreamName", "false");
+    }
+
+    // Whether a run takes every sampled element for the stream's.
+    bool elementsMatch() {
+        if (!flagOf(settings_, "matchStreamName")) return true;
+        if (!settings_.streamName.empty() && settings_.streamName == proposal_.streamName) return true;
+        if (!isSure_)
+            proposal_.notes.push_back(
+                "A second look did not find the samples (of a topic it never does), so attributes that only "
+                "later samples have are not known, and a run is told to take any element.");
+        const auto isNamedSo = [&](const auto& message) { return message.element == proposal_.streamName; };
+        return isSure_ && std::all_of(discovery_.messages.begin(), discovery_.messages.end(), isNamedSo);
     }
 
     // A row's type is what a run reads a field by, so it decides whether the widened type can stand: beside a
@@ -104,8 +111,8 @@ private:
         const auto code = typeCode(column.type);
         for (size_t i = 0; code && i < discovery_.samples.size() && column.reason.empty(); ++i) {
             const Row& row = discovery_.samples[i];
-            // A blank is null in a row; where it is a text the column is a string already.
-            if (index >= row.size() || row[index].empty() || isOfOtherStream(row)) continue;
+            if (index >= row.size() || isOfOtherStream(row)) continue;
+            if (row[index].empty() && !isText(i, column.name)) continue;
             Value value;
             std::string reason;
             if (!readValue(*code, row[index], rowFormats(), value, reason))
@@ -114,6 +121,11 @@ private:
         }
         if (!column.reason.empty()) column.type = kString;
         proposal_.columns.push_back(std::move(column));
+    }
+
+    // A blank is null in a row, but for a blank value of an XML or FIX message.
+    bool isText(size_t sample, const std::string& name) const {
+        return isSure_ && discovery_.messages[sample].find(name) != nullptr;
     }
 
     bool isOfOtherStream(const Row& row) const {
@@ -132,12 +144,14 @@ private:
     // The entry points know the attributes of the first message only, and a run refuses a message with one
     // that is no column.
     void addLaterAttributes() {
-        for (const PeekedMessage& message : xml_) {
-            for (const std::string& name : message.attributes) {
-                const auto isNamed = [&](const ProposedColumn& column) { return column.name == name; };
+        for (const PeekedMessage& message : discovery_.messages) {
+            for (const auto& [name, value] : message.fields) {
+                const auto isNamed = [&name = name](const ProposedColumn& column) {
+                    return column.name == name;
+                };
                 if (std::none_of(proposal_.columns.begin(), proposal_.columns.end(), isNamed))
                     proposal_.columns.push_back(
-                        {name, kString, false, "of unknown type: the first message does not have it"});
+                        {name, kString, false, "of unknown type: the first sample does not have it"});
             }
         }
     }
@@ -146,7 +160,8 @@ private:
     const Settings& settings_;
     const std::string format_;
     const std::string asked_;
-    const std::vector<PeekedMessage> xml_;
+    const bool isXml_;
+    const bool isSure_;  // the second look saw the samples
     bool hasPrefix_ = false;
     Proposal proposal_;
 };
@@ -159,14 +174,24 @@ bool readsDatesAsSeconds(const Settings& settings) {
 }
 
 TemporalFormats discoveryFormats(const Settings& settings) {
-    if (readsDatesAsSeconds(settings)) return {kSeconds, kSeconds, kSeconds};
+    if (readsDatesAsSeconds(settings)) return {kSecondsFormat, kSecondsFormat, kSecondsFormat};
     return {parameterOf(settings, "timeFormat"), parameterOf(settings, "dateFormat"),
             parameterOf(settings, "timestampFormat")};
 }
 
-Proposal propose(const Discovery& discovery, const Settings& settings, const std::string& streamName,
-                 const std::vector<PeekedMessage>& messages) {
-    return Proposer(discovery, settings, streamName, messages).propose();
+bool sawSamplesAgain(const Discovery& discovery) {
+    if (discovery.messages.size() != discovery.samples.size()) return false;
+    for (size_t i = 0; i < discovery.samples.size(); ++i) {
+        for (size_t column = 0; column < discovery.samples[i].size(); ++column) {
+            const std::string* found = discovery.messages[i].find(discovery.names[column]);
+            if (discovery.samples[i][column] != (found != nullptr ? *found : "")) return false;
+        }
+    }
+    return true;
+}
+
+Proposal propose(const Discovery& discovery, const Settings& settings, const std::string& streamName) {
+    return Proposer(discovery, settings, streamName).propose();
 }
 
 }  // namespace host

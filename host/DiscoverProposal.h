@@ -19,7 +19,12 @@ struct Discovery {
     std::vector<std::string> types;
     std::vector<bool> keys;  // may be shorter: no key from there on
     std::vector<std::vector<std::string>> samples;
+
+    std::vector<PeekedMessage> messages;  // what a second look found; empty: there was none
 };
+
+// Whether the second look found the samples, one for one and value for value; of a topic it never does.
+bool sawSamplesAgain(const Discovery& discovery);
 
 struct ProposedColumn {
     std::string name;
@@ -41,9 +46,7 @@ struct Proposal {
 TemporalFormats discoveryFormats(const Settings& settings);
 bool readsDatesAsSeconds(const Settings& settings);
 
-// `streamName` is the user's choice, "" for none. `messages` are the samples as `peek` saw them; it matters
-// for XML alone.
-Proposal propose(const Discovery& discovery, const Settings& settings, const std::string& streamName,
-                 const std::vector<PeekedMessage>& messages);
+// `streamName` is the user's choice, "" for none.
+Proposal propose(const Discovery& discovery, const Settings& settings, const std::string& streamName);
 
 }  // namespace host

@@ -6,8 +6,6 @@
 
 namespace {
 
-constexpr char kOpcodeAttribute[] = "KEL_OPS";
-
 // Where a CSV token goes when it is no field.
 constexpr int kStreamName = -2;
 constexpr int kOpcode = -1;
@@ -51,28 +49,17 @@ bool JmsInAdapter::placeToken(const std::string& token, int field, const std::st
 
 bool JmsInAdapter::parseXmlMessage(std::string& text, std::vector<std::string>* names) {
     trace(keys::kParseXml);
-    const std::string_view whole = text;
-    const auto textOf = [](std::string_view from, size_t begin, size_t end) {
-        return std::string(from.substr(begin, end - begin));
-    };
-    const auto element = elementPattern_->match(whole);
+    const auto element = elementPattern_->match(text);
     if (!element) return refuse(keys::kParseXmlFailed);
-    if (matchStreamName_ && !matchesStream(textOf(whole, element->nameBegin, element->nameEnd))) return false;
+    if (matchStreamName_ && !matchesStream(xml::nameOf(text, *element))) return false;
 
-    size_t position = element->valueBegin;
-    while (position < element->valueEnd) {
-        const std::string_view rest = whole.substr(position);
-        const auto attribute = attributePattern_->match(rest);
-        if (!attribute) {
-            char offset[25];
-            MORVEX::Kel::intl_snprintf(offset, sizeof offset, "%d", static_cast<int>(position));
-            return refuse(keys::kParseXmlBadAttribute, offset);
-        }
-        const std::string name = textOf(rest, attribute->nameBegin, attribute->nameEnd);
-        const std::string value = textOf(rest, attribute->valueBegin, attribute->valueEnd);
-        setFieldAsStringWithKey(row_, name.c_str(), value.c_str());
-        if (names != nullptr && name != kOpcodeAttribute) names->push_back(name);
-        position += attribute->end;
-    }
-    return true;
+    const auto setField = [&](std::string_view name, std::string_view value) {
+        setFieldAsStringWithKey(row_, std::string(name).c_str(), std::string(value).c_str());
+        if (names != nullptr && name != xml::kOpcodeAttribute) names->emplace_back(name);
+    };
+    const size_t failed = xml::walkAttributes(text, *element, *attributePattern_, setField);
+    if (failed == std::string_view::npos) return true;
+    char offset[25];
+    MORVEX::Kel::intl_snprintf(offset, sizeof offset, "%d", static_cast<int>(failed));
+    return refuse(keys::kParseXmlBadAttribute, offset);
 }

@@ -50,4 +50,26 @@ inline constexpr char kElement[] = R"(\s*<\s*(\w+)(.*?)\s*/\>)";
 // Group 1 (name) is the attribute's name, group 2 (value) what stands between the quotes.
 inline constexpr char kAttribute[] = R"re(^\s*(\w+)\s*=\s*"(.*?)")re";
 
+// The attribute that carries the opcode.
+inline constexpr char kOpcodeAttribute[] = "KEL_OPS";
+
+// Hands each attribute of the element to `take(name, value)`. Where in the text none stands that should, or
+// npos.
+template <typename Take>
+size_t walkAttributes(std::string_view text, const Match& element, const Pattern& pattern, Take take) {
+    for (size_t at = element.valueBegin; at < element.valueEnd;) {
+        const std::string_view rest = text.substr(at);
+        const std::optional<Match> found = pattern.match(rest);
+        if (!found) return at;
+        take(rest.substr(found->nameBegin, found->nameEnd - found->nameBegin),
+             rest.substr(found->valueBegin, found->valueEnd - found->valueBegin));
+        at += found->end;
+    }
+    return std::string_view::npos;
+}
+
+inline std::string_view nameOf(std::string_view text, const Match& element) {
+    return text.substr(element.nameBegin, element.nameEnd - element.nameBegin);
+}
+
 }  // namespace xml

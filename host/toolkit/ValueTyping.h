@@ -12,6 +12,7 @@ namespace host {
 
 inline constexpr char kDefaultTimeFormat[] = "%H:%M:%S";
 inline constexpr char kDefaultDateFormat[] = "%Y-%m-%dT%H:%M:%S";  // timestamps too
+inline constexpr char kSecondsFormat[] = "%s";                     // takes no others beside it
 
 struct TemporalFormats {
     std::string time;
