@@ -43,7 +43,7 @@ TEST(CommandLine, EachOptionAndExitCode) {
         {&config, {"run", "--set", "connection.delimeter=;"}, 78, "", "connection.delimiter"},
         {&config, {"run", "--set", "connection.dataFormat=CVS"}, 78, "", "CVS"},
         {&config, {"run", "--set", "host.jvmOptions=[\"-Xmx1\"]"}, 1, "", "Too small maximum heap"},
-        {&forms, {"discover", "--samples", "2"}, 0, kSamples, "--explain tells, of column_0."},
+        {&forms, {"discover", "--samples", "2"}, 0, kSamples, "warnings about column_0."},
         {&forms, {"discover", "--output", "json", "--samples", "1"}, 0, kJson, ""},
         {&forms, {"discover", "--set", "connection.destinationName=empty"}, 1, "", "No message of \"empty\""},
         {&forms, {"discover", "--set", "connection.jndiURL=vm://localhost"}, 78, "", "a broker of its own"},

@@ -53,6 +53,8 @@ TEST(DiscoverExplain, NamesTheDecidingValueAndWhatTheTypeLoses) {
         {"CSV", "date", "2024-01-02T03:04:05.1", 1, 1, R"("2024-01-02T03:04:05.1" (sample 1) is a date only because the rest, ".1", is)"},
         {"CSV", "timestamp", "2024-01-02T03:04:05.123", 1, 1, "", "%d.%m.%Y"},
         {"CSV", "timestamp", "2024-01-02T03:04:05Z.5", 1, 1, R"("2024-01-02T03:04:05Z.5" (sample 1) is a timestamp)", "%d.%m.%Y"},
+        {"CSV", "timestamp", "2024-01-02T03:04:05.1 234 n", 1, 1,
+         R"("2024-01-02T03:04:05.1 234 n" (sample 1) is a timestamp only because the rest, "4 n",)", "%d.%m.%Y"},
         {"FIX", "time", "12:00:00 noon", 1, 1, R"("12:00:00 noon" (sample 1) is a time only because the rest, " noon",)"},
         {"OBJECTARRAY", "date", "7 apples|8", 1, 2, R"("7 apples" (sample 1) is a date only because the rest, " apples",)"},
         {"CUSTOM", "date", "10.0.0.1", 1, 1, R"("10.0.0.1" (sample 1) is a date)"},
@@ -60,13 +62,13 @@ TEST(DiscoverExplain, NamesTheDecidingValueAndWhatTheTypeLoses) {
     for (const auto& row : rows) {
         SCOPED_TRACE(std::string(row.values) + " as " + row.type + " in " + row.format);
         const Texts values = split(row.values);
-        host::Discovery found{{"a"}, {row.type}, {}, {}};
+        host::Discovery found{{"a"}, {row.type}, {}, {}, {}};
         for (const std::string& value : values) found.samples.push_back({value});
         if (row.sample == 0) {
-            EXPECT_THROW(host::explain(found, settings(row.format), {}), host::Failure);
+            EXPECT_THROW(host::explain(found, settings(row.format)), host::Failure);
             continue;
         }
-        const host::Explanation one = host::explain(found, settings(row.format, row.dateFormat), {}).at(0);
+        const host::Explanation one = host::explain(found, settings(row.format, row.dateFormat)).at(0);
         EXPECT_EQ(one.sample, row.sample);
         EXPECT_EQ(one.value, values[row.sample - 1]);
         EXPECT_EQ(one.values, row.counted);
@@ -74,34 +76,39 @@ TEST(DiscoverExplain, NamesTheDecidingValueAndWhatTheTypeLoses) {
         for (const std::string& warning : one.warnings) EXPECT_TRUE(warning.starts_with(row.warning)) << warning;
     }
     // Rows of different lengths.
-    const host::Discovery found{{"a", "b"}, {"integer", "float"}, {}, {{"1"}, {"2", "7"}, {"3", ".5"}}};
-    const host::Explanation second = host::explain(found, settings("CSV"), {}).at(1);
+    const host::Discovery found{{"a", "b"}, {"integer", "float"}, {}, {{"1"}, {"2", "7"}, {"3", ".5"}}, {}};
+    const host::Explanation second = host::explain(found, settings("CSV")).at(1);
     const std::vector<std::pair<std::string, size_t>> fits = {{"integer", 1},   {"long", 1}, {"float", 2}, {"date", 0},
                                                               {"timestamp", 0}, {"time", 0}, {"string", 2}};
     EXPECT_EQ(second.fits, fits);
     EXPECT_EQ(second.rule, "float is the first type that reads it; with integer before it that makes float");
 }
 
-// Of the samples "1", "", "" and "2.5" the messages have the column or not; none are found again in some rows.
+// The samples are "1", "", "" and "2.5"; of the second look's messages some have the column (y), some do not (n), and
+// some are other messages (x).
 TEST(DiscoverExplain, TellsBlankFromAbsentWhereTheSamplesAreFoundAgain) {
-    // One letter for each message, the type, the deciding sample, how the warnings begin.
-    const std::tuple<std::string, std::string, size_t, Texts> rows[] = {
-        {"yyyy", "string", 2, {"only blank values make it a string, 2 of 4; without them it is float"}},
-        {"ynyy", "string", 3, {"only blank values make it a string, 1 of 3; without them it is float"}},
-        {"ynny", "float", 4, {}},
-        {"ynnn", "float", 4, {"a second look did not find the samples again"}},
-        {"yyy", "string", 2, {"only blank values make it a string, 2 of 4", "a second look"}},
+    // A letter for each message, the type, the deciding sample, the values, how the only warning begins.
+    const std::tuple<std::string, std::string, size_t, size_t, const char*> rows[] = {
+        {"yyyy", "string", 2, 4, "only blank values make it a string, 2 of 4; without them it is float"},
+        {"ynyy", "string", 3, 3, "only blank values make it a string, 1 of 3; without them it is float"},
+        {"ynny", "float", 4, 2, ""},
+        {"ynnn", "float", 4, 2, ""},
+        {"yyyx", "float", 4, 2, ""},
+        {"ynn", "string", 2, 4, "only blank values make it a string"},
     };
-    for (const auto& [letters, type, sample, warnings] : rows) {
+    for (const auto& [letters, type, sample, values, warning] : rows) {
         SCOPED_TRACE(letters);
-        const host::Discovery found{{"a"}, {type}, {}, {{"1"}, {""}, {""}, {"2.5"}}};
-        std::vector<host::PeekedMessage> messages;
-        for (const char has : letters) messages.push_back({"", has == 'y' ? Texts{"b", "a"} : Texts{"b"}});
-        const host::Explanation one = host::explain(found, settings("FIX"), messages).at(0);
+        host::Discovery found{{"a"}, {type}, {}, {{"1"}, {""}, {""}, {"2.5"}}, {}};
+        for (size_t i = 0; i < letters.size(); ++i) {
+            found.messages.push_back({"", {{"b", "1"}}});
+            if (letters[i] != 'n') found.messages[i].fields.emplace_back("a", letters[i] == 'y' ? found.samples[i][0] : "3");
+        }
+        const host::Explanation one = host::explain(found, settings("FIX")).at(0);
         EXPECT_EQ(one.sample, sample);
-        EXPECT_EQ(one.values, type == "float" ? 2U : one.fits.back().second);
-        ASSERT_EQ(one.warnings.size(), warnings.size());
-        for (size_t i = 0; i < warnings.size(); ++i) EXPECT_TRUE(one.warnings[i].starts_with(warnings[i])) << one.warnings[i];
+        EXPECT_EQ(one.values, values);
+        ASSERT_EQ(one.warnings.size(), *warning == '\0' ? 0U : 1U);
+        for (const std::string& text : one.warnings) EXPECT_TRUE(text.starts_with(warning)) << text;
+        EXPECT_EQ(host::guessesBlanks(found, settings("FIX")), letters.back() == 'x' || letters.ends_with("nn"));
     }
 }
 
@@ -115,6 +122,7 @@ TEST(DiscoverProposal, FindsTheStreamsNameAndWhetherMessagesBringIt) {
         size_t columns;
         const char* connection;  // the key that [connection] needs
         bool isPrefixed = true;
+        std::vector<host::PeekedMessage> messages = {};  // of the second look
     } const rows[] = {
         {"CSV", "", "", {{"Trades", "i", "1"}}, "waiting", 3, "", false},
         {"CSV", "", "", {{"Trades", "i", "1"}, {"Trades", "d"}}, "Trades", 1, ""},
@@ -125,6 +133,11 @@ TEST(DiscoverProposal, FindsTheStreamsNameAndWhetherMessagesBringIt) {
         {"OBJECTARRAY", "", "", {{"1"}}, "waiting", 1, "expectStreamNameOpcode"},
         {"CUSTOM", "", "", {{"", "", "1"}, {"Trades", "i", "1"}}, "Trades", 1, ""},
         {"FIX", "", "Orders", {{"1"}}, "Orders", 1, ""},
+        {"XML", "", "", {{"1"}}, "T", 1, "", true, {{"T", {{"column_0", "1"}}}}},
+        {"XML", "", "", {{"1"}}, "T", 1, "matchStreamName", true, {{"T", {{"column_0", "2"}, {"b", "1"}}}}},
+        {"XML", "", "", {{"1"}}, "waiting", 1, "matchStreamName"},
+        {"XML", "T", "", {{"1"}}, "T", 1, ""},
+        {"XML", "T", "Q", {{"1"}}, "Q", 1, "matchStreamName", true, {{"T", {{"column_0", "1"}}}}},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(std::string(row.format) + " " + row.samples[0][0] + " " + row.configured + row.asked);
@@ -137,7 +150,8 @@ TEST(DiscoverProposal, FindsTheStreamsNameAndWhetherMessagesBringIt) {
             found.types.push_back(i < 2 ? "string" : "integer");
         }
         found.samples = row.samples;
-        const host::Proposal proposal = host::propose(found, all, row.asked, {});
+        found.messages = row.messages;
+        const host::Proposal proposal = host::propose(found, all, row.asked);
         EXPECT_EQ(proposal.streamName, row.streamName);
         EXPECT_EQ(proposal.columns.size(), row.columns);
         EXPECT_EQ(proposal.connection.empty() ? "" : proposal.connection[0].first, row.connection);
