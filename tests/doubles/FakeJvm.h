@@ -15,10 +15,8 @@
 namespace fake {
 
 struct Object {
-    std::string type;  // "String", "Array", or a class's name
-    std::string text;
+    std::string text;  // of a string; of an array "["
     std::vector<std::shared_ptr<Object>> elements;
-    std::vector<int> numbers;
 };
 using Value = std::shared_ptr<Object>;
 

@@ -24,13 +24,13 @@ TEST_F(FixDictionary, TakesTheFirstPairOfWordsOfEachLine) {
     for (const char* tag : {"9", "", "b", "44", "999"}) EXPECT_EQ(nameOf(tag), "untouched");
 
     // Both names of a tag stay, and a further dictionary adds to them.
-    useColumns({"MsgType", "MessageType", "Symbol", "Instrument"});
+    platform.useStrings(adapter, {"MsgType", "MessageType", "Symbol", "Instrument"});
     EXPECT_FALSE(fix.fixMsgToRowBuf({{"35", "D"}, {"55", "IBM"}}, row));
     writeDictionary("y", "7=BeginSeqNo\n55=Instrument\n");
     ASSERT_TRUE(fix.makeDictionary("y"));
     EXPECT_EQ(nameOf("55") + nameOf("7") + nameOf("54"), "InstrumentBeginSeqNoSide");
     EXPECT_TRUE(fix.fixMsgToRowBuf({{"35", "D"}, {"55", "IBM"}}, row));
-    EXPECT_EQ(fake::show(*toolkit.row), "i D,D,IBM,IBM");
+    EXPECT_EQ(fake::show(row), "i D,D,IBM,IBM");
 }
 
 TEST_F(FixDictionary, FailuresKeepTheNamesAndExpectTheVersion) {
@@ -44,7 +44,7 @@ TEST_F(FixDictionary, FailuresKeepTheNamesAndExpectTheVersion) {
     setenv("KEL_HOME", "", 1);
     EXPECT_FALSE(fix.makeDictionary("4"));
     const std::string kCannot = "Cannot open file " + file, kNotSet = "KEL_HOME environment variable not set";
-    EXPECT_EQ(toolkit.errors, (Calls{kCannot + "2.txt", kCannot + "dir.txt", kNotSet, kNotSet}));
+    EXPECT_EQ(platform.errors, (Texts{kCannot + "2.txt", kCannot + "dir.txt", kNotSet, kNotSet}));
     EXPECT_EQ(nameOf("55"), "Symbol");
     EXPECT_TRUE(fix.validateFixMessage({{"8", "FIX.4"}, {"35", "D"}}, "D"));
 }

@@ -28,12 +28,14 @@ protected:
                 value += static_cast<char>('>' + random() % ('~' - '>'));  // printable, no "="
         }
         ours.clear();
-        toolkit.takeCalls();
+        platform.takeLogs();
     }
 };
 
 TEST_F(FixInteroperation, QuickFixReadsOurs) {
-    for (const auto& column : kColumns) toolkit.columns.push_back({column.second});
+    Texts names;
+    for (const auto& column : kColumns) names.push_back(column.second);
+    platform.useStrings(adapter, names);
     int read = 0;
     for (int round = 0; round < 3000; ++round) {
         makeFields();

@@ -48,8 +48,8 @@ protected:
     }
 
     // What opening logs that fails twice, at intervals of a second.
-    Calls twoFailures(const std::string& limit) const {
-        Calls expected = {"7 NewFixUtils::openSocketSource()"};
+    Texts twoFailures(const std::string& limit) const {
+        Texts expected = {"7 NewFixUtils::openSocketSource()"};
         for (const std::string attempt : {"1", "2"})
             expected.insert(expected.end(), {kConnect, refusal, "4 Will try again to connect in 1 seconds",
                                              "6 Connection attempt " + attempt + " out of " + limit});
@@ -71,21 +71,22 @@ TEST_F(FixSocket, ConnectsAndCloses) {
     EXPECT_EQ(socket, -1);
     EXPECT_EQ(::read(accepted, read, sizeof read), 0);
     close(accepted);
-    EXPECT_EQ(logs(), (Calls{kConnect, kClose}));
+    EXPECT_EQ(platform.takeLogs(), (Texts{kConnect, kClose}));
 }
 
 TEST_F(FixSocket, AHostThatIsUnknownOrRefuses) {
     EXPECT_FALSE(open(1, 0, "no-such-host.invalid"));
-    EXPECT_TRUE(logs().empty());
+    EXPECT_TRUE(platform.takeLogs().empty());
     const auto before = openDescriptors();
     EXPECT_FALSE(open(0, 5));
     EXPECT_EQ(socket, -1);
-    EXPECT_EQ(logs(), (Calls{kConnect, refusal}));
+    EXPECT_EQ(platform.takeLogs(), (Texts{kConnect, refusal}));
     const auto start = Clock::now();
     EXPECT_FALSE(open(1, 2));
     EXPECT_GE(Clock::now() - start, 2s);
-    EXPECT_EQ(logs(), twoFailures("2"));
-    EXPECT_EQ(toolkit.errors, (Calls{"Unknown FIX host: no-such-host.invalid", "Cannot connect to FIX host"}));  // none without an interval
+    EXPECT_EQ(platform.takeLogs(), twoFailures("2"));
+    EXPECT_EQ(platform.errors,
+              (Texts{"Unknown FIX host: no-such-host.invalid", "Cannot connect to FIX host"}));  // none without an interval
     EXPECT_EQ(openDescriptors(), before);
 }
 
@@ -96,9 +97,9 @@ TEST_F(FixSocket, AHostThatAppearsAfterTheSecondAttempt) {
     });
     EXPECT_TRUE(open(1, 0));  // no limit
     fix.closeSocketConnection(socket);
-    Calls expected = twoFailures("268435455");
+    Texts expected = twoFailures("268435455");
     expected.insert(expected.end(), {kConnect, "6 Connected to FIX host: 127.0.0.1", kClose});
-    EXPECT_EQ(logs(), expected);
+    EXPECT_EQ(platform.takeLogs(), expected);
 }
 
 TEST_F(FixSocket, TheExitFlagEndsTheWait) {
@@ -109,13 +110,13 @@ TEST_F(FixSocket, TheExitFlagEndsTheWait) {
         fix.setExitRequested(true);
     });
     EXPECT_FALSE(open(60, -3));
-    EXPECT_EQ(logs().back(), "4 Stopping reconnection attempts");
+    EXPECT_EQ(platform.takeLogs().back(), "4 Stopping reconnection attempts");
     stopper.join();
     // It stays set, and is looked at before every step of a wait; without an interval there is none.
     EXPECT_FALSE(open(60, 0));
     EXPECT_LT(Clock::now() - start, 2s);
     EXPECT_FALSE(fix.reconnectToSocketSource(socket, address, "h", port.number(), 0, 1));
-    EXPECT_EQ(logs().back(), "6 Connection attempt 1 out of 1");
+    EXPECT_EQ(platform.takeLogs().back(), "6 Connection attempt 1 out of 1");
     fix.setExitRequested(false);
     EXPECT_FALSE(fix.isExitRequested());
 }
