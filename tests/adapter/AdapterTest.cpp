@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <functional>
 
 #include "tests/doubles/IdleAdapter.h"
 #include "tests/doubles/Platform.h"
@@ -138,7 +137,7 @@ TEST_F(Base, ForwardsMessagesStateAndParameters) {
     EXPECT_FALSE(adapter.hasError());
 }
 
-TEST_F(Base, ForwardsPoolsAndTransactions) {
+TEST_F(Base, ForwardsPoolsTransactionsAndPermutations) {
     void* pool = adapter.createConnectionRowPool("RowByOrder");
     void* row = adapter.allocPool(pool);
     EXPECT_TRUE(adapter.setFieldAsStringWithIndex(row, 0, "x"));
@@ -150,36 +149,26 @@ TEST_F(Base, ForwardsPoolsAndTransactions) {
     EXPECT_EQ(adapter.getConnectionRawTransSize(trans), 0);
     EXPECT_EQ(adapter.getConnectionRawTransSize(adapter.getTransaction("Out")), 1);
     adapter.deleteConnectionRawTrans(trans);
-    adapter.freePool(pool, row);
-    adapter.deleteConnectionRowPool(pool);
-}
 
-TEST_F(Base, ForwardsPermutations) {
     void* order = adapter.createConnectionPermutation();
     const char* names[] = {"a", "b", "c"};
-    adapter.setExternalOrder(order, 3, names);
-    EXPECT_TRUE(adapter.plat2extWithFieldName(order, "b") == 1 && adapter.ext2platWithFieldName(order, "c") == 2);
-    EXPECT_STREQ(adapter.getColumnNameFromExtOrder(order, 2), "c");
     const int indexes[] = {2, 0, 1};
+    adapter.setExternalOrder(order, 3, names);
     adapter.setPermutation(order, 3, indexes);
-    EXPECT_EQ((std::vector{adapter.getExtOrderSize(order), adapter.getExtOrder(order, 0), adapter.plat2extWithFieldNum(order, 1),
-                           adapter.ext2platWithIndex(order, 2)}),
-              (std::vector{3, 2, 0, 1}));
-    void* row = adapter.createConnectionRow("RowByOrder");
+    EXPECT_STREQ(adapter.getColumnNameFromExtOrder(order, 2), "c");
+    EXPECT_EQ(
+        (std::vector{adapter.plat2extWithFieldName(order, "b"), adapter.ext2platWithFieldName(order, "c"), adapter.getExtOrderSize(order),
+                     adapter.getExtOrder(order, 0), adapter.plat2extWithFieldNum(order, 1), adapter.ext2platWithIndex(order, 2)}),
+        (std::vector{1, 2, 3, 2, 0, 1}));
     adapter.setPermutation(order, row);
-    EXPECT_EQ(adapter.getExtOrderSize(order), 0);
-    adapter.deleteConnectionRow(row);
-    void* type = adapter.connectionRowType;
-    for (const auto& take : std::vector<std::function<void()>>{[&] { adapter.setPlatOrder(order, type); },
-                                                               [&] { adapter.setExternalOrderWithConnRowTypeAsParam(order, type); },
-                                                               [&] { EXPECT_TRUE(adapter.prepareOrder(order, type)); }}) {
-        adapter.clearConnectionPermutation(order);
-        EXPECT_TRUE(adapter.prepareOrder(order));
-        EXPECT_EQ(adapter.getColumnNameFromExtOrder(order, 1), nullptr);
-        take();
-        EXPECT_STREQ(adapter.getColumnNameFromExtOrder(order, 1), "Price");
-    }
+    EXPECT_EQ(adapter.getExtOrderSize(order), 1);
+    adapter.clearConnectionPermutation(order);
+    EXPECT_EQ(adapter.getColumnNameFromExtOrder(order, 1), nullptr);
+    EXPECT_TRUE(adapter.prepareOrder(order, adapter.connectionRowType));
+    EXPECT_STREQ(adapter.getColumnNameFromExtOrder(order, 1), "Price");
     adapter.deleteConnectionPermutation(order);
+    adapter.freePool(pool, row);
+    adapter.deleteConnectionRowPool(pool);
 }
 
 }  // namespace

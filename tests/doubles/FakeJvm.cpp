@@ -60,14 +60,14 @@ std::string shownArguments(const std::string& signature, va_list arguments) {
         const char type = signature[at];
         if (type == '[') continue;
         if (type == 'L') at = signature.find(';', at);
-        if (!text.empty()) text += ',';
         text += type != 'Z' ? shown(valueOf(va_arg(arguments, jobject))) : va_arg(arguments, int) != 0 ? "true" : "false";
+        text += ',';
     }
-    return text;
+    return text.substr(0, text.size() - !text.empty());
 }
 
-bool finds(const char* function, const std::string& name) {
-    jvm->lookUps.push_back(std::string(function) + "(" + name + ")");
+bool finds(const std::string& name) {
+    ++jvm->lookUps;
     jvm->pending = jvm->pending || jvm->missing == name;
     return jvm->missing != name;
 }
@@ -76,7 +76,7 @@ jmethodID getMethodId(JNIEnv*, jclass type, const char* name, const char* signat
     static std::map<std::string, MethodId> ids;
     valueOf(type);
     MethodId& id = ids[std::string(name) + signature] = {name, signature};
-    return finds("GetMethodID", name) ? reinterpret_cast<jmethodID>(&id) : nullptr;
+    return finds(name) ? reinterpret_cast<jmethodID>(&id) : nullptr;
 }
 
 Answer call(const char* function, jobject object, jmethodID method, va_list arguments) {
@@ -93,7 +93,7 @@ Answer call(const char* function, jobject object, jmethodID method, va_list argu
 
 jobject newArray(const char* function, jsize length) {
     enter(function);
-    jvm->lookUps.emplace_back(function);
+    ++jvm->lookUps;
     return local(array(std::vector<Value>(static_cast<size_t>(length))));
 }
 
@@ -110,7 +110,7 @@ JNINativeInterface_ nativeTable() {
     JNINativeInterface_ table{};
     table.FindClass = [](JNIEnv*, const char* name) {
         enter("FindClass");
-        return static_cast<jclass>(finds("FindClass", name) ? local(string(name)) : nullptr);
+        return static_cast<jclass>(finds(name) ? local(string(name)) : nullptr);
     };
     table.GetMethodID = getMethodId;
     table.NewObjectV = [](JNIEnv*, jclass type, jmethodID constructor, va_list arguments) {
@@ -130,7 +130,7 @@ JNINativeInterface_ nativeTable() {
     table.DeleteLocalRef = [](JNIEnv*, jobject object) { drop(jvm->locals, object); };
     table.NewStringUTF = [](JNIEnv*, const char* text) {
         enter("NewStringUTF");
-        jvm->lookUps.push_back(std::string("NewStringUTF(") + text + ")");
+        ++jvm->lookUps;
         return static_cast<jstring>(local(string(text)));
     };
     table.GetStringUTFChars = [](JNIEnv*, jstring text, jboolean*) -> const char* {

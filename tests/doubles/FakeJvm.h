@@ -39,7 +39,7 @@ struct Jvm {
 
     std::map<std::string, std::deque<Answer>> script;  // by method; the last answer of a method stays
     std::vector<std::string> calls;                    // methods of the connector with their arguments, "AttachCurrentThread", ...
-    std::vector<std::string> lookUps;                  // "FindClass(...)", "GetMethodID(...)", and the strings and arrays made
+    int lookUps = 0;                                   // of classes and methods, and strings and arrays made
     std::vector<std::string> faults;
     std::map<jobject, Value> locals;
     std::map<jobject, Value> globals;

@@ -49,19 +49,4 @@ TEST_F(FixDictionary, FailuresKeepTheNamesAndExpectTheVersion) {
     EXPECT_TRUE(fix.validateFixMessage({{"8", "FIX.4"}, {"35", "D"}}, "D"));
 }
 
-TEST_F(FixDictionary, EveryVersionHasItsOwnNames) {
-    for (const std::string version : {"4.0", "4.1", "4.2", "4.3", "4.4", "5.0", "5.0SP1", "5.0SP2", ".1.1"}) {
-        NewFixUtils loaded;
-        loaded.reset(&adapter);
-        ASSERT_TRUE(loaded.makeDictionary(version));
-        std::string names, name;
-        for (const char* tag : {"8", "9", "35", "10", "49", "22"}) names += loaded.fieldNameByTag(tag, name) ? name + " " : "none ";
-        // A renamed field, and one that came with 4.3.
-        const bool old = version >= "4.0" && version < "4.3";
-        EXPECT_EQ(names, std::string("BeginString BodyLength MsgType CheckSum SenderCompID ") + (old ? "IDSource " : "SecurityIDSource "))
-            << version;
-        EXPECT_EQ(loaded.fieldNameByTag("453", name), !old) << version;
-    }
-}
-
 }  // namespace

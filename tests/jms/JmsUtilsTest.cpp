@@ -30,7 +30,10 @@ protected:
         platform.serve(adapter);
         jms.reset(&adapter);
     }
-    ~Bridge() override { deleteConnectionRow(row); }
+    ~Bridge() override {
+        deleteConnectionRow(row);
+        EXPECT_EQ(jvm.leftOver(jms.connector != nullptr ? 1 : 0), "");
+    }
 
     bool init(bool forInput = true, bool bindSchema = false) {
         return jms.init("CF", "QUEUE", "Q", true, forInput, bindSchema, columnMap, "ctx", "url", "id", "sub");
@@ -39,7 +42,7 @@ protected:
     void start() {
         ASSERT_TRUE(init());
         jvm.takeCalls();
-        jvm.lookUps.clear();
+        jvm.lookUps = 0;
     }
     void answerAll(const Texts& methods, const fake::Answer& answer) {
         for (const std::string& method : methods) jvm.answer(method, answer);
@@ -56,9 +59,12 @@ TEST_F(Bridge, NeedsAJvmAndAThreadThatAttaches) {
     EXPECT_EQ(platform.errors, (Texts{"No JVM instance found", "Cannot attach thread to JVM"}));
     jvm.attaches = true;
     start();
+    _globaljvm = nullptr;
+    EXPECT_FALSE(init());
+    EXPECT_EQ(jms.jvm, &jvm.vm);
     jvm.attaches = false;
     EXPECT_FALSE(jms.disconnect());
-    EXPECT_EQ(platform.errors.size(), 3U);
+    EXPECT_EQ(platform.errors.size(), 4U);
 }
 
 TEST_F(Bridge, DoesNothingBeforeInit) {
@@ -80,7 +86,6 @@ TEST_F(Bridge, HandsInTheColumns) {
     for (const size_t count : {0U, 4096U, 4097U}) {
         platform.useStrings(adapter, Texts(count, "c"));
         EXPECT_EQ(init(true, true), count <= 4096);
-        EXPECT_EQ(jvm.leftOver(1), "");
     }
     EXPECT_EQ(platform.errors, (Texts{"Too many columns for the JMS connector"}));
 }
@@ -89,72 +94,60 @@ TEST_F(Bridge, FailsToInitWithoutLeftovers) {
     const struct {
         const char *missing, *method;
         fake::Answer answer;
-        size_t globals;
+        bool hasConnector;  // new, or without a class of connectors still that of before
     } kRows[] = {
-        {"com/morvex/kel/connectors/JmsConnector", "", {}, 0},
-        {"<init>", "", {}, 0},
-        {"", "<init>", kThrows, 0},
-        {"", "connectForInput", kFalse, 1},
-        {"", "connectForInput", kTwo, 1},
-        {"", "connectForInput", kThrows, 1},
-        {"receiveCustomMessage", "", {}, 1},
-        {"connectForInput", "", {}, 1},
+        {"com/morvex/kel/connectors/JmsConnector", "", {}, true},
+        {"<init>", "", {}, false},
+        {"", "<init>", kThrows, false},
+        {"", "connectForInput", kFalse, true},
+        {"", "connectForInput", kTwo, true},
+        {"", "connectForInput", kThrows, true},
+        {"receiveCustomMessage", "", {}, true},
+        {"connectForInput", "", {}, true},
     };
     for (const auto& failure : kRows) {
         SCOPED_TRACE(failure.missing + std::string(failure.method));
-        JmsUtils other;
-        fake::Jvm fresh;
-        other.reset(&adapter);
-        fresh.missing = failure.missing;
-        fresh.answer(failure.method, failure.answer);
-        EXPECT_FALSE(other.init("CF", "QUEUE", "Q", true, true, false, columnMap, "ctx", "url", "id", "sub"));
-        EXPECT_EQ(fresh.leftOver(failure.globals), "");
+        start();
+        jvm.missing = failure.missing;
+        jvm.answer(failure.method, failure.answer);
+        EXPECT_FALSE(init());
+        EXPECT_EQ(jvm.leftOver(failure.hasConnector), "");
         std::string text;
-        EXPECT_FALSE(failure.globals == 0 && (other.receiveTextMessage(text) || other.disconnect()));
+        jvm.takeCalls();
+        jvm.answer("receiveTextMessage", {fake::string("the ids are there")});
+        EXPECT_EQ(jms.receiveTextMessage(text), failure.hasConnector);
+        EXPECT_EQ(jvm.takeCalls().size(), failure.hasConnector);
+        jvm.missing = "";
+        jvm.script.clear();
     }
 }
 
-TEST_F(Bridge, AnInitThatFailsGivesUpTheConnectorOfBefore) {
+TEST_F(Bridge, TellsByTheResultAndLeavesAnExceptionToOthers) {
     start();
-    _globaljvm = nullptr;
-    EXPECT_FALSE(init());
-    EXPECT_EQ(jms.jvm, &jvm.vm);
-    _globaljvm = &jvm.vm;
-    jvm.answer("connectForInput", kFalse);
-    EXPECT_FALSE(init());
-    std::string text;
-    jvm.answer("receiveTextMessage", {fake::string("the ids are there")});
-    EXPECT_TRUE(jms.receiveTextMessage(text));
-    jvm.answer("<init>", kThrows);
-    EXPECT_FALSE(init());
-    jvm.takeCalls();
-    EXPECT_FALSE(jms.receiveTextMessage(text) || jms.disconnect());
-    EXPECT_TRUE(jvm.takeCalls().empty());
-    EXPECT_EQ(jvm.leftOver(0), "");
-}
-
-TEST_F(Bridge, InitialisesTheConverter) {
-    start();
-    EXPECT_TRUE(jms.initConverter("C", "param", true) && jms.initConverter("C", "param", false));
-    EXPECT_EQ(jvm.takeCalls(), (Texts{"initInConverter(C,param)", "initOutConverter(C,param)"}));
-    for (const fake::Answer& refusal : {kFalse, kTwo}) {
-        answerAll({"initInConverter", "disconnect"}, refusal);
-        EXPECT_FALSE(jms.initConverter("C", "param", true) || jms.disconnect());
-    }
-    EXPECT_EQ(jvm.leftOver(1), "");
-}
-
-// Only the operations that are to look for an exception do; one that others meet stays for those.
-TEST_F(Bridge, LeavesAnExceptionWhereItDoesNotLook) {
-    start();
-    answerAll({"initInConverter", "disconnect", "sendTextMessage", "sendObjectArrayMessage", "sendCustomMessage"}, kThrows);
-    const std::function<bool()> kOperations[] = {
-        [&] { return jms.initConverter("C", "p", true); }, [&] { return jms.disconnect(); }, [&] { return jms.sendTextMessage("t", row); },
-        [&] { return jms.sendObjectArrayMessage("s", row, true); }, [&] { return jms.sendCustomMessage("s", row); }};
-    for (const auto& use : kOperations) {
-        EXPECT_FALSE(use());
+    ASSERT_TRUE(init(false));  // the connector of before is given up
+    EXPECT_EQ(jvm.calls.back(), "connectForOutput()");
+    int column = 0;
+    for (const char* value : {"IBM", static_cast<const char*>(nullptr), "25.5"}) adapter.setFieldAsStringWithIndex(row, column++, value);
+    adapter.setOp(row, 'u');
+    const std::pair<std::string, std::function<bool()>> kOperations[] = {
+        {"initInConverter(C,param)", [&] { return jms.initConverter("C", "param", true); }},
+        {"initOutConverter(C,param)", [&] { return jms.initConverter("C", "param", false); }},
+        {"sendTextMessage(body,[IBM null 25.5])", [&] { return jms.sendTextMessage("body", row); }},
+        {"sendObjectArrayMessage([Trades u IBM null 25.5],true)", [&] { return jms.sendObjectArrayMessage("Trades", row, true); }},
+        {"sendObjectArrayMessage([IBM null 25.5],false)", [&] { return jms.sendObjectArrayMessage("Trades", row, false); }},
+        {"sendCustomMessage([Trades u IBM null 25.5])", [&] { return jms.sendCustomMessage("Trades", row); }},
+        {"disconnect()", [&] { return jms.disconnect(); }},
+    };
+    for (const auto& [call, use] : kOperations) {
+        SCOPED_TRACE(call);
+        EXPECT_TRUE(use());
+        EXPECT_EQ(jvm.takeCalls().back(), call);
+        for (const fake::Answer& failure : {kFalse, kTwo, kThrows}) {
+            jvm.answer(call.substr(0, call.find('(')), failure);
+            EXPECT_FALSE(use());
+        }
         EXPECT_TRUE(jvm.pending && jms.exceptionOccurred(&jvm.env));
-        EXPECT_EQ(jvm.leftOver(1), "") << jvm.calls.back();
+        jvm.script.clear();
     }
 }
 
@@ -166,7 +159,6 @@ TEST_F(Bridge, JudgesACommitByTheWordThatTheVoidCallLeaves) {
         jvm.answer("commitTransaction", failure);
         EXPECT_FALSE(jms.commitTransaction());
     }
-    EXPECT_EQ(jvm.leftOver(1), "");
 }
 
 TEST_F(Bridge, DisconnectsOnAnEnvironmentOfItsOwn) {
@@ -176,7 +168,6 @@ TEST_F(Bridge, DisconnectsOnAnEnvironmentOfItsOwn) {
     EXPECT_TRUE(jms.disconnect());
     EXPECT_EQ(jvm.takeCalls(), (Texts{"AttachCurrentThread", "disconnect()"}));
     EXPECT_EQ(jms.env, &ofInit);
-    EXPECT_EQ(jvm.leftOver(1), "");
 }
 
 TEST_F(Bridge, ReceivesText) {
@@ -190,7 +181,6 @@ TEST_F(Bridge, ReceivesText) {
             EXPECT_FALSE(jms.receiveTextMessage(text));
             EXPECT_EQ(text, expected);
         }
-        EXPECT_EQ(jvm.leftOver(1), "");
     }
 }
 
@@ -232,30 +222,27 @@ TEST_F(Bridge, LaysArraysIntoTheRow) {
                   expected.received);
         EXPECT_EQ(fake::show(row), expected.row);
         EXPECT_EQ(jvm.takeCalls(), Texts{call});
-        EXPECT_EQ(jvm.leftOver(1), "");
     }
     for (const fake::Answer& failure : {kNull, kThrows}) {
         answerAll(kMethods, failure);
         EXPECT_FALSE(jms.receiveObjectArrayMessage("Trades", row, true) || jms.receiveCustomMessage("Trades", row));
-        EXPECT_EQ(jvm.leftOver(1), "");
     }
-    EXPECT_TRUE(jvm.lookUps.empty());  // this is the hot path
+    EXPECT_EQ(jvm.lookUps, 0);  // this is the hot path
 }
 
-TEST_F(Bridge, SendsTheRow) {
+// A null result counts as no message, a null message or element as an empty one; results are appended.
+TEST_F(Bridge, BrowsingTakesWhatTheConnectorMayNotGive) {
     start();
-    ASSERT_TRUE(init(false));  // the connector of before is given up
-    EXPECT_EQ(jvm.takeCalls().back(), "connectForOutput()");
-    int column = 0;
-    for (const char* value : {"IBM", static_cast<const char*>(nullptr), "25.5"}) adapter.setFieldAsStringWithIndex(row, column++, value);
-    adapter.setOp(row, 'u');
-    EXPECT_TRUE(jms.sendTextMessage("body", row) && jms.sendObjectArrayMessage("Trades", row, true) &&
-                jms.sendObjectArrayMessage("Trades", row, false) && jms.sendCustomMessage("Trades", row));
-    EXPECT_EQ(jvm.takeCalls(), (Texts{"sendTextMessage(body,[IBM null 25.5])", "sendObjectArrayMessage([Trades u IBM null 25.5],true)",
-                                      "sendObjectArrayMessage([IBM null 25.5],false)", "sendCustomMessage([Trades u IBM null 25.5])"}));
-    answerAll({"sendTextMessage", "sendObjectArrayMessage", "sendCustomMessage"}, kTwo);
-    EXPECT_FALSE(jms.sendTextMessage("", row) || jms.sendObjectArrayMessage("", row, false) || jms.sendCustomMessage("", row));
-    EXPECT_EQ(jvm.leftOver(1), "");
+    Texts texts = {"first"};
+    std::vector<Texts> rows;
+    EXPECT_TRUE(jms.browseTextMessages(texts) && jms.browseObjectArrayMessages(rows));
+    jvm.answer("browseTextMessages", {fake::array(std::vector<std::optional<std::string>>{"a", std::nullopt})});
+    jvm.answer("browseCustomMessages", {fake::array(std::vector<fake::Value>{nullptr, fake::array(std::vector<fake::Value>{})})});
+    EXPECT_TRUE(jms.browseTextMessages(texts) && jms.browseCustomMessages(rows));
+    EXPECT_EQ(texts, (Texts{"first", "a", ""}));
+    EXPECT_EQ(rows, std::vector<Texts>(2));
+    jvm.missing = "browseObjectArrayMessages";
+    EXPECT_FALSE(jms.browseObjectArrayMessages(rows));
 }
 
 }  // namespace

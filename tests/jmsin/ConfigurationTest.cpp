@@ -78,7 +78,7 @@ TEST_F(Configuration, FlagsAreTrueUnlessZeroOrNoNumber) {
          std::map<std::string, bool>{{"1", true}, {"2", true}, {"0", false}, {"true", false}, {"", false}}) {
         start("CSV", {{"expectStreamNameOpcode", value}});
         nextText("Trades,u");
-        EXPECT_EQ(next(), expected ? "u null,null" : "i Trades,u") << value;
+        EXPECT_EQ(next(), expected ? "u null,null 1 1 0" : "i Trades,u 1 1 0") << value;
     }
 }
 

@@ -5,8 +5,6 @@
 #include <cstdlib>
 #include <sstream>
 
-#include "jms/JmsUtils.h"
-
 namespace {
 
 class Discovery : public AdapterFixture {
@@ -118,28 +116,6 @@ TEST_F(Discovery, BrowsesOnceAfterASuccessAndDisconnectsAfterEachAttempt) {
     EXPECT_TRUE(adapter.discover(""));
     EXPECT_TRUE(jvm.takeCalls().empty());
     EXPECT_EQ(columns(), "column_0 integer,");
-}
-
-// A null result counts as no message, a null message or element as an empty one; results are appended.
-TEST_F(Discovery, BrowsingTakesWhatTheConnectorMayNotGive) {
-    start("CSV");
-    JmsUtils jms;
-    std::map<std::string, std::string> columnMap;
-    jms.reset(&adapter);
-    connectors = 2;
-    ASSERT_TRUE(jms.init("", "", "", false, true, false, columnMap, "", "", "", ""));
-    Texts texts = {"first"};
-    jvm.answer("browseTextMessages", {nullptr});
-    EXPECT_TRUE(jms.browseTextMessages(texts));
-    jvm.answer("browseTextMessages", {fake::array(std::vector<std::optional<std::string>>{"a", std::nullopt})});
-    EXPECT_TRUE(jms.browseTextMessages(texts));
-    EXPECT_EQ(texts, (Texts{"first", "a", ""}));
-    Rows rows;
-    jvm.answer("browseCustomMessages", {fake::array(std::vector<fake::Value>{nullptr, fake::array(std::vector<fake::Value>{})})});
-    EXPECT_TRUE(jms.browseCustomMessages(rows));
-    EXPECT_EQ(rows, (Rows{{}, {}}));
-    jvm.missing = "browseObjectArrayMessages";
-    EXPECT_FALSE(jms.browseObjectArrayMessages(rows));
 }
 
 }  // namespace
