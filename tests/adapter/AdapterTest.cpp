@@ -1,4 +1,4 @@
-// The base class' own rules, and that each of its forwards reaches the platform's function.
+// The base class' own rules, and what of its forwards can be seen in the platform.
 #include "adapter/Adapter.h"
 
 #include <gtest/gtest.h>
@@ -99,12 +99,16 @@ TEST_F(Base, KeepsTheLastKeyInTheControlStream) {
     EXPECT_EQ(posted.at(0)->streamName + " " + fake::show(*posted.at(0)), "Control p 0,-4711,true");
     EXPECT_TRUE(adapter.updateTruncateStream(1, false));
     EXPECT_EQ(fake::show(*posted.at(0)), "p 0,1,false");
+    void* trans = adapter.getTransaction("Control");
+    EXPECT_TRUE(adapter.postTransaction(trans));
+    adapter.clearConnectionRawTrans(trans);
+    EXPECT_EQ(adapter.getConnectionRawTransSize(trans), 0);
     adapter.callbackReference = nullptr;
     EXPECT_FALSE(adapter.updateTruncateStream(2, false));
     EXPECT_TRUE(fake::rows.empty());
 }
 
-// The forwards that no other test needs, by what the platform does.
+// Forwards that no other test needs, by what the platform does.
 TEST_F(Base, ForwardsMessagesStateAndParameters) {
     const char* params[] = {"1", "2"};
     EXPECT_EQ(
@@ -135,40 +139,6 @@ TEST_F(Base, ForwardsMessagesStateAndParameters) {
     EXPECT_TRUE(adapter.hasError());
     adapter.clearConnectionErrors(adapter.connectionErrors);
     EXPECT_FALSE(adapter.hasError());
-}
-
-TEST_F(Base, ForwardsPoolsTransactionsAndPermutations) {
-    void* pool = adapter.createConnectionRowPool("RowByOrder");
-    void* row = adapter.allocPool(pool);
-    EXPECT_TRUE(adapter.setFieldAsStringWithIndex(row, 0, "x"));
-    adapter.setStreamName(row, "Out");
-    void* trans = adapter.createConnectionRawTrans();
-    adapter.pushBackConnectionRawTrans(trans, adapter.toRow(row, 9, nullptr));
-    EXPECT_TRUE(adapter.postTransaction(trans));
-    adapter.clearConnectionRawTrans(trans);
-    EXPECT_EQ(adapter.getConnectionRawTransSize(trans), 0);
-    EXPECT_EQ(adapter.getConnectionRawTransSize(adapter.getTransaction("Out")), 1);
-    adapter.deleteConnectionRawTrans(trans);
-
-    void* order = adapter.createConnectionPermutation();
-    const char* names[] = {"a", "b", "c"};
-    const int indexes[] = {2, 0, 1};
-    adapter.setExternalOrder(order, 3, names);
-    adapter.setPermutation(order, 3, indexes);
-    EXPECT_STREQ(adapter.getColumnNameFromExtOrder(order, 2), "c");
-    EXPECT_EQ(
-        (std::vector{adapter.plat2extWithFieldName(order, "b"), adapter.ext2platWithFieldName(order, "c"), adapter.getExtOrderSize(order),
-                     adapter.getExtOrder(order, 0), adapter.plat2extWithFieldNum(order, 1), adapter.ext2platWithIndex(order, 2)}),
-        (std::vector{1, 2, 3, 2, 0, 1}));
-    adapter.setPermutation(order, row);
-    EXPECT_EQ(adapter.getExtOrderSize(order), 1);
-    adapter.clearConnectionPermutation(order);
-    EXPECT_EQ(adapter.getColumnNameFromExtOrder(order, 1), nullptr);
-    EXPECT_TRUE(adapter.prepareOrder(order, adapter.connectionRowType));
-    EXPECT_STREQ(adapter.getColumnNameFromExtOrder(order, 1), "Price");
-    adapter.deleteConnectionPermutation(order);
-    adapter.freePool(pool, row);
-    adapter.deleteConnectionRowPool(pool);
 }
 
 }  // namespace

@@ -20,8 +20,8 @@ struct MethodId {
 
 void fault(const std::string& text) { jvm->faults.push_back(text); }
 
-void enter(const char* function) {
-    if (jvm->pending) fault(std::string(function) + " with an exception pending");
+void enter() {
+    if (jvm->pending) fault("a call with an exception pending");
 }
 
 jobject newReference(std::map<jobject, Value>& table, const Value& value) {
@@ -79,8 +79,8 @@ jmethodID getMethodId(JNIEnv*, jclass type, const char* name, const char* signat
     return finds(name) ? reinterpret_cast<jmethodID>(&id) : nullptr;
 }
 
-Answer call(const char* function, jobject object, jmethodID method, va_list arguments) {
-    enter(function);
+Answer call(jobject object, jmethodID method, va_list arguments) {
+    enter();
     const auto* id = reinterpret_cast<MethodId*>(method);
     if (!valueOf(object) || id == nullptr) return fault("a call on null, or of a method that is not there"), Answer{};
     jvm->calls.push_back(id->name + "(" + shownArguments(id->signature, arguments) + ")");
@@ -91,50 +91,50 @@ Answer call(const char* function, jobject object, jmethodID method, va_list argu
     return answer.throws ? Answer{nullptr, JNI_FALSE, true} : answer;
 }
 
-jobject newArray(const char* function, jsize length) {
-    enter(function);
+jobject newArray(jsize length) {
+    enter();
     ++jvm->lookUps;
     return local(array(std::vector<Value>(static_cast<size_t>(length))));
 }
 
 // Where an element stands; for one that is out of range, somewhere else.
-Value& elementOf(jobject array, jsize index, const char* function) {
+Value& elementOf(jobject array, jsize index) {
     static Value none;
-    enter(function);
+    enter();
     auto& elements = valueOf(array)->elements;
     if (index >= 0 && index < std::ssize(elements)) return elements[static_cast<size_t>(index)];
-    return fault(std::string(function) + " out of range"), none;
+    return fault("an index out of range"), none;
 }
 
 JNINativeInterface_ nativeTable() {
     JNINativeInterface_ table{};
     table.FindClass = [](JNIEnv*, const char* name) {
-        enter("FindClass");
+        enter();
         return static_cast<jclass>(finds(name) ? local(string(name)) : nullptr);
     };
     table.GetMethodID = getMethodId;
     table.NewObjectV = [](JNIEnv*, jclass type, jmethodID constructor, va_list arguments) {
-        return call("NewObject", type, constructor, arguments).throws ? nullptr : local(string("object"));
+        return call(type, constructor, arguments).throws ? nullptr : local(string("object"));
     };
     table.CallObjectMethodV = [](JNIEnv*, jobject object, jmethodID method, va_list arguments) {
-        const Answer answer = call("CallObjectMethod", object, method, arguments);
+        const Answer answer = call(object, method, arguments);
         // A void method called for an object leaves a word that is no reference.
         const bool isVoid = reinterpret_cast<MethodId*>(method)->signature.back() == 'V';
         return isVoid ? reinterpret_cast<jobject>(uintptr_t{answer.object != nullptr}) : local(answer.object);
     };
     table.CallBooleanMethodV = [](JNIEnv*, jobject object, jmethodID method, va_list arguments) {
-        return call("CallBooleanMethod", object, method, arguments).flag;
+        return call(object, method, arguments).flag;
     };
     table.NewGlobalRef = [](JNIEnv*, jobject object) { return newReference(jvm->globals, valueOf(object)); };
     table.DeleteGlobalRef = [](JNIEnv*, jobject object) { drop(jvm->globals, object); };
     table.DeleteLocalRef = [](JNIEnv*, jobject object) { drop(jvm->locals, object); };
     table.NewStringUTF = [](JNIEnv*, const char* text) {
-        enter("NewStringUTF");
+        enter();
         ++jvm->lookUps;
         return static_cast<jstring>(local(string(text)));
     };
     table.GetStringUTFChars = [](JNIEnv*, jstring text, jboolean*) -> const char* {
-        enter("GetStringUTFChars");
+        enter();
         ++jvm->chars;
         return strdup(valueOf(text)->text.c_str());
     };
@@ -144,22 +144,18 @@ JNINativeInterface_ nativeTable() {
         free(const_cast<char*>(chars));
     };
     table.GetArrayLength = [](JNIEnv*, jarray array) {
-        enter("GetArrayLength");
+        enter();
         return static_cast<jsize>(valueOf(array)->elements.size());
     };
     table.NewObjectArray = [](JNIEnv*, jsize length, jclass type, jobject) {
         valueOf(type);
-        return static_cast<jobjectArray>(newArray("NewObjectArray", length));
+        return static_cast<jobjectArray>(newArray(length));
     };
-    table.NewIntArray = [](JNIEnv*, jsize length) { return static_cast<jintArray>(newArray("NewIntArray", length)); };
-    table.GetObjectArrayElement = [](JNIEnv*, jobjectArray array, jsize index) {
-        return local(elementOf(array, index, "GetObjectArrayElement"));
-    };
-    table.SetObjectArrayElement = [](JNIEnv*, jobjectArray array, jsize index, jobject value) {
-        elementOf(array, index, "SetObjectArrayElement") = valueOf(value);
-    };
+    table.NewIntArray = [](JNIEnv*, jsize length) { return static_cast<jintArray>(newArray(length)); };
+    table.GetObjectArrayElement = [](JNIEnv*, jobjectArray array, jsize index) { return local(elementOf(array, index)); };
+    table.SetObjectArrayElement = [](JNIEnv*, jobjectArray array, jsize index, jobject value) { elementOf(array, index) = valueOf(value); };
     table.SetIntArrayRegion = [](JNIEnv*, jintArray array, jsize start, jsize length, const jint* from) {
-        for (jsize i = 0; i < length; ++i) elementOf(array, start + i, "SetIntArrayRegion") = string(std::to_string(from[i]));
+        for (jsize i = 0; i < length; ++i) elementOf(array, start + i) = string(std::to_string(from[i]));
     };
     table.ExceptionOccurred = [](JNIEnv*) { return static_cast<jthrowable>(jvm->pending ? local(string("thrown")) : nullptr); };
     table.ExceptionDescribe = [](JNIEnv*) { jvm->calls.emplace_back("ExceptionDescribe"); };

@@ -19,15 +19,14 @@ protected:
         std::vector<fake::Value> found;
         const bool isArray = format == "OBJECTARRAY" || format == "CUSTOM";
         for (std::string message : messages) {
+            if (format == "FIX") std::replace(message.begin(), message.end(), '|', '\1');
             std::vector<fake::Value> elements;
             std::stringstream parts(message);
-            for (std::string part; isArray && std::getline(parts, part, '|');) elements.push_back(fake::string(part));
-            if (format == "FIX") std::replace(message.begin(), message.end(), '|', '\1');
+            for (std::string part; std::getline(parts, part, '|');) elements.push_back(fake::string(part));
             found.push_back(isArray ? fake::array(elements) : fake::string(message));
         }
-        for (const char* method : {"browseTextMessages", "browseObjectArrayMessages", "browseCustomMessages"}) {
-            jvm.answer(method, {fake::array(found)});
-        }
+        for (const char* kind : {"Text", "ObjectArray", "Custom"})
+            jvm.answer(std::string("browse") + kind + "Messages", {fake::array(found)});
     }
 
     // "name type, name type" of the proposed columns.
