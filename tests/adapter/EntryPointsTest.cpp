@@ -121,18 +121,14 @@ TEST_F(EntryPoints, ReadTheAdaptersFields) {
 }
 
 TEST_F(EntryPoints, ReachTheirOperations) {
-    start(handle);
+    for (const auto& operate : {start, putStartSync, putEndSync, purgePending, cleanup}) operate(handle);
     putNext(handle, &adapter);
-    putStartSync(handle);
-    putEndSync(handle);
-    purgePending(handle);
-    cleanup(handle);
     const char* names[] = {"n"};
     const char* types[] = {"y"};
     const bool keys[] = {true};
     EXPECT_EQ(createTable(handle, "s", "t", 7, names, types, keys, true, false), 0);
     EXPECT_EQ(createTable(handle, "s", "t", 7, names, types, keys, false, true), 1);
-    EXPECT_EQ(adapter.called, "start putNext putStartSync putEndSync purgePending cleanup st7nyk1st7nyk");
+    EXPECT_EQ(adapter.called, "start putStartSync putEndSync purgePending cleanup putNext st7nyk1st7nyk");
     AdapterStatistics statistics;
     getStatistics(handle, &statistics);
     EXPECT_EQ(statistics.values["name"], "value");

@@ -19,10 +19,7 @@ protected:
 };
 
 TEST_F(FixCodec, Split) {
-    const struct {
-        const char *text, *delimiter;
-        Texts parts;
-    } kRows[] = {
+    const std::tuple<const char*, const char*, Texts> kRows[] = {
         {"35=D", "=", {"35", "D"}},        {"58=", "=", {"58", ""}},  {"=x", "=", {"", "x"}}, {"abc", "=", {"abc"}},  {"", "=", {"", ""}},
         {"58=a=b", "=", {"58", "a", "b"}}, {"==", "=", {"", "", ""}}, {"", "ab", {""}},       {"x", "ab", {"x", ""}}, {"xy", "ab", {"xy"}},
         {"1ab2ab", "ab", {"1", "2", ""}},  {"abc", "", {"abc"}},      {"", "", {"", ""}},

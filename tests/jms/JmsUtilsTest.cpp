@@ -44,9 +44,6 @@ protected:
         jvm.takeCalls();
         jvm.lookUps = 0;
     }
-    void answerAll(const Texts& methods, const fake::Answer& answer) {
-        for (const std::string& method : methods) jvm.answer(method, answer);
-    }
 };
 
 TEST_F(Bridge, NeedsAJvmAndAThreadThatAttaches) {
@@ -91,11 +88,8 @@ TEST_F(Bridge, HandsInTheColumns) {
 }
 
 TEST_F(Bridge, FailsToInitWithoutLeftovers) {
-    const struct {
-        const char *missing, *method;
-        fake::Answer answer;
-        bool hasConnector;  // new, or without a class of connectors still that of before
-    } kRows[] = {
+    // With a connector afterwards: a new one, or without a class of connectors still that of before.
+    const std::tuple<std::string, std::string, fake::Answer, bool> kRows[] = {
         {"com/morvex/kel/connectors/JmsConnector", "", {}, true},
         {"<init>", "", {}, false},
         {"", "<init>", kThrows, false},
@@ -105,18 +99,18 @@ TEST_F(Bridge, FailsToInitWithoutLeftovers) {
         {"receiveCustomMessage", "", {}, true},
         {"connectForInput", "", {}, true},
     };
-    for (const auto& failure : kRows) {
-        SCOPED_TRACE(failure.missing + std::string(failure.method));
+    for (const auto& [missing, method, answer, hasConnector] : kRows) {
+        SCOPED_TRACE(missing + method);
         start();
-        jvm.missing = failure.missing;
-        jvm.answer(failure.method, failure.answer);
+        jvm.missing = missing;
+        jvm.answer(method, answer);
         EXPECT_FALSE(init());
-        EXPECT_EQ(jvm.leftOver(failure.hasConnector), "");
+        EXPECT_EQ(jvm.leftOver(hasConnector), "");
         std::string text;
         jvm.takeCalls();
         jvm.answer("receiveTextMessage", {fake::string("the ids are there")});
-        EXPECT_EQ(jms.receiveTextMessage(text), failure.hasConnector);
-        EXPECT_EQ(jvm.takeCalls().size(), failure.hasConnector);
+        EXPECT_EQ(jms.receiveTextMessage(text), hasConnector);
+        EXPECT_EQ(jvm.takeCalls().size(), hasConnector);
         jvm.missing = "";
         jvm.script.clear();
     }
@@ -187,12 +181,7 @@ TEST_F(Bridge, ReceivesText) {
 TEST_F(Bridge, LaysArraysIntoTheRow) {
     start();
     const std::optional<std::string> null;
-    const struct {
-        const char* call;
-        std::vector<std::optional<std::string>> message;
-        bool received;
-        const char* row;  // the row had the opcode 'o' before
-    } kRows[] = {
+    const std::tuple<std::string, std::vector<std::optional<std::string>>, bool, const char*> kRows[] = {
         {"receiveObjectArrayMessage(false)", {"IBM", null, ""}, true, "o IBM,null,"},
         {"receiveObjectArrayMessage(false)", {}, true, "o"},
         {"receiveObjectArrayMessage(true)", {"Trades", "insert", "IBM", null}, true, "i IBM,null"},
@@ -210,22 +199,21 @@ TEST_F(Bridge, LaysArraysIntoTheRow) {
         {"receiveCustomMessage()", {"Trades"}, false, "o"},
         {"receiveCustomMessage()", {}, false, "o"},
     };
-    const Texts kMethods = {"receiveObjectArrayMessage", "receiveCustomMessage"};
-    for (const auto& expected : kRows) {
-        const std::string call = expected.call;
-        SCOPED_TRACE(call + " " + expected.row);
+    for (const auto& [call, message, received, fields] : kRows) {
+        SCOPED_TRACE(call + " " + fields);
         adapter.clearData(row);
         adapter.setOp(row, 'o');
-        answerAll(kMethods, {fake::array(expected.message)});
-        EXPECT_EQ(call == "receiveCustomMessage()" ? jms.receiveCustomMessage("Trades", row)
-                                                   : jms.receiveObjectArrayMessage("Trades", row, call.ends_with("(true)")),
-                  expected.received);
-        EXPECT_EQ(fake::show(row), expected.row);
-        EXPECT_EQ(jvm.takeCalls(), Texts{call});
-    }
-    for (const fake::Answer& failure : {kNull, kThrows}) {
-        answerAll(kMethods, failure);
-        EXPECT_FALSE(jms.receiveObjectArrayMessage("Trades", row, true) || jms.receiveCustomMessage("Trades", row));
+        const bool isCustom = call == "receiveCustomMessage()";
+        const auto receive = [&, prefixed = call.ends_with("(true)")] {
+            return isCustom ? jms.receiveCustomMessage("Trades", row) : jms.receiveObjectArrayMessage("Trades", row, prefixed);
+        };
+        for (const fake::Answer& answer : {kNull, kThrows, fake::Answer{fake::array(message)}}) {
+            jvm.takeCalls();
+            jvm.answer(call.substr(0, call.find('(')), answer);
+            EXPECT_EQ(receive(), received && answer.object);
+        }
+        EXPECT_EQ(fake::show(row), fields);
+        EXPECT_EQ(jvm.calls, Texts{call});
     }
     EXPECT_EQ(jvm.lookUps, 0);  // this is the hot path
 }

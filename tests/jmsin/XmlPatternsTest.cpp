@@ -4,6 +4,7 @@
 #include <pthread.h>
 
 #include <ctime>
+#include <functional>
 #include <memory>
 #include <random>
 
@@ -66,22 +67,28 @@ TEST(XmlPatterns, TextsBeyondTheLimitsGiveTheSameGroups) {
     }
 }
 
-}  // namespace
+#if defined(__SANITIZE_ADDRESS__)
+constexpr std::clock_t kMostSeconds = 20;
+#else
+constexpr std::clock_t kMostSeconds = 1;
+#endif
+
+using HostileXml = AdapterFixture;
 
 // Whole messages of hostile shapes, in a thread with a small stack: an outcome soon, whatever the size.
-class HostileXml : public AdapterFixture {
-public:
-    bool parse(std::string text) {
+TEST_F(HostileXml, EndsSoonInBoundedStack) {
+    start("XML", {{"matchStreamName", "0"}});
+    const auto parse = [this](std::string text) {
         const std::clock_t started = std::clock();  // of the processor: a busy machine does not count
         const bool parsed = adapter.parseXmlMessage(text, nullptr);
         EXPECT_LT(std::clock() - started, kMostSeconds * CLOCKS_PER_SEC);
         return parsed;
-    }
-    static std::string repeated(std::string text, const std::string& shape, size_t size) {
+    };
+    const auto repeated = [](std::string text, const std::string& shape, size_t size) {
         while (text.size() < size) text += shape;
         return text;
-    }
-    void parseAll() {
+    };
+    std::function<void()> parseAll = [&] {
         for (const size_t size : {size_t{1000}, size_t{2000}, size_t{8} << 20}) {
             for (const char* shape : {"<", "<a", " ", "<a ", "a=\"", "<a b=\"", "\n<a\n", "<a/\n", "<a\n/>", "<a \n"}) {
                 for (const char* begin : {"", "<a", "  <a  "}) {
@@ -95,22 +102,15 @@ public:
             EXPECT_TRUE(parse(repeated("<T A=\"", "x", size) + "\"/>"));
             EXPECT_FALSE(parse(repeated("<T A=\"", "x", size) + "/>"));
         }
-    }
-#if defined(__SANITIZE_ADDRESS__)
-    static constexpr std::clock_t kMostSeconds = 20;
-#else
-    static constexpr std::clock_t kMostSeconds = 1;
-#endif
-};
-
-TEST_F(HostileXml, EndsSoonInBoundedStack) {
-    start("XML", {{"matchStreamName", "0"}});
+    };
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
     pthread_attr_setstacksize(&attributes, 256 * 1024);
     pthread_t thread;
-    const auto run = [](void* self) -> void* { return static_cast<HostileXml*>(self)->parseAll(), nullptr; };
-    ASSERT_EQ(pthread_create(&thread, &attributes, run, this), 0);
+    const auto run = [](void* work) -> void* { return (*static_cast<std::function<void()>*>(work))(), nullptr; };
+    ASSERT_EQ(pthread_create(&thread, &attributes, run, &parseAll), 0);
     pthread_join(thread, nullptr);
     pthread_attr_destroy(&attributes);
 }
+
+}  // namespace
