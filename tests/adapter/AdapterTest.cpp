@@ -63,7 +63,8 @@ TEST_F(Base, RefusesDiscoveryAndTables) {
 }
 
 TEST_F(Base, ValidatesDatetimeFormats) {
-    for (const char* valid : {"%x", "%Y-%m-%d %H:%M:%S", "%d%%", "%Y%%", "%a", "%A%b%B%c%j%m", "%U", "%w%W", "%y", "%d trailing text"})
+    for (const char* valid :
+         {"%x", "%Y-%m-%d %H:%M:%S %I%p%X", "%d%%", "%Y%%", "%a", "%A%b%B%c%j%m", "%U", "%w%W", "%y", "%d trailing text"})
         EXPECT_TRUE(adapter.validateDatetimeFormat(valid)) << valid;
     for (const char* invalid : {"", "YYYY", "%%", "%H:%M", "%S%X%p%I", "%Y-%q", "%Y %", "%d%z", "%e"})
         EXPECT_FALSE(adapter.validateDatetimeFormat(invalid)) << invalid;

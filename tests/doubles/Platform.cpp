@@ -40,8 +40,6 @@ void Platform::useStrings(Adapter& adapter, const Texts& names) {
     useColumns(adapter, columns);
 }
 
-Texts Platform::takeLogs() { return std::exchange(logs, {}); }
-
 std::string show(void* row) {
     std::string text = {getOp(row) != '\0' ? getOp(row) : '-', ' '};
     const auto shown = [](const char* value) { return std::string(value != nullptr ? value : "null") + ","; };

@@ -5,6 +5,7 @@
 #include <list>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "adapter/Adapter.h"
@@ -27,12 +28,11 @@ struct Platform {
     void useColumns(Adapter& adapter, std::vector<host::Column> columns);
     void useStrings(Adapter& adapter, const Texts& names);  // columns of strings
 
-    Texts takeLogs();  // since the last time, each behind its level and a space
-
     host::Context context;
     host::Parameters params;
     Texts errors;
-    Texts logs;
+    Texts logs;  // each behind its level and a space
+    Texts takeLogs() { return std::exchange(logs, {}); }
 
 private:
     std::list<host::RowType> types_;

@@ -50,16 +50,17 @@ TEST_F(Configuration, KnowsFiveFormats) {
 TEST_F(Configuration, ResetHandsTheParametersOn) {
     const Params kMore = {{"connectionFactory", "CF"}, {"destinationType", "TOPIC"}, {"destinationName", "T"},
                           {"clientID", "id"},          {"subscriptionName", "sub"},  {"converterParam", "p"}};
-    platform.params = params("XML", kMore);
-    ASSERT_TRUE(adapter.reset());
-    // Client ID and subscription name are for durable subscriptions only.
-    EXPECT_EQ(jvm.takeCalls(), (Texts{"AttachCurrentThread", "<init>(CF,TOPIC,T,false,[5 5],[Symbol Price],[null null],ctx,url,,)",
-                                      "connectForInput(true)"}));
     platform.params = params("CUSTOM", durable(kMore));
     adapter.discoveryMode = true;
     ASSERT_TRUE(adapter.reset());
     EXPECT_EQ(jvm.takeCalls(), (Texts{"AttachCurrentThread", "<init>(CF,TOPIC,T,true,null,null,null,ctx,url,id,sub)",
                                       "connectForInput(false)", "initInConverter(Conv,p)"}));
+    // Client ID and subscription name are for durable subscriptions only.
+    platform.params = params("XML", kMore);
+    adapter.discoveryMode = false;
+    ASSERT_TRUE(adapter.reset());
+    EXPECT_EQ(jvm.takeCalls(), (Texts{"AttachCurrentThread", "<init>(CF,TOPIC,T,false,[5 5],[Symbol Price],[null null],ctx,url,,)",
+                                      "connectForInput(true)"}));
 }
 
 TEST_F(Configuration, ResetFailsWhereItsStepsFail) {
@@ -76,6 +77,9 @@ TEST_F(Configuration, ResetFailsWhereItsStepsFail) {
 TEST_F(Configuration, FlagsAreTrueUnlessZeroOrNoNumber) {
     for (const auto& [value, expected] :
          std::map<std::string, bool>{{"1", true}, {"2", true}, {"0", false}, {"true", false}, {"", false}}) {
+        start("OBJECTARRAY", {{"expectStreamNameOpcode", value}});
+        adapter.getNext();
+        EXPECT_EQ(jvm.calls.back(), expected ? "receiveObjectArrayMessage(true)" : "receiveObjectArrayMessage(false)") << value;
         start("CSV", {{"expectStreamNameOpcode", value}});
         nextText("Trades,u");
         EXPECT_EQ(next(), expected ? "u null,null 1 1 0" : "i Trades,u 1 1 0") << value;

@@ -18,7 +18,6 @@ TEST_F(TextParsing, Csv) {
         const char* row;
         std::string error = "";
     } kRows[] = {
-        {",", true, "Trades,p,IBM,100,25.5", true, "p IBM,100,25.5"},
         {",", true, "Trades,p,IBM,,25.5", true, "p IBM,null,25.5"},
         {",", true, "Trades,p,IBM,", true, "p IBM,null"},
         {",", true, "Trades,upsert,IBM", true, "u IBM"},
@@ -30,7 +29,6 @@ TEST_F(TextParsing, Csv) {
         {",", true, ",p,IBM", false, "-", kNoName},
         {",", true, "Quotes,p,IBM", false, "-"},
         {",", true, "trades,p,IBM", false, "-"},
-        {",", true, "Trades ,p,IBM", false, "-"},
         {"|", false, "IBM|100", true, "- IBM,100"},
         {",", false, "a,,", true, "- a,null,null"},
         {",", false, ",", true, "- null,null"},
