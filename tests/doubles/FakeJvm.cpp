@@ -3,7 +3,6 @@
 #include <cstdarg>
 #include <cstdlib>
 #include <cstring>
-#include <utility>
 
 #include "toolkit/kel_java_native.h"
 
@@ -195,10 +194,6 @@ Jvm::Jvm() {
 }
 
 Jvm::~Jvm() { _globaljvm = nullptr; }
-
-void Jvm::answer(const std::string& method, const Answer& what) { script[method] = {what}; }
-
-std::vector<std::string> Jvm::takeCalls() { return std::exchange(calls, {}); }
 
 std::string Jvm::leftOver(size_t globalCount) {
     std::string text;

@@ -10,6 +10,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace fake {
@@ -48,8 +49,8 @@ struct Jvm {
     bool attaches = true;
     std::string missing;  // a class or method that is not there
 
-    void answer(const std::string& method, const Answer& what);  // from now on
-    std::vector<std::string> takeCalls();
+    void answer(const std::string& method, const Answer& what) { script[method] = {what}; }  // from now on
+    std::vector<std::string> takeCalls() { return std::exchange(calls, {}); }
 
     // "" when nothing is left over: no local reference, no buffer, no exception, no fault; `globals` of them.
     std::string leftOver(size_t globalCount);

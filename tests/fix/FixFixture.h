@@ -47,8 +47,7 @@ protected:
 
     // The entry of the operation, and at most one error.
     void expectLogs(const std::string& operation, const std::string& error) {
-        Texts expected = {"7 NewFixUtils::" + operation + "()"};
-        if (!error.empty()) expected.push_back("3 " + error);
-        EXPECT_EQ(platform.takeLogs(), expected);
+        const std::string entry = "7 NewFixUtils::" + operation + "()";
+        EXPECT_EQ(platform.takeLogs(), error.empty() ? Texts{entry} : (Texts{entry, "3 " + error}));
     }
 };

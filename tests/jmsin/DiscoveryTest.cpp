@@ -49,9 +49,9 @@ TEST_F(Discovery, Proposes) {
     } kRows[] = {
         // Prefixes are columns like any other; a shorter sample shows no field of the one before.
         {"CSV",
-         {"T,i,1,", "T,i,2.5", "T,i,3000000000,x,2020-01-02T03:04:05"},
-         "column_0 string,column_1 string,column_2 float,column_3 string,column_4 date,",
-         {{"T", "i", "1", ""}, {"T", "i", "2.5"}, {"T", "i", "3000000000", "x", "2020-01-02T03:04:05"}}},
+         {"T,i,1,", "T,i,2.5", "T,i,3000000000,x,2020-01-02T03:04:05.5,2.1.2020"},
+         "column_0 string,column_1 string,column_2 float,column_3 string,column_4 timestamp,column_5 date,",
+         {{"T", "i", "1", ""}, {"T", "i", "2.5"}, {"T", "i", "3000000000", "x", "2020-01-02T03:04:05.5", "2.1.2020"}}},
         {"CSV", {"1", "", "x"}, "column_0 integer,", {{"1"}}},
         {"CSV", {"", "x"}, "", {}},
         {"CSV", {}, "", {}},
@@ -72,12 +72,11 @@ TEST_F(Discovery, Proposes) {
          {kNoTag}},
         {"FIX", {}, "", {}},
     };
-    const char kFormat[] = "%Y-%m-%dT%H:%M:%S";
     setenv("KEL_HOME", KEL_SOURCE_DIR, 1);
     for (const auto& row : kRows) {
         SCOPED_TRACE(testing::Message() << row.format << " " << row.columns);
         browse(row.format, row.messages,
-               {{"matchStreamName", "0"}, {"fixVersion", "4.2"}, {"dateFormat", kFormat}, {"timestampFormat", kFormat}});
+               {{"matchStreamName", "0"}, {"fixVersion", "4.2"}, {"dateFormat", "%d.%m.%Y"}, {"timestampFormat", "%Y-%m-%dT%H:%M:%S"}});
         EXPECT_EQ(adapter.discover("any name"), row.format != "CSV" || !row.samples.empty());
         EXPECT_EQ(columns(), row.columns);
         EXPECT_EQ(adapter.sampleRows, row.samples);
