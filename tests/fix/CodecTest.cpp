@@ -41,7 +41,7 @@ TEST_F(FixCodec, ValidateChecksVersionThenType) {
         {{{"8", "FIX.4.2"}, {"35", "d"}}, false, ""},
         {{{"8", "FIX.4.2"}}, false, "Error: FIX message contains no message type tag"},
         {{{"35", "D"}}, false, "Error: FIX message contains no FIX version tag"},
-        {{{"8", "FIX.4.4"}}, false, kWrong + "4.4"},
+        {{{"8", "FIX.4.21"}}, false, kWrong + "4.21"},
         {{{"8", "FIXT.1.1"}, {"35", "D"}}, false, kWrong + ".1.1"},
         {{{"8", "FIX."}, {"35", "D"}}, false, kWrong},
     };
