@@ -37,7 +37,7 @@ TEST_F(FixCodec, ValidateChecksVersionThenType) {
     const std::tuple<Fields, bool, std::string> kRows[] = {
         {{{"8", "FIX.4.2"}, {"35", "D"}}, true, ""},
         {{{"8", "any!4.2"}, {"35", "D"}}, true, ""},
-        {{{"8", "FIX.4.2"}, {"35", "8"}}, false, ""},
+        {{{"8", "FIX.4.2"}, {"35", "DA"}}, false, ""},
         {{{"8", "FIX.4.2"}, {"35", "d"}}, false, ""},
         {{{"8", "FIX.4.2"}}, false, "Error: FIX message contains no message type tag"},
         {{{"35", "D"}}, false, "Error: FIX message contains no FIX version tag"},
