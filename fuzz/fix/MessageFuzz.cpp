@@ -9,8 +9,8 @@
 #include <stdexcept>
 
 #include "fix/NewFixUtils.h"
-#include "tests/doubles/FakeToolkit.h"
 #include "tests/doubles/IdleAdapter.h"
+#include "tests/doubles/Platform.h"
 
 namespace {
 
@@ -33,7 +33,7 @@ void require(bool holds, const char* what) {
 class Codec {
 public:
     Codec() {
-        adapter_.setConnectionRowType(fake::handle("type"));
+        platform_.serve(adapter_);
         setenv("KEL_HOME", KEL_SOURCE_DIR "/fuzz/fix", 1);
         for (NewFixUtils* one : {&direct_, &stepwise_}) {
             one->reset(&adapter_);
@@ -64,11 +64,13 @@ private:
     void chooseColumns(const std::string& message) {
         std::minstd_rand choice(std::accumulate(message.begin(), message.end(), 1u));
         chosen_.resize(choice() % 8);
-        fake::toolkit().columns.clear();
+        std::vector<host::Column> columns;
         for (size_t& column : chosen_) {
             column = choice() % std::size(kColumns);
-            fake::toolkit().columns.push_back({kColumns[column].first});
+            columns.push_back({kColumns[column].first, 5, false});
         }
+        type_ = std::make_unique<host::RowType>("Trades", columns);
+        adapter_.setConnectionRowType(type_.get());
     }
 
     Fields readPlainly(const std::string& message, Fields fields) const {
@@ -111,23 +113,25 @@ private:
         return kOutcomes[static_cast<int>(direct_.messageToRow(message, "D", row_))];
     }
 
-    // All that was said to the toolkit, the row, and the outcome or exception.
+    // All that was logged, the row, and the outcome or exception.
     template <typename Path>
     std::vector<std::string> trace(Path path) {
         clearData(row_);
-        fake::toolkit().takeCalls();
+        platform_.takeLogs();
         std::string outcome;
         try {
             outcome = path();
         } catch (const std::out_of_range& error) {
             outcome = error.what();
         }
-        std::vector<std::string> all = fake::toolkit().takeCalls();
-        all.push_back(fake::show(*fake::toolkit().row));
+        std::vector<std::string> all = platform_.takeLogs();
+        all.push_back(fake::show(row_));
         all.push_back(outcome);
         return all;
     }
 
+    fake::Platform platform_;
+    std::unique_ptr<host::RowType> type_;
     IdleAdapter adapter_;
     NewFixUtils direct_;
     NewFixUtils stepwise_;

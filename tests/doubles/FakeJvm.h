@@ -10,15 +10,14 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace fake {
 
 struct Object {
-    std::string type;  // "String", "Array", or a class's name
-    std::string text;
+    std::string text;  // of a string; of an array "["
     std::vector<std::shared_ptr<Object>> elements;
-    std::vector<int> numbers;
 };
 using Value = std::shared_ptr<Object>;
 
@@ -41,7 +40,7 @@ struct Jvm {
 
     std::map<std::string, std::deque<Answer>> script;  // by method; the last answer of a method stays
     std::vector<std::string> calls;                    // methods of the connector with their arguments, "AttachCurrentThread", ...
-    std::vector<std::string> lookUps;                  // "FindClass(...)", "GetMethodID(...)", and the strings and arrays made
+    int lookUps = 0;                                   // of classes and methods, and strings and arrays made
     std::vector<std::string> faults;
     std::map<jobject, Value> locals;
     std::map<jobject, Value> globals;
@@ -50,8 +49,8 @@ struct Jvm {
     bool attaches = true;
     std::string missing;  // a class or method that is not there
 
-    void answer(const std::string& method, const Answer& what);  // from now on
-    std::vector<std::string> takeCalls();
+    void answer(const std::string& method, const Answer& what) { script[method] = {what}; }  // from now on
+    std::vector<std::string> takeCalls() { return std::exchange(calls, {}); }
 
     // "" when nothing is left over: no local reference, no buffer, no exception, no fault; `globals` of them.
     std::string leftOver(size_t globalCount);

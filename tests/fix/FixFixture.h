@@ -1,4 +1,4 @@
-// The FIX helper over the fake toolkit, with the dictionaries of the source tree.
+// The FIX helper over the stand-in's platform library, with the dictionaries of the source tree.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -9,10 +9,10 @@
 #include <fstream>
 
 #include "fix/NewFixUtils.h"
-#include "tests/doubles/FakeToolkit.h"
 #include "tests/doubles/IdleAdapter.h"
+#include "tests/doubles/Platform.h"
 
-using Calls = std::vector<std::string>;
+using fake::Texts;
 
 // In texts of the tests "|" stands for the separator.
 inline std::string soh(std::string text) {
@@ -22,16 +22,14 @@ inline std::string soh(std::string text) {
 
 class FixFixture : public ::testing::Test {
 protected:
-    fake::Toolkit& toolkit = fake::fresh();
+    fake::Platform platform;
     IdleAdapter adapter;
     NewFixUtils fix;
     void* row = createConnectionRow("RowByOrder");
     const std::filesystem::path home = ::testing::TempDir() + "kel-fix-" + std::to_string(getpid());
 
     FixFixture() {
-        adapter.setCallbackReference(fake::handle("cb"));
-        adapter.setConnectionRowType(fake::handle("type"));
-        adapter.connectionErrors = fake::handle("errors");
+        platform.serve(adapter);
         setenv("KEL_HOME", KEL_SOURCE_DIR, 1);
         fix.reset(&adapter);
     }
@@ -47,22 +45,9 @@ protected:
         setenv("KEL_HOME", home.c_str(), 1);
     }
 
-    void useColumns(const std::vector<std::string>& names) {
-        toolkit.columns.clear();
-        for (const std::string& name : names) toolkit.columns.push_back({name});
-    }
-
-    // The texts logged since the last look, each behind its level and a space.
-    Calls logs() {
-        Calls texts = toolkit.takeCalls("logMessage");
-        for (std::string& text : texts) text = text.substr(14, 1) + " " + text.substr(16, text.size() - 17);  // logMessage(cb,7,text)
-        return texts;
-    }
-
     // The entry of the operation, and at most one error.
     void expectLogs(const std::string& operation, const std::string& error) {
-        Calls expected = {"7 NewFixUtils::" + operation + "()"};
-        if (!error.empty()) expected.push_back("3 " + error);
-        EXPECT_EQ(logs(), expected);
+        const std::string entry = "7 NewFixUtils::" + operation + "()";
+        EXPECT_EQ(platform.takeLogs(), error.empty() ? Texts{entry} : (Texts{entry, "3 " + error}));
     }
 };

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <thread>
+#include <utility>
 
 #include "tests/fix/FixFixture.h"
 
@@ -12,93 +13,76 @@ namespace {
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
-// A port of the loopback: taken by a bound socket, refusing until that listens.
-class Port {
-public:
-    Port() {
-        address_.sin_family = AF_INET;
-        address_.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t size = sizeof address_;
-        EXPECT_EQ(bind(socket_, reinterpret_cast<sockaddr*>(&address_), size), 0);
-        EXPECT_EQ(getsockname(socket_, reinterpret_cast<sockaddr*>(&address_), &size), 0);
-    }
-    ~Port() { close(socket_); }
-    Port(const Port&) = delete;
-    Port& operator=(const Port&) = delete;
-
-    void listen() { EXPECT_EQ(::listen(socket_, 1), 0); }
-    int accept() { return ::accept(socket_, nullptr, nullptr); }
-    int number() const { return ntohs(address_.sin_port); }
-
-private:
-    int socket_ = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address_{};
-};
-
 ptrdiff_t openDescriptors() { return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}); }
 
 class FixSocket : public FixFixture {
 protected:
-    Port port;
+    int server = ::socket(AF_INET, SOCK_STREAM, 0);  // has a port of the loopback, which refuses until it listens
+    int port = 0;
     int socket = 99;
     sockaddr_in address{};
 
+    FixSocket() {
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t size = sizeof address;
+        EXPECT_EQ(bind(server, reinterpret_cast<sockaddr*>(&address), size), 0);
+        EXPECT_EQ(getsockname(server, reinterpret_cast<sockaddr*>(&address), &size), 0);
+        port = ntohs(std::exchange(address, {}).sin_port);
+        refusal += std::to_string(port);
+    }
+    ~FixSocket() override { close(server); }
+
     bool open(int interval, int attempts, const char* host = "127.0.0.1") {
-        return fix.openSocketSource(socket, address, host, port.number(), interval, attempts);
+        return fix.openSocketSource(socket, address, host, port, interval, attempts);
     }
 
-    // What opening logs that fails twice, at intervals of a second.
-    Calls twoFailures(const std::string& limit) const {
-        Calls expected = {"7 NewFixUtils::openSocketSource()"};
-        for (const std::string attempt : {"1", "2"})
-            expected.insert(expected.end(), {kConnect, refusal, "4 Will try again to connect in 1 seconds",
-                                             "6 Connection attempt " + attempt + " out of " + limit});
-        return expected;
-    }
-    const std::string refusal = "4 Cannot connect to FIX host: 127.0.0.1:" + std::to_string(port.number());
+    std::string refusal = "4 Cannot connect to FIX host: 127.0.0.1:";
     const std::string kConnect = "7 NewFixUtils::connectToSocketSource()", kClose = "7 NewFixUtils::closeSocketConnection()";
 };
 
 TEST_F(FixSocket, ConnectsAndCloses) {
-    port.listen();
+    listen(server, 1);
     ASSERT_TRUE(open(0, 5, "localhost"));
-    const int accepted = port.accept();
+    const int accepted = accept(server, nullptr, nullptr);
     char read[16];
-    EXPECT_EQ(write(accepted, "8=FIX", 5), 5);
-    EXPECT_EQ(::read(socket, read, sizeof read), 5);
-    EXPECT_EQ(ntohs(address.sin_port), port.number());
+    EXPECT_EQ(ntohs(address.sin_port), port);
     EXPECT_TRUE(fix.closeSocketConnection(socket));
     EXPECT_EQ(socket, -1);
     EXPECT_EQ(::read(accepted, read, sizeof read), 0);
     close(accepted);
-    EXPECT_EQ(logs(), (Calls{kConnect, kClose}));
+    EXPECT_EQ(platform.takeLogs(), (Texts{kConnect, kClose}));
 }
 
 TEST_F(FixSocket, AHostThatIsUnknownOrRefuses) {
     EXPECT_FALSE(open(1, 0, "no-such-host.invalid"));
-    EXPECT_TRUE(logs().empty());
+    EXPECT_TRUE(platform.takeLogs().empty());
     const auto before = openDescriptors();
     EXPECT_FALSE(open(0, 5));
     EXPECT_EQ(socket, -1);
-    EXPECT_EQ(logs(), (Calls{kConnect, refusal}));
+    EXPECT_EQ(platform.takeLogs(), (Texts{kConnect, refusal}));
     const auto start = Clock::now();
     EXPECT_FALSE(open(1, 2));
     EXPECT_GE(Clock::now() - start, 2s);
-    EXPECT_EQ(logs(), twoFailures("2"));
-    EXPECT_EQ(toolkit.errors, (Calls{"Unknown FIX host: no-such-host.invalid", "Cannot connect to FIX host"}));  // none without an interval
+    const std::string again = "4 Will try again to connect in 1 seconds";
+    EXPECT_EQ(platform.takeLogs(), (Texts{"7 NewFixUtils::openSocketSource()", kConnect, refusal, again, "6 Connection attempt 1 out of 2",
+                                          kConnect, refusal, again, "6 Connection attempt 2 out of 2"}));
+    // None without an interval.
+    EXPECT_EQ(platform.errors, (Texts{"Unknown FIX host: no-such-host.invalid", "Cannot connect to FIX host"}));
     EXPECT_EQ(openDescriptors(), before);
 }
 
 TEST_F(FixSocket, AHostThatAppearsAfterTheSecondAttempt) {
     std::jthread host([this] {
         std::this_thread::sleep_for(1500ms);
-        port.listen();
+        listen(server, 1);
     });
     EXPECT_TRUE(open(1, 0));  // no limit
     fix.closeSocketConnection(socket);
-    Calls expected = twoFailures("268435455");
-    expected.insert(expected.end(), {kConnect, "6 Connected to FIX host: 127.0.0.1", kClose});
-    EXPECT_EQ(logs(), expected);
+    Texts logs = platform.takeLogs();
+    EXPECT_EQ(logs.size(), 1 + 2 * 4 + 3U);
+    logs.erase(logs.begin(), logs.end() - 4);
+    EXPECT_EQ(logs, (Texts{"6 Connection attempt 2 out of 268435455", kConnect, "6 Connected to FIX host: 127.0.0.1", kClose}));
 }
 
 TEST_F(FixSocket, TheExitFlagEndsTheWait) {
@@ -109,13 +93,13 @@ TEST_F(FixSocket, TheExitFlagEndsTheWait) {
         fix.setExitRequested(true);
     });
     EXPECT_FALSE(open(60, -3));
-    EXPECT_EQ(logs().back(), "4 Stopping reconnection attempts");
+    EXPECT_EQ(platform.takeLogs().back(), "4 Stopping reconnection attempts");
     stopper.join();
     // It stays set, and is looked at before every step of a wait; without an interval there is none.
     EXPECT_FALSE(open(60, 0));
     EXPECT_LT(Clock::now() - start, 2s);
-    EXPECT_FALSE(fix.reconnectToSocketSource(socket, address, "h", port.number(), 0, 1));
-    EXPECT_EQ(logs().back(), "6 Connection attempt 1 out of 1");
+    EXPECT_FALSE(fix.reconnectToSocketSource(socket, address, "h", port, 0, 1));
+    EXPECT_EQ(platform.takeLogs().back(), "6 Connection attempt 1 out of 1");
     fix.setExitRequested(false);
     EXPECT_FALSE(fix.isExitRequested());
 }

@@ -7,37 +7,43 @@
 #include <functional>
 
 #include "tests/doubles/FakeJvm.h"
-#include "tests/doubles/FakeToolkit.h"
 #include "tests/doubles/IdleAdapter.h"
+#include "tests/doubles/Platform.h"
 #include "toolkit/kel_java_native.h"
 
 namespace {
 
-using Calls = std::vector<std::string>;
-using Optional = std::optional<std::string>;
+using fake::Texts;
 
-const fake::Answer kNull{nullptr, JNI_TRUE, false}, kFalse{nullptr, JNI_FALSE, false}, kTwo{nullptr, 2, false},
-    kThrows{nullptr, JNI_TRUE, true};
-
-fake::Answer answering(const fake::Value& value) { return {value, JNI_TRUE, false}; }
+const fake::Answer kNull{nullptr}, kFalse{nullptr, JNI_FALSE}, kTwo{nullptr, 2}, kThrows{nullptr, JNI_TRUE, true};
 
 class Bridge : public ::testing::Test {
 protected:
-    fake::Toolkit& toolkit = fake::fresh();
+    fake::Platform platform;
     fake::Jvm jvm;
     IdleAdapter adapter;
     JmsUtils jms;
     std::map<std::string, std::string> columnMap;
+    void* row = createConnectionRow("RowByOrder");
 
-    Bridge() { jms.reset(&adapter); }
+    Bridge() {
+        platform.serve(adapter);
+        jms.reset(&adapter);
+    }
     ~Bridge() override {
-        if (toolkit.row != nullptr) adapter.deleteConnectionRow(toolkit.row);
+        deleteConnectionRow(row);
+        EXPECT_EQ(jvm.leftOver(jms.connector != nullptr ? 1 : 0), "");
     }
 
     bool init(bool forInput = true, bool bindSchema = false) {
         return jms.init("CF", "QUEUE", "Q", true, forInput, bindSchema, columnMap, "ctx", "url", "id", "sub");
     }
-    void* newRow() { return adapter.createConnectionRow("RowByOrder"); }
+    // One that is known to work, with empty books.
+    void start() {
+        ASSERT_TRUE(init());
+        jvm.takeCalls();
+        jvm.lookUps = 0;
+    }
 };
 
 TEST_F(Bridge, NeedsAJvmAndAThreadThatAttaches) {
@@ -47,252 +53,184 @@ TEST_F(Bridge, NeedsAJvmAndAThreadThatAttaches) {
     _globaljvm = &jvm.vm;
     jvm.attaches = false;
     EXPECT_FALSE(init());
-    EXPECT_EQ(toolkit.errors, (Calls{"No JVM instance found", "Cannot attach thread to JVM"}));
+    EXPECT_EQ(platform.errors, (Texts{"No JVM instance found", "Cannot attach thread to JVM"}));
     jvm.attaches = true;
-    ASSERT_TRUE(init());
+    start();
+    _globaljvm = nullptr;
+    EXPECT_FALSE(init());
+    EXPECT_EQ(jms.jvm, &jvm.vm);
     jvm.attaches = false;
     EXPECT_FALSE(jms.disconnect());
-    EXPECT_EQ(toolkit.errors.size(), 3U);
+    EXPECT_EQ(platform.errors.size(), 4U);
 }
 
 TEST_F(Bridge, DoesNothingBeforeInit) {
     std::string text = "old";
-    void* row = newRow();
     EXPECT_FALSE(jms.receiveTextMessage(text) || jms.receiveObjectArrayMessage("s", row, true) || jms.receiveCustomMessage("s", row) ||
                  jms.sendTextMessage("t", row) || jms.sendObjectArrayMessage("s", row, true) || jms.sendCustomMessage("s", row) ||
                  jms.commitTransaction() || jms.disconnect() || jms.initConverter("c", "p", true));
     EXPECT_EQ(text, "old");
-    EXPECT_TRUE(jvm.calls.empty() && toolkit.errors.empty());
-}
-
-TEST_F(Bridge, ConnectsWithoutASchema) {
-    ASSERT_TRUE(init());
-    EXPECT_EQ(jvm.takeCalls(),
-              (Calls{"AttachCurrentThread", "<init>(CF,QUEUE,Q,true,null,null,null,ctx,url,id,sub)", "connectForInput(false)"}));
-    ASSERT_TRUE(init(false));  // the connector of before is given up
-    EXPECT_EQ(jvm.takeCalls().back(), "connectForOutput()");
-    EXPECT_EQ(jvm.leftOver(1), "");
+    EXPECT_TRUE(jvm.calls.empty() && platform.errors.empty());
 }
 
 TEST_F(Bridge, HandsInTheColumns) {
-    toolkit.columns = {{"Symbol", 5}, {"Price", 0x1234501E}, {"Op", 1}};
+    platform.useColumns(adapter, {{"Symbol", 5, true}, {"Price", 0x1234501E, false}, {"Op", 1, false}});
     columnMap = {{"Price", "px"}, {"op", "case matters"}};
     ASSERT_TRUE(init(true, true));
-    std::string lookUps;
-    for (const std::string& lookUp : jvm.lookUps) lookUps += lookUp + " ";
-    EXPECT_EQ(lookUps,
-              "FindClass(com/morvex/kel/connectors/JmsConnector) NewStringUTF(CF) NewStringUTF(ctx) NewStringUTF(url) "
-              "NewStringUTF(QUEUE) NewStringUTF(Q) NewStringUTF(id) NewStringUTF(sub) NewIntArray FindClass(java/lang/String) "
-              "NewObjectArray NewObjectArray NewStringUTF(Symbol) NewStringUTF(Price) NewStringUTF(px) NewStringUTF(Op) "
-              "GetMethodID(<init>) GetMethodID(connectForInput) GetMethodID(sendTextMessage) GetMethodID(sendObjectArrayMessage) "
-              "GetMethodID(sendCustomMessage) GetMethodID(receiveTextMessage) GetMethodID(receiveObjectArrayMessage) "
-              "GetMethodID(receiveCustomMessage) GetMethodID(commitTransaction) ");
     EXPECT_EQ(jvm.takeCalls(),
-              (Calls{"AttachCurrentThread", "<init>(CF,QUEUE,Q,true,[5 30 1],[Symbol Price Op],[null px null],ctx,url,id,sub)",
+              (Texts{"AttachCurrentThread", "<init>(CF,QUEUE,Q,true,[5 30 1],[Symbol Price Op],[null px null],ctx,url,id,sub)",
                      "connectForInput(true)"}));
-    EXPECT_EQ(jvm.leftOver(1), "");
-    toolkit.columns.clear();
-    ASSERT_TRUE(init(true, true));
-    EXPECT_EQ(jvm.takeCalls()[1], "<init>(CF,QUEUE,Q,true,[],[],[],ctx,url,id,sub)");
-}
-
-TEST_F(Bridge, TakesAtMost4096Columns) {
-    for (const size_t count : {4096U, 4097U}) {
-        toolkit.columns.assign(count, {"c", 1, false});
-        EXPECT_EQ(init(true, true), count == 4096);
-        EXPECT_EQ(jvm.leftOver(1), "");
+    for (const size_t count : {0U, 4096U, 4097U}) {
+        platform.useStrings(adapter, Texts(count, "c"));
+        EXPECT_EQ(init(true, true), count <= 4096);
     }
-    EXPECT_EQ(toolkit.errors, (Calls{"Too many columns for the JMS connector"}));
+    EXPECT_EQ(platform.errors, (Texts{"Too many columns for the JMS connector"}));
 }
 
 TEST_F(Bridge, FailsToInitWithoutLeftovers) {
-    struct Row {
-        const char *what, *missing, *method;
-        fake::Answer answer;
-        size_t globals;
+    // With a connector afterwards: a new one, or without a class of connectors still that of before.
+    const std::tuple<std::string, std::string, fake::Answer, bool> kRows[] = {
+        {"com/morvex/kel/connectors/JmsConnector", "", {}, true},
+        {"<init>", "", {}, false},
+        {"", "<init>", kThrows, false},
+        {"", "connectForInput", kFalse, true},
+        {"", "connectForInput", kTwo, true},
+        {"", "connectForInput", kThrows, true},
+        {"receiveCustomMessage", "", {}, true},
+        {"connectForInput", "", {}, true},
     };
-    const Row kRows[] = {
-        {"no class", "com/morvex/kel/connectors/JmsConnector", "", {}, 0},
-        {"no constructor", "<init>", "", {}, 0},
-        {"constructor throws", "", "<init>", kThrows, 0},
-        {"connect refuses", "", "connectForInput", kFalse, 1},
-        {"connect answers 2", "", "connectForInput", kTwo, 1},
-        {"connect throws", "", "connectForInput", kThrows, 1},
-        {"a method is missing", "receiveCustomMessage", "", {}, 1},
-        {"connect is missing", "connectForInput", "", {}, 1},
-    };
-    for (const Row& row : kRows) {
-        SCOPED_TRACE(row.what);
-        JmsUtils other;
-        fake::Jvm fresh;
-        other.reset(&adapter);
-        fresh.missing = row.missing;
-        if (*row.method != '\0') fresh.answer(row.method, row.answer);
-        EXPECT_FALSE(other.init("CF", "QUEUE", "Q", true, true, false, columnMap, "ctx", "url", "id", "sub"));
-        EXPECT_EQ(fresh.leftOver(row.globals), "");
+    for (const auto& [missing, method, answer, hasConnector] : kRows) {
+        SCOPED_TRACE(missing + method);
+        start();
+        jvm.missing = missing;
+        jvm.answer(method, answer);
+        EXPECT_FALSE(init());
+        EXPECT_EQ(jvm.leftOver(hasConnector), "");
         std::string text;
-        EXPECT_FALSE(row.globals == 0 && (other.receiveTextMessage(text) || other.disconnect()));
+        jvm.takeCalls();
+        jvm.answer("receiveTextMessage", {fake::string("the ids are there")});
+        EXPECT_EQ(jms.receiveTextMessage(text), hasConnector);
+        EXPECT_EQ(jvm.takeCalls().size(), hasConnector);
+        jvm.missing = "";
+        jvm.script.clear();
     }
 }
 
-TEST_F(Bridge, AnInitThatFailsGivesUpTheConnectorOfBefore) {
-    ASSERT_TRUE(init());
-    _globaljvm = nullptr;
-    EXPECT_FALSE(init());
-    EXPECT_EQ(jms.jvm, &jvm.vm);
-    _globaljvm = &jvm.vm;
-    jvm.answer("connectForInput", kFalse);
-    EXPECT_FALSE(init());
-    std::string text;
-    jvm.answer("receiveTextMessage", answering(fake::string("the ids are there")));
-    EXPECT_TRUE(jms.receiveTextMessage(text));
-    jvm.answer("<init>", kThrows);
-    EXPECT_FALSE(init());
-    jvm.takeCalls();
-    EXPECT_FALSE(jms.receiveTextMessage(text) || jms.disconnect());
-    EXPECT_TRUE(jvm.takeCalls().empty());
-    EXPECT_EQ(jvm.leftOver(0), "");
-}
-
-TEST_F(Bridge, InitialisesTheConverter) {
-    ASSERT_TRUE(init());
-    jvm.takeCalls();
-    EXPECT_TRUE(jms.initConverter("C", "param", true));
-    EXPECT_TRUE(jms.initConverter("C", "param", false));
-    EXPECT_EQ(jvm.takeCalls(), (Calls{"initInConverter(C,param)", "initOutConverter(C,param)"}));
-    for (const fake::Answer& refusal : {kFalse, kTwo}) {
-        jvm.answer("initInConverter", refusal);
-        jvm.answer("disconnect", refusal);
-        EXPECT_FALSE(jms.initConverter("C", "param", true) || jms.disconnect());
-    }
-    EXPECT_EQ(jvm.leftOver(1), "");
-}
-
-// Only the operations that are to look for an exception do; one that others meet stays for those.
-TEST_F(Bridge, LeavesAnExceptionWhereItDoesNotLook) {
-    ASSERT_TRUE(init());
-    void* row = newRow();
-    const std::pair<const char*, std::function<bool()>> kOperations[] = {
-        {"initInConverter", [&] { return jms.initConverter("C", "p", true); }},
-        {"disconnect", [&] { return jms.disconnect(); }},
-        {"sendTextMessage", [&] { return jms.sendTextMessage("t", row); }},
-        {"sendObjectArrayMessage", [&] { return jms.sendObjectArrayMessage("s", row, true); }},
-        {"sendCustomMessage", [&] { return jms.sendCustomMessage("s", row); }},
+TEST_F(Bridge, TellsByTheResultAndLeavesAnExceptionToOthers) {
+    start();
+    ASSERT_TRUE(init(false));  // the connector of before is given up
+    EXPECT_EQ(jvm.calls.back(), "connectForOutput()");
+    int column = 0;
+    for (const char* value : {"IBM", static_cast<const char*>(nullptr), "25.5"}) adapter.setFieldAsStringWithIndex(row, column++, value);
+    adapter.setOp(row, 'u');
+    const std::pair<std::string, std::function<bool()>> kOperations[] = {
+        {"initInConverter(C,param)", [&] { return jms.initConverter("C", "param", true); }},
+        {"initOutConverter(C,param)", [&] { return jms.initConverter("C", "param", false); }},
+        {"sendTextMessage(body,[IBM null 25.5])", [&] { return jms.sendTextMessage("body", row); }},
+        {"sendObjectArrayMessage([Trades u IBM null 25.5],true)", [&] { return jms.sendObjectArrayMessage("Trades", row, true); }},
+        {"sendObjectArrayMessage([IBM null 25.5],false)", [&] { return jms.sendObjectArrayMessage("Trades", row, false); }},
+        {"sendCustomMessage([Trades u IBM null 25.5])", [&] { return jms.sendCustomMessage("Trades", row); }},
+        {"disconnect()", [&] { return jms.disconnect(); }},
     };
-    for (const auto& [method, use] : kOperations) {
-        SCOPED_TRACE(method);
-        jvm.answer(method, kThrows);
-        EXPECT_FALSE(use());
-        EXPECT_TRUE(jvm.pending);
-        EXPECT_TRUE(jms.exceptionOccurred(&jvm.env));
-        EXPECT_EQ(jvm.leftOver(1), "");
+    for (const auto& [call, use] : kOperations) {
+        SCOPED_TRACE(call);
+        EXPECT_TRUE(use());
+        EXPECT_EQ(jvm.takeCalls().back(), call);
+        for (const fake::Answer& failure : {kFalse, kTwo, kThrows}) {
+            jvm.answer(call.substr(0, call.find('(')), failure);
+            EXPECT_FALSE(use());
+        }
+        EXPECT_TRUE(jvm.pending && jms.exceptionOccurred(&jvm.env));
+        jvm.script.clear();
     }
 }
 
 TEST_F(Bridge, JudgesACommitByTheWordThatTheVoidCallLeaves) {
-    ASSERT_TRUE(init());
-    jvm.answer("commitTransaction", answering(fake::string("any word")));
+    start();
+    jvm.answer("commitTransaction", {fake::string("any word")});
     EXPECT_TRUE(jms.commitTransaction());
     for (const fake::Answer& failure : {kNull, fake::Answer{fake::string("any word"), JNI_TRUE, true}}) {
         jvm.answer("commitTransaction", failure);
         EXPECT_FALSE(jms.commitTransaction());
     }
-    EXPECT_EQ(jvm.leftOver(1), "");
 }
 
 TEST_F(Bridge, DisconnectsOnAnEnvironmentOfItsOwn) {
-    ASSERT_TRUE(init());
-    jvm.takeCalls();
+    start();
     JNIEnv ofInit = jvm.env;  // another one than the attaching thread gets
     jms.env = &ofInit;
     EXPECT_TRUE(jms.disconnect());
-    EXPECT_EQ(jvm.takeCalls(), (Calls{"AttachCurrentThread", "disconnect()"}));
+    EXPECT_EQ(jvm.takeCalls(), (Texts{"AttachCurrentThread", "disconnect()"}));
     EXPECT_EQ(jms.env, &ofInit);
-    EXPECT_EQ(jvm.leftOver(1), "");
 }
 
 TEST_F(Bridge, ReceivesText) {
-    ASSERT_TRUE(init());
+    start();
     for (const std::string expected : {"Trades,i,IBM", "", "\xED\xA0\xBD\xED\xB8\x80\xC0\x80"}) {
         std::string text = "old";
-        jvm.answer("receiveTextMessage", answering(fake::string(expected)));
+        jvm.answer("receiveTextMessage", {fake::string(expected)});
         EXPECT_TRUE(jms.receiveTextMessage(text));
-        EXPECT_EQ(text, expected);
         for (const fake::Answer& failure : {kNull, kThrows}) {
             jvm.answer("receiveTextMessage", failure);
             EXPECT_FALSE(jms.receiveTextMessage(text));
             EXPECT_EQ(text, expected);
         }
-        EXPECT_EQ(jvm.leftOver(1), "");
     }
 }
 
 TEST_F(Bridge, LaysArraysIntoTheRow) {
-    ASSERT_TRUE(init());
-    enum Kind { kPlain, kPrefixed, kCustom };
-    struct Row {
-        Kind kind;
-        std::vector<Optional> message;
-        bool received;
-        const char* row;  // the row had the opcode 'o' before
+    start();
+    const std::optional<std::string> null;
+    const std::tuple<std::string, std::vector<std::optional<std::string>>, bool, const char*> kRows[] = {
+        {"receiveObjectArrayMessage(false)", {"IBM", null, ""}, true, "o IBM,null,"},
+        {"receiveObjectArrayMessage(false)", {}, true, "o"},
+        {"receiveObjectArrayMessage(true)", {"Trades", "insert", "IBM", null}, true, "i IBM,null"},
+        {"receiveObjectArrayMessage(true)", {"Trades", "u"}, true, "u"},
+        {"receiveObjectArrayMessage(true)", {"Trades", null, "IBM"}, true, "o IBM"},
+        {"receiveObjectArrayMessage(true)", {"Quotes", "u", "IBM"}, false, "o"},
+        {"receiveObjectArrayMessage(true)", {null, "u", "IBM"}, false, "o"},
+        {"receiveObjectArrayMessage(true)", {}, true, "o"},
+        {"receiveObjectArrayMessage(true)", {"Trades"}, false, "o"},
+        {"receiveCustomMessage()", {"Trades", "d", "IBM"}, true, "d IBM"},
+        {"receiveCustomMessage()", {null, "d", "IBM"}, true, "d IBM"},
+        {"receiveCustomMessage()", {"Trades", null, "IBM"}, true, "p IBM"},
+        {"receiveCustomMessage()", {null, null}, true, "p"},
+        {"receiveCustomMessage()", {"trades", "d", "IBM"}, false, "o"},
+        {"receiveCustomMessage()", {"Trades"}, false, "o"},
+        {"receiveCustomMessage()", {}, false, "o"},
     };
-    const Row kRows[] = {
-        {kPlain, {"IBM", std::nullopt, ""}, true, "o IBM,null,"},
-        {kPlain, {}, true, "o"},
-        {kPrefixed, {"Trades", "insert", "IBM", std::nullopt}, true, "i IBM,null"},
-        {kPrefixed, {"Trades", "u"}, true, "u"},
-        {kPrefixed, {"Trades", std::nullopt, "IBM"}, true, "o IBM"},
-        {kPrefixed, {"Quotes", "u", "IBM"}, false, "o"},
-        {kPrefixed, {std::nullopt, "u", "IBM"}, false, "o"},
-        {kPrefixed, {}, true, "o"},
-        {kPrefixed, {"Trades"}, false, "o"},
-        {kCustom, {"Trades", "d", "IBM"}, true, "d IBM"},
-        {kCustom, {std::nullopt, "d", "IBM"}, true, "d IBM"},
-        {kCustom, {"Trades", std::nullopt, "IBM"}, true, "p IBM"},
-        {kCustom, {std::nullopt, std::nullopt}, true, "p"},
-        {kCustom, {"trades", "d", "IBM"}, false, "o"},
-        {kCustom, {"Trades"}, false, "o"},
-        {kCustom, {}, false, "o"},
-    };
-    void* row = newRow();
-    jvm.lookUps.clear();
-    for (const Row& expected : kRows) {
-        SCOPED_TRACE(testing::Message() << expected.kind << " " << expected.row);
+    for (const auto& [call, message, received, fields] : kRows) {
+        SCOPED_TRACE(call + " " + fields);
         adapter.clearData(row);
         adapter.setOp(row, 'o');
-        const bool isCustom = expected.kind == kCustom, isPrefixed = expected.kind == kPrefixed;
-        jvm.answer(isCustom ? "receiveCustomMessage" : "receiveObjectArrayMessage", answering(fake::array(expected.message)));
-        jvm.takeCalls();
-        EXPECT_EQ(isCustom ? jms.receiveCustomMessage("Trades", row) : jms.receiveObjectArrayMessage("Trades", row, isPrefixed),
-                  expected.received);
-        EXPECT_EQ(fake::show(*toolkit.row), expected.row);
-        const std::string prefixed = isPrefixed ? "true" : "false";
-        EXPECT_EQ(jvm.takeCalls(), Calls{isCustom ? "receiveCustomMessage()" : "receiveObjectArrayMessage(" + prefixed + ")"});
-        EXPECT_EQ(jvm.leftOver(1), "");
+        const bool isCustom = call == "receiveCustomMessage()";
+        const auto receive = [&, prefixed = call.ends_with("(true)")] {
+            return isCustom ? jms.receiveCustomMessage("Trades", row) : jms.receiveObjectArrayMessage("Trades", row, prefixed);
+        };
+        for (const fake::Answer& answer : {kNull, kThrows, fake::Answer{fake::array(message)}}) {
+            jvm.takeCalls();
+            jvm.answer(call.substr(0, call.find('(')), answer);
+            EXPECT_EQ(receive(), received && answer.object);
+        }
+        EXPECT_EQ(fake::show(row), fields);
+        EXPECT_EQ(jvm.calls, Texts{call});
     }
-    EXPECT_TRUE(jvm.lookUps.empty());  // this is the hot path
-    for (const fake::Answer& failure : {kNull, kThrows}) {
-        jvm.answer("receiveObjectArrayMessage", failure);
-        jvm.answer("receiveCustomMessage", failure);
-        EXPECT_FALSE(jms.receiveObjectArrayMessage("Trades", row, true) || jms.receiveCustomMessage("Trades", row));
-        EXPECT_EQ(jvm.leftOver(1), "");
-    }
+    EXPECT_EQ(jvm.lookUps, 0);  // this is the hot path
 }
 
-TEST_F(Bridge, SendsTheRow) {
-    ASSERT_TRUE(init(false));
-    jvm.takeCalls();
-    void* row = newRow();
-    int column = 0;
-    for (const char* value : {"IBM", static_cast<const char*>(nullptr), "25.5"}) adapter.setFieldAsStringWithIndex(row, column++, value);
-    adapter.setOp(row, 'u');
-    EXPECT_TRUE(jms.sendTextMessage("body", row) && jms.sendObjectArrayMessage("Trades", row, true) &&
-                jms.sendObjectArrayMessage("Trades", row, false) && jms.sendCustomMessage("Trades", row));
-    EXPECT_EQ(jvm.takeCalls(), (Calls{"sendTextMessage(body,[IBM null 25.5])", "sendObjectArrayMessage([Trades u IBM null 25.5],true)",
-                                      "sendObjectArrayMessage([IBM null 25.5],false)", "sendCustomMessage([Trades u IBM null 25.5])"}));
-    for (const char* method : {"sendTextMessage", "sendObjectArrayMessage", "sendCustomMessage"}) jvm.answer(method, kTwo);
-    EXPECT_FALSE(jms.sendTextMessage("", row) || jms.sendObjectArrayMessage("", row, false) || jms.sendCustomMessage("", row));
-    EXPECT_EQ(jvm.leftOver(1), "");
+// A null result counts as no message, a null message or element as an empty one; results are appended.
+TEST_F(Bridge, BrowsingTakesWhatTheConnectorMayNotGive) {
+    start();
+    Texts texts = {"first"};
+    std::vector<Texts> rows;
+    EXPECT_TRUE(jms.browseTextMessages(texts) && jms.browseObjectArrayMessages(rows));
+    jvm.answer("browseTextMessages", {fake::array(std::vector<std::optional<std::string>>{"a", std::nullopt})});
+    jvm.answer("browseCustomMessages", {fake::array(std::vector<fake::Value>{nullptr, fake::array(std::vector<fake::Value>{})})});
+    EXPECT_TRUE(jms.browseTextMessages(texts) && jms.browseCustomMessages(rows));
+    EXPECT_EQ(texts, (Texts{"first", "a", ""}));
+    EXPECT_EQ(rows, std::vector<Texts>(2));
+    jvm.missing = "browseObjectArrayMessages";
+    EXPECT_FALSE(jms.browseObjectArrayMessages(rows));
 }
 
 }  // namespace
