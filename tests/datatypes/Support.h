@@ -57,10 +57,9 @@ struct SettingsRestored : testing::Test {
 class GuardedBuffer {
 public:
     explicit GuardedBuffer(size_t size) : bytes_(size + 2 * kGuard, kFill) {}
-    ~GuardedBuffer() { EXPECT_EQ(bytes_.substr(0, kGuard) + bytes_.substr(kGuard + size()), std::string(2 * kGuard, kFill)); }
+    ~GuardedBuffer() { EXPECT_EQ(bytes_.substr(0, kGuard) + bytes_.substr(bytes_.size() - kGuard), std::string(2 * kGuard, kFill)); }
     char* text() { return bytes_.data() + kGuard; }
     unsigned char* data() { return reinterpret_cast<unsigned char*>(text()); }
-    size_t size() const { return bytes_.size() - 2 * kGuard; }
     // Whether the bytes from one on are as they were.
     bool untouched(size_t from = 0) const { return bytes_.find_first_not_of(kFill, kGuard + from) == std::string::npos; }
 

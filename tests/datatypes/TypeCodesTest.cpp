@@ -1,4 +1,4 @@
-// Names, classes and widths of type codes; settings; time units.
+// Names, classes and widths of type codes; what types combine to; settings; time units.
 #include "tests/datatypes/Support.h"
 
 namespace DataTypes {
@@ -20,7 +20,7 @@ TEST(TypeCodes, EveryKindHasItsNamesWidthAndClasses) {
 }
 
 TEST(TypeCodes, DecimalNamesCoverAllPairsAndNothingElse) {
-    for (int precision = 0; precision <= 35; ++precision) {
+    for (int precision = 0; precision <= 64; ++precision) {
         for (int scale = 0; scale <= 35; ++scale) {
             const unsigned int code = createFixedDecimal(precision, scale);
             const std::string numbers = "(" + std::to_string(precision) + "," + std::to_string(scale) + ")";
@@ -32,15 +32,13 @@ TEST(TypeCodes, DecimalNamesCoverAllPairsAndNothingElse) {
 }
 
 TEST(TypeCodes, FromOtherNames) {
-    for (const support::Case& row : support::readCases("names.txt")) {
-        const bool isDecimal = row.fields.size() == 3;
-        EXPECT_EQ(stringToType(row[0]), isDecimal ? createFixedDecimal(row.number(1), row.number(2)) : kUntyped) << row.line;
-    }
+    for (const support::Case& row : support::readCases("names.txt"))
+        EXPECT_EQ(stringToType(row[0]), row.fields.size() == 1 ? kUntyped : createFixedDecimal(row.number(1), row.number(2))) << row.line;
 }
 
 using Settings = support::SettingsRestored;
 
-TEST_F(Settings, RefuseWhatIsOutOfRange) {
+TEST_F(Settings, RefuseWhatIsOutOfRangeAndCopyTheFormat) {
     for (const size_t places : {18u, 19u}) setLegacyMoneyPrecision(places);
     EXPECT_TRUE(g_legacyMoneyPrecision == 18 && g_legacyMoneyFactor == 1000000000000000000);
     for (const size_t bytes : {4u, 0u, 2u, 5u, 16u}) setDateSize(bytes);
@@ -49,14 +47,37 @@ TEST_F(Settings, RefuseWhatIsOutOfRange) {
         setDecimalSize(digits);
         EXPECT_TRUE(getDecimalSize() == digits && g_tolerance == tolerance) << digits;
     }
-}
-
-TEST_F(Settings, DateFormatIsCopied) {
     char format[] = "%Y";
     setDateFormat(format);
     format[1] = 'm';
     for (char* unchanged : {const_cast<char*>(g_date_format), static_cast<char*>(nullptr)}) setDateFormat(unchanged);
     EXPECT_TRUE(g_date_format == std::string("%Y") && g_date_format_allocated);
+}
+
+TEST_F(Settings, WideningOfEveryPairOfKinds) {
+    const std::vector<support::Case> rows = support::readCases("widening.txt");
+    ASSERT_EQ(rows.size(), kKinds);
+    for (unsigned int target = 0; target < kKinds; ++target) {
+        for (unsigned int other = 0; other < kKinds; ++other) {
+            SCOPED_TRACE("target " + rows[target][0] + ", other " + rows[other][0]);
+            unsigned int any = target, strict = target;
+            maximizeAnyType(any, other);
+            EXPECT_EQ(rows[kindOf(any)][0][0], rows[target][1].at(other));
+            const bool possible = maximizeType(strict, other);
+            EXPECT_EQ(possible ? rows[kindOf(strict)][0][0] : strict == target ? '.' : '!', rows[target][2].at(other));
+        }
+    }
+}
+
+TEST_F(Settings, WideningOfDecimalsAndLegacyMoney) {
+    for (const support::Case& row : support::readCases("combined.txt")) {
+        setLegacyMoneyPrecision(row.number(0));
+        const unsigned int other = stringToType(row[2]);
+        unsigned int any = stringToType(row[1]), strict = any;
+        maximizeAnyType(any, other);
+        EXPECT_EQ(typeToString(any), row[3]) << row.line;
+        EXPECT_EQ(maximizeType(strict, other) ? typeToString(strict) : "-", row[4]) << row.line;
+    }
 }
 
 TEST(TimeUnits, NamesMaximaAndLengths) {
@@ -75,11 +96,9 @@ TEST(TimeUnits, NamesMaximaAndLengths) {
             EXPECT_EQ(micros, allowed ? count * std::stol(row[5]) : 7) << count;
         }
     }
-    for (const int other : {-1, 0, 1, 8}) {
-        const auto unit = static_cast<TimeUnit>(other);
+    for (const TimeUnit unit : {NO_UNIT, UNKNOWN_UNIT, TimeUnit{-1}, TimeUnit{8}}) {
         EXPECT_EQ(getTimeUnitStr(unit) + getTimeUnitMaxStr(unit) + getTimeUnitMinStr(unit), "UNKNOWN00");
-        EXPECT_EQ(getSeconds(unit, 5000000), -1);
-        EXPECT_FALSE(getMicroSeconds(unit, 1, micros));
+        EXPECT_TRUE(getSeconds(unit, 5000000) == -1 && !getMicroSeconds(unit, 1, micros));
     }
     EXPECT_EQ(getTimeUnit(nullptr), NO_UNIT);
     for (const char* name : {"", "second", "DAYZ", "UNKNOWN"}) EXPECT_EQ(getTimeUnit(name), UNKNOWN_UNIT) << name;
