@@ -87,7 +87,7 @@ inline std::string digits(DataTypes::UInt128 number) {
 }
 inline std::string show(const DataTypes::FixedDecimalValue& value) {
     const DataTypes::UInt128 number = DataTypes::UInt128{value.high} << 64 | value.low;
-    const std::string coefficient = value.high >> 63 != 0 ? "-" + digits(0 - number) : digits(number);
+    const std::string coefficient = value.isNegative() ? "-" + digits(0 - number) : digits(number);
     return coefficient + "/" + std::to_string(value.precision()) + "," + std::to_string(value.scale());
 }
 

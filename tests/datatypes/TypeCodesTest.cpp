@@ -38,7 +38,8 @@ TEST(TypeCodes, FromOtherNames) {
 
 using Settings = support::SettingsRestored;
 
-TEST_F(Settings, RefuseWhatIsOutOfRangeAndCopyTheFormat) {
+TEST_F(Settings, HaveDefaultsRefuseWhatIsOutOfRangeAndCopyTheFormat) {
+    EXPECT_TRUE(g_legacyMoneyFactor == 10000 && getDecimalSize() == 6 && g_tolerance == 1e-6 && g_dateSize == 8 && g_timeSize == 8);
     for (const size_t places : {18u, 19u}) setLegacyMoneyPrecision(places);
     EXPECT_TRUE(g_legacyMoneyPrecision == 18 && g_legacyMoneyFactor == 1000000000000000000);
     for (const size_t bytes : {4u, 0u, 2u, 5u, 16u}) setDateSize(bytes);
