@@ -11,8 +11,6 @@ using support::show;
 
 const std::string kTenthOfMost = "17014118346046923173168730371588410572";  // of the coefficients
 
-std::string zeros(int count) { return std::string(static_cast<size_t>(count), '0'); }
-
 // Of types, and of values, which keep their number.
 TEST(DecimalTypes, ResultsOfOperations) {
     for (const support::Case& row : support::readCases("results.txt")) {
@@ -23,7 +21,7 @@ TEST(DecimalTypes, ResultsOfOperations) {
             EXPECT_EQ(onTypes(result, a, b) ? typeToString(result) : "-", row[column]);
             FixedDecimalValue value = decimal("-7", precisionOf(a), scaleOf(a));
             EXPECT_EQ((value.*onValues)(decimal("9", precisionOf(b), scaleOf(b))), row[column] != "-");
-            const std::string number = "-7" + zeros(scaleOf(result) - scaleOf(a));
+            const std::string number = "-7" + std::string(scaleOf(result) - scaleOf(a), '0');
             EXPECT_EQ(show(value), show(decimal(number, precisionOf(result), scaleOf(result))));
         };
         check(2, getFixedDecimalAdditionResultType, &FixedDecimalValue::toAdditionResultType);
@@ -36,16 +34,17 @@ TEST(DecimalTypes, ResultsOfOperations) {
     EXPECT_EQ(show(large), kTenthOfMost + "/10,1");
 }
 
-TEST(LongDivision, RefusesZeroAndWritesNothing) {
+TEST(LongDivision, RefusesZeroAndCarries) {
     uint64_t words[4] = {1, 2, 3, 4};
     uint16_t digits[3] = {0, 6, 7};
     EXPECT_FALSE(longdivmod128(9, 9, 0, 0, words[0], words[1], words[2], words[3]) || longdivmod(digits + 1, 1, digits, 1, digits + 2));
     EXPECT_TRUE(words[0] == 1 && words[3] == 4 && digits[1] == 6 && digits[2] == 7);
+    EXPECT_EQ(mul1(digits + 1, 2, 0x8000), 3);  // the carry
 }
 
 // Of fewer digits setting whole numbers tells.
 TEST(FixedDecimal, PrecisionOverflow) {
-    const std::string power = "-1" + zeros(37), least = "-" + kTenthOfMost + "8";
+    const std::string power = "-1" + std::string(37, '0'), least = "-" + kTenthOfMost + "8";
     EXPECT_TRUE(decimal(power, 37, 0).checkPrecisionOverflow() && decimal(least, 38, 0).checkPrecisionOverflow());
     EXPECT_FALSE(decimal(power, 38, 0).checkPrecisionOverflow() || decimal(least, 39, 0).checkPrecisionOverflow());
 }
