@@ -202,10 +202,10 @@ std::optional<Settings> examined(const std::string& file, const std::vector<std:
                                  StreamSection stream, CheckResult& result) {
     std::optional<Settings> settings = readSettings(file, overrides, result.problems, stream);
     if (!settings) return settings;
-    const std::string place = file + ": ";
+    const std::string place = file + ": ", notePlace = place + "note: ";
     const CheckResult found = checkSettings(*settings);
     for (const std::string& problem : found.problems) result.problems.push_back(place + problem);
-    for (const std::string& note : found.notes) result.notes.push_back(place + "note: " + note);
+    for (const std::string& note : found.notes) result.notes.push_back(notePlace + note);
     try {
         classPath(*settings);
     } catch (const Failure& failure) {
