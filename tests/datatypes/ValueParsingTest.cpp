@@ -50,10 +50,15 @@ std::string read(unsigned int type, const char* text, const Formats& formats = {
     return std::to_string(value.longValue << (64 - 8 * width) >> (64 - 8 * width));
 }
 
-using Parsing = support::SettingsRestored;
+// In a locale with a decimal comma.
+struct Parsing : support::SettingsRestored {
+    void SetUp() override {
+        setenv("LOCPATH", DATATYPES_TEST_LOCALES, 1);
+        ASSERT_NE(setlocale(LC_ALL, "de_DE.UTF-8"), nullptr);
+    }
+};
 
 TEST_F(Parsing, ListedTexts) {
-    setlocale(LC_ALL, "de_DE.UTF-8");  // plays no part, where it is installed
     for (const support::Case& row : support::readCases("values.txt")) {
         if (row[0] == "money") setLegacyMoneyPrecision(row.number(2));
         Formats formats{};
@@ -71,7 +76,6 @@ TEST_F(Parsing, ListedTexts) {
 
 // And as text again, into every size of buffer: the beginning and a NUL.
 TEST_F(Parsing, PackedBytes) {
-    setlocale(LC_ALL, "de_DE.UTF-8");
     for (const support::Case& row : support::readCases("packed.txt")) {
         const unsigned int type = stringToType(row[0]);
         const std::string& written = row.fields.back();
