@@ -14,8 +14,8 @@ namespace DataTypes {
 // is partly filled.
 //
 // Conversions: %% %A %a %B %b %C %c %D %d %e %H %h %I %j %k %l %M %m %n %p %R %r %S %T %t %U %W %w %X %x %Y
-// %y, with the E and O modifiers where the C library knows them. White space in the format matches any run of
-// it, even none.
+// %y; E may stand before C c X x Y y, and O before d e H I M m S U W w y. White space in the format matches
+// any run of it, even none.
 const char* strptime(const char* text, const char* format, tm* result);
 
 // Seconds since 1970-01-01 00:00:00 of a broken-down UTC time whose fields are taken as they are; -1 for a

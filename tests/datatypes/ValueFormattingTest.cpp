@@ -60,7 +60,7 @@ TEST_F(Formatting, FloatsAtTheirBounds) {
     convertDoubleToString(kFloat, false, value, exponent.text(), 8);
     EXPECT_EQ(std::string(plain.text()) + exponent.text(), std::string(printed, 1099) + "4.94065");
     DataValue null;
-    convertDoubleToString(kFloat, false, null, printed, 1);
+    convertDoubleToString(kFloat, false, null, printed, sizeof printed);
     EXPECT_STREQ(printed, "");
 }
 

@@ -125,18 +125,21 @@ TEST(RowFormats, JsonIsExact) {
     const auto format = host::makeJsonLines(type);
     const std::string begin = "{\"stream\":\"S\\\"\xF0\x9F\x98\x80\",\"op\":\"u\",\"seq\":7,\"row\":{\"v\":";
     constexpr double kInfinity = std::numeric_limits<double>::infinity();
-    const std::pair<host::Value, const char*> rows[] = {{host::Value(), "null"},
-                                                        {int64_t{-9007199254740993}, "-9007199254740993"},
-                                                        {0.1, "0.1"},
-                                                        {100.0, "100"},
-                                                        {1e22, "1e+22"},
-                                                        {-0.0, "-0"},
-                                                        {std::numeric_limits<double>::denorm_min(), "5e-324"},
-                                                        {kInfinity, "\"Infinity\""},
-                                                        {-kInfinity, "\"-Infinity\""},
-                                                        {std::numeric_limits<double>::quiet_NaN(), "\"NaN\""},
-                                                        {std::string("a\"\\/\n\x01\xC0\x80"), "\"a\\\"\\\\/\\n\\u0001\\u0000\""},
-                                                        {std::string(), "\"\""}};
+    const struct {
+        host::Value value;
+        const char* text;
+    } rows[] = {{host::Value(), "null"},
+                {int64_t{-9007199254740993}, "-9007199254740993"},
+                {0.1, "0.1"},
+                {100.0, "100"},
+                {1e22, "1e+22"},
+                {-0.0, "-0"},
+                {std::numeric_limits<double>::denorm_min(), "5e-324"},
+                {kInfinity, "\"Infinity\""},
+                {-kInfinity, "\"-Infinity\""},
+                {std::numeric_limits<double>::quiet_NaN(), "\"NaN\""},
+                {std::string("a\"\\/\n\x01\xC0\x80"), "\"a\\\"\\\\/\\n\\u0001\\u0000\""},
+                {std::string(), "\"\""}};
     for (const auto& [value, text] : rows) EXPECT_EQ(rendered(*format, type, {value}), begin + text + "}}\n");
 }
 
