@@ -2,7 +2,8 @@
 //
 // Conventions for all of them:
 // - `handle` is what createAdapter returned. Only deleteAdapter takes a null handle.
-// - The server serialises its calls; stop and stopRequested may come from another thread.
+// - The server serialises its calls; stop, stopRequested and the three row counters may come from another
+//   thread.
 // - An array of strings handed out is a malloc block of exactly as many pointers as the result says, each
 //   string an array-new buffer: release the elements with array delete, the array with free. getCapability
 //   differs: there both levels are from array new.
@@ -41,6 +42,7 @@ void setState(void* handle, int state);
 bool hasError(void* handle);
 int getError(void* handle, char** text);  // number of texts; *text: an array-new buffer with one text a line
 bool isOutBase(void* handle);
+// Also while getNext runs, which passes over messages of another type for as long as there are any.
 int64_t getTotalRowsProcessed(void* handle);
 int64_t getNumberOfGoodRows(void* handle);
 int64_t getNumberOfBadRows(void* handle);

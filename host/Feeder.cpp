@@ -1,23 +1,27 @@
 #include "host/Feeder.h"
 
+#include <chrono>
+
 #include "host/Console.h"
 #include "host/Jvm.h"
 
 namespace host {
 
-Feeder::Feeder(LineSource& source, Session& session, std::function<void()> onFailure)
+namespace {
+
+constexpr std::chrono::milliseconds kLookAgain{1};  // a run takes a hundred messages in that time
+
+}  // namespace
+
+Feeder::Feeder(LineSource& source, Session& session, std::function<int64_t()> taken,
+               std::function<void()> onFailure)
     : source_(source),
+      taken_(std::move(taken)),
       onFailure_(std::move(onFailure)),
       sender_(session.context, session.rowType, session.settings.connection),
       thread_([this] { run(); }) {}
 
 Feeder::~Feeder() { close(); }
-
-void Feeder::taken(int64_t total) {
-    const std::lock_guard guard(lock_);
-    taken_ = total;
-    changed_.notify_one();
-}
 
 void Feeder::close() {
     if (!thread_.joinable()) return;
@@ -41,7 +45,7 @@ bool Feeder::isClosing() {
 
 bool Feeder::mayGoOn(int64_t sent) {
     std::unique_lock guard(lock_);
-    changed_.wait(guard, [&] { return closing_ || sent - taken_ < kMostAhead; });
+    while (!closing_ && sent - taken_() >= kMostAhead) changed_.wait_for(guard, kLookAgain);
     return !closing_;
 }
 

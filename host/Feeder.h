@@ -16,17 +16,16 @@ namespace host {
 
 class Feeder {
 public:
-    // Starts sending the lines on a thread of its own. `onFailure` is called on that thread after the one
-    // sentence that says what failed. The source stays with the caller and outlives the feeder.
-    Feeder(LineSource& source, Session& session, std::function<void()> onFailure);
+    // Starts sending the lines on a thread of its own. It asks there for `taken`, how many messages the run
+    // has taken, and keeps at most kMostAhead ahead: an in-JVM broker does not count text bodies against its
+    // memory limit, so nothing else would hold it back. `onFailure` is called there after the one sentence
+    // that says what failed. The source stays with the caller and outlives the feeder.
+    Feeder(LineSource& source, Session& session, std::function<int64_t()> taken,
+           std::function<void()> onFailure);
+    static constexpr int64_t kMostAhead = 1000;
     ~Feeder();  // as close
     Feeder(const Feeder&) = delete;
     Feeder& operator=(const Feeder&) = delete;
-
-    // How many messages the run has taken. The feeder keeps at most kMostAhead ahead of it: an in-JVM broker
-    // does not count text bodies against its memory limit, so nothing else would hold it back.
-    void taken(int64_t total);
-    static constexpr int64_t kMostAhead = 1000;
 
     // Ends the feeding wherever it is, even waiting for input, and waits for that.
     void close();
@@ -38,11 +37,11 @@ private:
     bool isClosing();
 
     LineSource& source_;
+    const std::function<int64_t()> taken_;
     const std::function<void()> onFailure_;
     Sender sender_;
     std::mutex lock_;  // guards what follows
     std::condition_variable changed_;
-    int64_t taken_ = 0;
     bool connected_ = false;
     bool closing_ = false;
     std::thread thread_;

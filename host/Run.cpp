@@ -36,13 +36,13 @@ public:
           format_(makeFormat(options.output, session.rowType, output)),
           silent_(toUtf8(session.rowType.streamName)) {}
 
-    void run(Feeder* feeder) {
+    void run() {
         const Clock::time_point start = Clock::now();
         lastMessage_ = start;
         {
             StatusLine status(start);
             while (!adapter_.isStopped() && !isAtEnd()) {
-                const Clock::time_point now = step(feeder);
+                const Clock::time_point now = step();
                 status.update(totals_, now);
             }
         }
@@ -58,7 +58,7 @@ private:
         return hasRows || (options_.idle > 0 && idle_ >= options_.idle);
     }
 
-    Clock::time_point step(Feeder* feeder) {
+    Clock::time_point step() {
         const Plugin& plugin = adapter_.plugin();
         const int64_t errorsBefore = session_.errors;
         const std::unique_ptr<ServerRow> row(static_cast<ServerRow*>(plugin.getNext(adapter_.handle())));
@@ -79,7 +79,6 @@ private:
         totals_.bad = bad;
         lastMessage_ = now;
         idle_ = 0;
-        if (feeder != nullptr) feeder->taken(total);
         return now;
     }
 
@@ -126,13 +125,14 @@ int runRows(const RunOptions& options) {
     std::unique_ptr<Feeder> feeder;
     if (feed) {
         // Not before reset succeeded: a topic needs its subscriber first.
-        feeder = std::make_unique<Feeder>(*feed, session, [&] {
+        const auto taken = [&] { return plugin.getTotalRowsProcessed(adapter.handle()); };
+        feeder = std::make_unique<Feeder>(*feed, session, taken, [&] {
             feedFailed = true;
             adapter.stop();
         });
     }
     Loop loop(adapter, session, options, output);
-    loop.run(feeder.get());
+    loop.run();
     adapter.stop();
     if (feeder) feeder->close();
     loop.sayTotals();

@@ -1,6 +1,7 @@
 // The adapter's life and its receive loop.
 #include "jmsin/JmsInAdapter.h"
 
+#include <atomic>
 #include <stdexcept>
 
 #include "fix/NewFixUtils.h"
@@ -13,6 +14,9 @@ namespace {
 constexpr int kTraceLevel = 7;
 constexpr int kStateRunning = 2;
 constexpr int kStateStopped = 4;
+
+// On this thread alone; others may read the counter meanwhile.
+void count(int64_t& counter) { std::atomic_ref(counter).store(counter + 1, std::memory_order_relaxed); }
 
 }  // namespace
 
@@ -78,13 +82,13 @@ void* JmsInAdapter::getNext() {
         setState(kStateStopped);
         return nullptr;
     }
-    if (row_ == nullptr) return nullptr;  // never connected
+    if (row_ == nullptr) return nullptr;  // never connected: no message, no count
     clearData(row_);
     const Received received = receive();
     if (received == Received::kNothing) return nullptr;
     void* serverRow = received == Received::kRow ? toRow(row_, totalRows, connectionErrors) : nullptr;
-    ++(serverRow != nullptr ? goodRows : badRows);
-    ++totalRows;
+    count(serverRow != nullptr ? goodRows : badRows);
+    count(totalRows);
     return serverRow;
 }
 
@@ -128,7 +132,7 @@ JmsInAdapter::Received JmsInAdapter::receiveFix() {
         } catch (const std::out_of_range&) {
             return Received::kBad;  // a version too short to be one; no exception may reach the server
         }
-        ++totalRows;
+        count(totalRows);
     }
 }
 
