@@ -3,7 +3,6 @@ package com.morvex.kel.connectors;
 import java.util.ArrayList;
 import java.util.Enumeration;
 import java.util.List;
-import javax.jms.Destination;
 import javax.jms.JMSException;
 import javax.jms.Message;
 import javax.jms.MessageConsumer;
@@ -24,33 +23,38 @@ final class Browser {
     List<Message> messages(Link link) throws JMSException {
         Session session = link.connection().createSession(false, Session.AUTO_ACKNOWLEDGE);
         try {
-            if (link.destination() instanceof Queue queue) return waiting(session, queue);
-            return arriving(session, link.destination());
+            List<Message> found = link.destination() instanceof Queue queue
+                    ? waiting(link, session, queue) : arriving(link, session);
+            // Some providers end the look then as if there were no more.
+            if (link.hasEnded()) throw new ConnectorException("the connection ended meanwhile");
+            return found;
         } finally {
             session.close();   // with its browser or subscriber
         }
     }
 
-    private List<Message> waiting(Session session, Queue queue) throws JMSException {
+    private List<Message> waiting(Link link, Session session, Queue queue) throws JMSException {
         List<Message> found = new ArrayList<>();
         QueueBrowser browser = session.createBrowser(queue);
+        link.closeWithIt(browser);
         try {
             Enumeration<?> messages = browser.getEnumeration();
-            while (found.size() < tuning.browseLimit() && messages.hasMoreElements()) {
+            while (!link.hasEnded() && found.size() < tuning.browseLimit() && messages.hasMoreElements()) {
                 if (messages.nextElement() instanceof Message message) found.add(message);
             }
         } finally {
+            link.closeWithIt(null);
             browser.close();
         }
         return found;
     }
 
-    private List<Message> arriving(Session session, Destination topic) throws JMSException {
+    private List<Message> arriving(Link link, Session session) throws JMSException {
         List<Message> found = new ArrayList<>();
-        MessageConsumer subscriber = session.createConsumer(topic);
+        MessageConsumer subscriber = session.createConsumer(link.destination());
         long end = System.nanoTime() + tuning.browseMillis() * 1_000_000;
         long left = tuning.browseMillis();
-        while (left > 0 && found.size() < tuning.browseLimit()) {
+        while (left > 0 && !link.hasEnded() && found.size() < tuning.browseLimit()) {
             Message message = subscriber.receive(left);
             if (message != null) found.add(message);
             left = (end - System.nanoTime()) / 1_000_000;

@@ -2,6 +2,7 @@ package com.morvex.kel.connectors;
 
 import javax.jms.Connection;
 import javax.jms.JMSException;
+import javax.jms.QueueBrowser;
 
 /** Closes connections on threads of their own, because a provider may wait for a broker that is gone. */
 final class Closer {
@@ -10,11 +11,15 @@ final class Closer {
     private Closer() {}
 
     /** Starts the closing and comes back at once. */
-    static void inBackground(Connection connection) { start(connection); }
+    static void inBackground(Connection connection) { start(connection, null); }
 
-    /** True when the closing ended within five seconds; where it failed, the connection was gone already. */
-    static boolean close(Connection connection) {
-        Thread thread = start(connection);
+    /**
+     * True when the closing ended within five seconds; where it failed, the connection was gone already.
+     *
+     * @param browser closed first; may be null
+     */
+    static boolean close(Connection connection, QueueBrowser browser) {
+        Thread thread = start(connection, browser);
         try {
             thread.join(CLOSE_MILLIS);
         } catch (InterruptedException e) {
@@ -25,16 +30,23 @@ final class Closer {
         return false;
     }
 
-    private static Thread start(Connection connection) {
-        Thread thread = new Thread(() -> run(connection), "kel-jms-close");
+    private static Thread start(Connection connection, QueueBrowser browser) {
+        Thread thread = new Thread(() -> {
+            if (browser != null) attempt(browser::close);
+            attempt(connection::close);
+        }, "kel-jms-close");
         thread.setDaemon(true);
         thread.start();
         return thread;
     }
 
-    private static void run(Connection connection) {
+    private interface Closing {
+        void run() throws JMSException;
+    }
+
+    private static void attempt(Closing closing) {
         try {
-            connection.close();
+            closing.run();
         } catch (JMSException | RuntimeException e) {
             Log.detail("The connection could not be closed cleanly.", e);
         }

@@ -19,6 +19,8 @@ final class ConnectionLoss implements ExceptionListener {
         if (known != null) known.accept(exception);
     }
 
+    synchronized boolean hasHeard() { return cause != null; }
+
     void handleWith(Consumer<JMSException> newHandler) {
         JMSException earlier;
         synchronized (this) {

@@ -58,9 +58,12 @@ public final class JmsConnector {
     /** Connects for sending; false when that failed. */
     public boolean connectForOutput() { return connect(LinkOpener.Purpose.PRODUCE); }
 
-    /** Loads the {@link MessageConverter} for incoming messages; false when that failed. */
+    /** Loads the {@link MessageConverter} for incoming messages; false, and disconnected, when that failed. */
     public boolean initInConverter(String className, String parameter) {
-        return attempt(() -> inConverter = ConverterHolder.load(className, parameter));
+        if (attempt(() -> inConverter = ConverterHolder.load(className, parameter))) return true;
+        // The start fails with it; nobody else would close a consumer, which keeps messages from others.
+        disconnect();
+        return false;
     }
 
     /** Loads the {@link MessageConverter} for outgoing rows; false when that failed. */
@@ -238,8 +241,8 @@ public final class JmsConnector {
             }
         } catch (JMSException | RuntimeException e) {
             Log.detail("Browsing failed.", e);
-            String sentence = "Browsing %s failed: %s.";
-            throw new ConnectorException(sentence.formatted(settings.destination(), Log.reason(e)));
+            String reason = link.hasEnded() ? "the connection ended meanwhile" : Log.reason(e);
+            throw new ConnectorException("Browsing %s failed: %s.".formatted(settings.destination(), reason));
         }
         return found;
     }

@@ -8,6 +8,7 @@ import javax.jms.JMSException;
 import javax.jms.Message;
 import javax.jms.MessageConsumer;
 import javax.jms.MessageProducer;
+import javax.jms.QueueBrowser;
 import javax.jms.Session;
 
 /**
@@ -37,6 +38,7 @@ final class Link {
     private final ConnectionLoss loss;
     private final boolean transacted;
     private volatile boolean closing;
+    private volatile QueueBrowser browser;   // in use
 
     // Guarded by lock: the messages handed on that the provider still counts as unread.
     private Message lastHandedOn;
@@ -64,6 +66,17 @@ final class Link {
     ConnectionLoss loss() { return loss; }
 
     boolean isClosing() { return closing; }
+
+    /** Whether the link is being closed or its connection was lost. */
+    boolean hasEnded() { return closing || loss.hasHeard(); }
+
+    /**
+     * Has the browser closed before the connection: with some providers one waits for messages of a connection
+     * that is gone for ever.
+     *
+     * @param inUse null when it no longer is
+     */
+    void closeWithIt(QueueBrowser inUse) { browser = inUse; }
 
     /**
      * The next message, or null when none came within the time or the link is being closed.
@@ -156,7 +169,7 @@ final class Link {
         } else {
             problem = "the provider does not return from a call";
         }
-        boolean closed = Closer.close(connection);
+        boolean closed = Closer.close(connection, browser);
         if (problem == null) return closed;
         Log.warn("The messages handed on last may come again, since closing failed: " + problem + ".");
         return false;
@@ -170,7 +183,7 @@ final class Link {
             again = pending;
             lock.unlock();
         }
-        Closer.close(connection);
+        Closer.close(connection, browser);
         return again;
     }
 

@@ -3,7 +3,7 @@ package com.morvex.kel.connectors;
 import static org.junit.Assert.*;
 
 import java.util.List;
-import java.util.concurrent.CountDownLatch;
+import java.util.concurrent.*;
 import javax.jms.Connection;
 import javax.jms.ExceptionListener;
 import javax.jms.JMSException;
@@ -124,5 +124,31 @@ public class ConnectingTest extends BrokerFixture {
         assertTrue(logged("does not return from a call"));
         FakeProvider.waitForCalls(FakeProvider.CLOSE, 1);
         FakeProvider.until.countDown();
+    }
+
+    /** Also where the provider then ends the look as if there were no more. */
+    @Test
+    public void aBrowseFailsWhenItsConnectionEnds() throws Exception {
+        for (boolean isLost : new boolean[] {false, true}) {
+            JmsConnector connector = FakeProvider.connector("Enumeration.hasMoreElements");
+            assertTrue(connector.connectForInput(false));
+            var browse = CompletableFuture.supplyAsync(connector::browseTextMessages);
+            FakeProvider.waitForCalls("Enumeration.hasMoreElements", 1);
+            if (isLost) FakeProvider.listener.onException(new JMSException("gone"));
+            else connector.disconnect();
+            FakeProvider.waitForCalls("QueueBrowser.close", 1);
+            FakeProvider.until.countDown();
+            Throwable failure = assertThrows(CompletionException.class, browse::join).getCause();
+            assertTrue(failure.getMessage(), failure.getMessage().endsWith("failed: the connection ended meanwhile."));
+            connector.disconnect();
+        }
+    }
+
+    @Test
+    public void aStartThatFailsForItsConverterLeavesNoConsumer() throws Exception {
+        JmsConnector connector = FakeProvider.connector("");
+        assertTrue(connector.connectForInput(true));
+        checkFails("no.such.Converter", connector.initInConverter("no.such.Converter", ""));
+        FakeProvider.waitForCalls(FakeProvider.CLOSE, 1);
     }
 }
