@@ -37,12 +37,12 @@ inline uint64_t lastEight(Block block) { return firstEight(_mm_unpackhi_epi64(bl
 
 // Where a block of these begins decides how many of its bytes are set, and where its point is.
 inline constexpr auto kSetBytes = [] {
-    std::array<char, 2 * kBlock> bytes{};
+    std::array<char, 2 * sizeof(Block)> bytes{};
     for (size_t i = 0; i < kBlock; ++i) bytes[i] = -1;
     return bytes;
 }();
 inline constexpr auto kOnePoint = [] {
-    std::array<char, 2 * kBlock> bytes{};
+    std::array<char, 2 * sizeof(Block)> bytes{};
     bytes[kBlock] = '.';
     return bytes;
 }();

@@ -111,17 +111,19 @@ std::vector<std::string> remarks(const Discovery& found, const Settings& setting
             "what follows the digits is ignored, so that \"7 apples\" is a date.");
     if (guessesBlanks(found, settings))
         sentences.emplace_back(
-            "A second look did not find the samples (of a topic it never does), so blank values are not told "
-            "from absent ones: both count as blank in columns that they make a string, and as absent in "
-            "others.");
+            "The destination was browsed once more, to tell blank values from absent ones, but the samples "
+            "were not found again (of a topic they never are): both count as blank in columns that they make "
+            "a string, and as absent in others.");
     return sentences;
 }
 
-// Of XML the proposal needs more than the answers tell; of FIX only the explanation does, and only of samples
+// Of XML the proposal needs more than the answers tell; else only the explanation does, and only of samples
 // with blank texts that a second look can find again.
-bool needsSecondLook(const Session& session, const Discovery& found) {
+bool needsSecondLook(const Session& session, const Discovery& found, const DiscoverOptions& options) {
     const std::string format = parameter(session, "dataFormat");
-    if (format != "FIX" || parameter(session, "destinationType") == "TOPIC") return format == "XML";
+    if (format == "XML" && options.output != "table") return true;
+    const bool holdsAbsent = format == "XML" || format == "FIX";
+    if (!holdsAbsent || parameter(session, "destinationType") != "QUEUE") return false;
     return std::any_of(found.samples.begin(), found.samples.end(), [](const auto& sample) {
         return std::find(sample.begin(), sample.end(), "") != sample.end();
     });
@@ -163,7 +165,8 @@ int runDiscovery(const DiscoverOptions& options) {
     plugin.setDiscovery(adapter.handle());
     adapter.reset();
     Discovery found = discover(session, adapter);
-    if (needsSecondLook(session, found)) found.messages = secondLook.messages(found.samples.size());
+    if (adapter.isStopped()) failAsStopped();
+    if (needsSecondLook(session, found, options)) found.messages = secondLook.messages(found.samples.size());
     if (adapter.isStopped()) failAsStopped();
 
     const Proposal proposal = propose(found, asConfigured, streamName);

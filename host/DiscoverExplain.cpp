@@ -144,7 +144,7 @@ private:
                                                   : std::string();
             });
         }
-        if (isTemporal(decision.type)) {
+        if (decision.type != DataTypes::kString) {
             warnOf(values, result, [this](const Sampled& value) { return ignoredRest(value); });
         }
         const Values filled = withoutBlanks(values);

@@ -6,6 +6,7 @@
 
 #include "adapter/Adapter.h"
 #include "fix/NewFixUtils.h"
+#include "host/StoppableReset.h"
 #include "jms/JmsUtils.h"
 #include "jmsin/XmlPatterns.h"
 
@@ -24,6 +25,13 @@ public:
     ~Peeker() override { deleteConnectionErrors(connectionErrors); }
 
     bool reset() override {
+        return connecting_.run([this] { return connect(); });
+    }
+    void stop() override {
+        connecting_.stop([this] { jms_.disconnect(); });
+    }
+
+    bool connect() {
         resetCommon();
         jms_.reset(this);
         if (isFix()) {
@@ -38,7 +46,6 @@ public:
                          parameter("destinationName"), kDurable, kForInput, kBindSchema, columnMap_,
                          parameter("jndiContextFactory"), parameter("jndiURL"), "", "");
     }
-    void stop() override { jms_.disconnect(); }
 
     std::vector<std::string> messages() {
         std::vector<std::string> texts;
@@ -80,6 +87,7 @@ private:
 
     const Settings& settings_;
     JmsUtils jms_;
+    StoppableReset connecting_;
     NewFixUtils fix_;
     std::map<std::string, std::string> columnMap_;  // no names are mapped
 };

@@ -39,7 +39,7 @@ public:
     // that drives the adapter. Empty when nothing is waiting or can be browsed.
     std::vector<PeekedMessage> messages(size_t limit);
 
-    // Ends a look that waits. Any thread.
+    // Ends a look that goes on, or comes later. Any thread.
     void stop();
 
 private:

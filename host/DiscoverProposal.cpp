@@ -31,7 +31,7 @@ public:
         proposal_.streamName = streamName();
         addLayout();
         for (size_t i = hasPrefix_ ? kPrefix : 0; i < discovery_.names.size(); ++i) addColumn(i);
-        if (isXml_ && isSure_) addLaterAttributes();
+        if (isXml_) addLaterAttributes();
         return std::move(proposal_);
     }
 
@@ -93,10 +93,6 @@ private:
     bool elementsMatch() {
         if (!flagOf(settings_, "matchStreamName")) return true;
         if (!settings_.streamName.empty() && settings_.streamName == proposal_.streamName) return true;
-        if (!isSure_)
-            proposal_.notes.push_back(
-                "A second look did not find the samples (of a topic it never does), so attributes that only "
-                "later samples have are not known, and a run is told to take any element.");
         const auto isNamedSo = [&](const auto& message) { return message.element == proposal_.streamName; };
         return isSure_ && std::all_of(discovery_.messages.begin(), discovery_.messages.end(), isNamedSo);
     }
@@ -144,6 +140,14 @@ private:
     // The entry points know the attributes of the first message only, and a run refuses a message with one
     // that is no column.
     void addLaterAttributes() {
+        if (!isSure_) {
+            proposal_.notes.push_back(
+                "The destination was browsed once more, for the element's name and attributes that only "
+                "later "
+                "samples have, but the samples were not found again (of a topic they never are): neither is "
+                "sure.");
+            return;
+        }
         for (const PeekedMessage& message : discovery_.messages) {
             for (const auto& [name, value] : message.fields) {
                 const auto isNamed = [&name = name](const ProposedColumn& column) {

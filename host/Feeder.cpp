@@ -25,16 +25,14 @@ Feeder::~Feeder() { close(); }
 
 void Feeder::close() {
     if (!thread_.joinable()) return;
-    bool mayBlock = false;
     {
         const std::lock_guard guard(lock_);
         closing_ = true;
-        mayBlock = connected_;
         changed_.notify_one();
     }
     source_.stop();
     // A send to a full broker waits for ever; closing its connection ends it.
-    if (mayBlock) sender_.stop();
+    sender_.stop();
     thread_.join();
 }
 
@@ -64,10 +62,6 @@ void Feeder::sendAll() {
     if (!sender_.reset())
         throw Failure("Feeding " + source_.name() +
                       " failed: the destination takes no sender; the reason stands above.");
-    {
-        const std::lock_guard guard(lock_);
-        connected_ = true;
-    }
     std::string line;
     for (int64_t sent = 0; mayGoOn(sent) && source_.next(line); ++sent) {
         try {

@@ -42,7 +42,6 @@ private:
     Sender sender_;
     std::mutex lock_;  // guards what follows
     std::condition_variable changed_;
-    bool connected_ = false;
     bool closing_ = false;
     std::thread thread_;
 };

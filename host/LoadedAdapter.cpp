@@ -20,17 +20,15 @@ LoadedAdapter::LoadedAdapter(const Plugin& plugin, Session& session)
 LoadedAdapter::~LoadedAdapter() { plugin_.deleteAdapter(handle_); }
 
 void LoadedAdapter::reset() {
-    if (plugin_.reset(handle_)) return;
-    if (isStopped()) throw Failure("Stopped before the connection was ready.");
+    if (connecting_.run([this] { return plugin_.reset(handle_); })) return;
+    if (isStopped()) throw Failure(kStoppedEarly);
     throw Failure(session_.errors > 0
                       ? "The adapter refuses to start; the reason stands above."
                       : "The adapter cannot connect; the connector's warning or exception above says why.");
 }
 
 void LoadedAdapter::stop() {
-    isStopped_ = true;
-    const std::lock_guard guard(stopLock_);
-    plugin_.stop(handle_);
+    connecting_.stop([this] { plugin_.stop(handle_); });
 }
 
 }  // namespace host

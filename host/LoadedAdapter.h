@@ -1,12 +1,11 @@
 // The plug-in's adapter, driven as a server drives it.
 #pragma once
 
-#include <atomic>
-#include <mutex>
 #include <string>
 
 #include "host/Plugin.h"
 #include "host/Session.h"
+#include "host/StoppableReset.h"
 
 namespace host {
 
@@ -28,16 +27,15 @@ public:
     // Connects. From then on the adapter belongs to the calling thread, but for stop. Throws Failure.
     void reset();
 
-    // Any thread. A stop that came before reset had begun is forgotten by it, so this may be called again.
+    // Any thread, at any time: a reset that goes on, or comes later, fails.
     void stop();
-    bool isStopped() const { return isStopped_; }
+    bool isStopped() const { return connecting_.isStopped(); }
 
 private:
     const Plugin& plugin_;
     const Session& session_;
     void* handle_;
-    std::mutex stopLock_;
-    std::atomic<bool> isStopped_{false};
+    StoppableReset connecting_;
 };
 
 }  // namespace host

@@ -1,7 +1,6 @@
 #include "host/Send.h"
 
 #include <algorithm>
-#include <atomic>
 
 #include "host/Check.h"
 #include "host/Console.h"
@@ -17,12 +16,11 @@ namespace {
 
 class Sending {
 public:
-    Sending(Sender& sender, LineSource& source, const SendOptions& options,
-            const std::atomic<bool>& isStopped)
-        : sender_(sender), source_(source), options_(options), isStopped_(isStopped) {}
+    Sending(Sender& sender, LineSource& source, const SendOptions& options)
+        : sender_(sender), source_(source), options_(options) {}
 
     void sendAll() {
-        for (int64_t round = 0; round < options_.repeat && !isStopped_; ++round) {
+        for (int64_t round = 0; round < options_.repeat && !sender_.isStopped(); ++round) {
             if (round > 0) source_.rewind();
             options_.whole ? sendWhole() : sendLines();
         }
@@ -46,14 +44,13 @@ private:
             sender_.send(text);
             ++sent_;
         } catch (const Failure& failure) {
-            if (!isStopped_) throw Failure(place + ": " + failure.what());
+            if (!sender_.isStopped()) throw Failure(place + ": " + failure.what());
         }
     }
 
     Sender& sender_;
     LineSource& source_;
     const SendOptions& options_;
-    const std::atomic<bool>& isStopped_;
     int64_t sent_ = 0;
 };
 
@@ -73,17 +70,17 @@ int sendMessages(const SendOptions& options) {
     LineSource source(options.file);
     Session session(std::move(settings), options.session.logLevel);
     Sender sender(session.context, session.rowType, session.settings.connection);
-    std::atomic<bool> isStopped{false};
     SignalWatch signals([&] {
         const JvmThread thisThread;
-        isStopped = true;
         source.stop();
         sender.stop();
     });
     if (!sender.reset())
         throw Failure(
-            "The destination takes no sender; the connector's warning or exception above says why.");
-    Sending sending(sender, source, options, isStopped);
+            sender.isStopped()
+                ? kStoppedEarly
+                : "The destination takes no sender; the connector's warning or exception above says why.");
+    Sending sending(sender, source, options);
     const Clock::time_point start = Clock::now();
     try {
         sending.sendAll();
@@ -92,6 +89,7 @@ int sendMessages(const SendOptions& options) {
         throw;
     }
     saySent(sending.sent(), secondsBetween(start, Clock::now()));
+    const bool isStopped = sender.isStopped();
     sender.stop();
     return isStopped ? kFailed : kDone;
 }

@@ -72,6 +72,10 @@ std::string Sender::parameter(const char* name) {
 }
 
 bool Sender::reset() {
+    return connecting_.run([this] { return connect(); });
+}
+
+bool Sender::connect() {
     resetCommon();
     isObjectArray_ = parameter("dataFormat") == "OBJECTARRAY";
     jms_.reset(this);
@@ -84,7 +88,9 @@ bool Sender::reset() {
                      parameter("jndiContextFactory"), parameter("jndiURL"), "", "");
 }
 
-void Sender::stop() { jms_.disconnect(); }
+void Sender::stop() {
+    connecting_.stop([this] { jms_.disconnect(); });
+}
 
 void Sender::send(const std::string& text) {
     if (isObjectArray_ ? sendObjectArray(text) : sendText(text)) return;

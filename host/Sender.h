@@ -5,6 +5,7 @@
 #include <string>
 
 #include "adapter/Adapter.h"
+#include "host/StoppableReset.h"
 #include "host/toolkit/HostContext.h"
 #include "jms/JmsUtils.h"
 
@@ -18,9 +19,10 @@ public:
     Sender(Context& context, RowType& rowType, Parameters& parameters);
     ~Sender() override;
 
-    // Connects as a producer. False: the error sink and the connector's log have the reason.
+    // Connects as a producer. False: stopped, or the error sink and the connector's log have the reason.
     bool reset() override;
-    void stop() override;  // disconnects
+    void stop() override;  // disconnects, at any time
+    bool isStopped() const { return connecting_.isStopped(); }
 
     // Sends a text, a file's line say, as one message: for object arrays a JSON array of strings and nulls,
     // its elements as they stand; else a text message. Throws Failure.
@@ -36,7 +38,10 @@ private:
     bool sendObjectArray(const std::string& line);
     bool sendText(const std::string& text);
 
+    bool connect();
+
     JmsUtils jms_;
+    StoppableReset connecting_;
     std::map<std::string, std::string> columnMap_;  // no names are mapped
     void* row_;
     bool isObjectArray_ = false;

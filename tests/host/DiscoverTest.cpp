@@ -48,7 +48,7 @@ TEST(DiscoverExplain, NamesTheDecidingValueAndWhatTheTypeLoses) {
         {"CSV", "integer", "1|", 0, 0, ""},
         {"CSV", "integer", "0|-0|-07|+00|10", 1, 5, R"("-07" (sample 3) loses its leading zeros as a number; likewise 1 more)"},
         {"CSV", "string", "007|x", 2, 2, ""},
-        {"CSV", "float", "1.5|2024-01-02T03:04:05.123", 1, 2, ""},
+        {"CSV", "float", "1.5|2024-01-02T03:04:05.123", 1, 2, R"("2024-01-02T03:04:05.123" (sample 2) is a date only because the rest,)"},
         {"CSV", "date", "5|2024-01-02T03:04:05", 2, 2, ""},
         {"CSV", "date", "2024-01-02T03:04:05.1", 1, 1, R"("2024-01-02T03:04:05.1" (sample 1) is a date only because the rest, ".1", is)"},
         {"CSV", "timestamp", "2024-01-02T03:04:05.123", 1, 1, "", "%d.%m.%Y"},

@@ -10,6 +10,7 @@
 
 #include "host/Console.h"
 #include "host/LineSource.h"
+#include "host/StoppableReset.h"
 #include "tests/doubles/FakeJvm.h"
 
 namespace {
@@ -109,6 +110,23 @@ TEST_F(Sending, ArraysGoOutAsTheyStand) {
     for (const std::string& text : {std::string("[null]\0[]", 9), std::string("[null\0]", 7)})
         EXPECT_TRUE(failureOf(text).ends_with(", at byte " + std::to_string(text.find('\0')) + ".")) << failureOf(text);
     EXPECT_TRUE(jvm.takeCalls().empty());
+}
+
+// The adapter forgets a stop that comes as its reset begins.
+TEST(StoppableReset, AStopEndsAResetWheneverItComes) {
+    host::StoppableReset connecting;
+    std::atomic<int> stops{0};
+    std::thread stopper;
+    const bool isReady = connecting.run([&] {
+        stopper = std::thread([&] { connecting.stop([&] { ++stops; }); });
+        while (stops < 1) std::this_thread::yield();
+        for (const int forgotten = stops.exchange(0); stops < 2;) std::this_thread::sleep_for(std::chrono::milliseconds(forgotten));
+        return true;
+    });
+    stopper.join();
+    EXPECT_FALSE(isReady);
+    EXPECT_TRUE(connecting.isStopped());
+    EXPECT_FALSE(connecting.run([] { return ADD_FAILURE(), true; }));
 }
 
 }  // namespace

@@ -1,0 +1,45 @@
+// Connecting, which a stop from another thread ends whenever it comes.
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <mutex>
+#include <thread>
+
+namespace host {
+
+inline constexpr char kStoppedEarly[] = "Stopped before the connection was ready.";
+
+class StoppableReset {
+public:
+    // False, without `reset` when that can be told in time, once stopped; else what `reset` says. One thread.
+    bool run(const std::function<bool()>& reset) {
+        isResetting_ = true;
+        const bool isReady = !isStopped_ && reset();
+        isResetting_ = false;
+        return isReady && !isStopped_;
+    }
+
+    // Calls `stop`, again and again while a reset runs: one that has just begun clears the stop, or has nothing
+    // yet that could be stopped. Any thread; one call at a time.
+    void stop(const std::function<void()>& stop) {
+        constexpr std::chrono::milliseconds kPause(20);
+        isStopped_ = true;
+        const std::lock_guard guard(lock_);
+        stop();
+        while (isResetting_) {
+            std::this_thread::sleep_for(kPause);
+            stop();
+        }
+    }
+
+    bool isStopped() const { return isStopped_; }
+
+private:
+    std::mutex lock_;
+    std::atomic<bool> isStopped_{false};
+    std::atomic<bool> isResetting_{false};
+};
+
+}  // namespace host
