@@ -21,8 +21,8 @@ public:
         return isReady && !isStopped_;
     }
 
-    // Calls `stop`, again and again while a reset runs: one that has just begun clears the stop, or has nothing
-    // yet that could be stopped. Any thread; one call at a time.
+    // Calls `stop`, again and again while a reset runs: one that has just begun clears the stop, or has
+    // nothing yet that could be stopped. Any thread; one call at a time.
     void stop(const std::function<void()>& stop) {
         constexpr std::chrono::milliseconds kPause(20);
         isStopped_ = true;
