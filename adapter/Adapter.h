@@ -3,7 +3,7 @@
 // adapters never call the toolkit directly.
 //
 // Threads: nothing here takes a lock. Everything runs on the thread that the server calls on; only
-// stopRequested may come from another thread, and the row counters may be read from one.
+// stopRequested may come from another thread, and the row counters may be read from one (not during reset).
 #pragma once
 
 #include <pthread.h>

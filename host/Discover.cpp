@@ -111,9 +111,9 @@ std::vector<std::string> remarks(const Discovery& found, const Settings& setting
             "what follows the digits is ignored, so that \"7 apples\" is a date.");
     if (guessesBlanks(found, settings))
         sentences.emplace_back(
-            "The destination was browsed once more, to tell blank values from absent ones, but the samples "
-            "were not found again (of a topic they never are): both count as blank in columns that they make "
-            "a string, and as absent in others.");
+            "Blank values are not told from absent ones: that takes a second look at the samples, which a "
+            "topic does not give. Both count as blank in columns that they make a string, and as absent in "
+            "others.");
     return sentences;
 }
 

@@ -222,25 +222,27 @@ private:
 
 bool guessesBlanks(const Discovery& discovery, const Settings& settings) {
     const std::string format = parameterOf(settings, "dataFormat");
-    if ((format != "XML" && format != "FIX") || sawSamplesAgain(discovery)) return false;
+    if ((format != "XML" && format != "FIX") || sawSamplesAgain(discovery, settings)) return false;
     return std::any_of(discovery.samples.begin(), discovery.samples.end(), [](const auto& sample) {
         return std::find(sample.begin(), sample.end(), "") != sample.end();
     });
 }
 
 std::vector<Explanation> explain(const Discovery& discovery, const Settings& settings) {
-    const bool isTold = sawSamplesAgain(discovery);
+    const bool isTold = sawSamplesAgain(discovery, settings);
     const bool isGuess = guessesBlanks(discovery, settings);
     std::vector<Explanation> explanations;
     for (size_t i = 0; i < discovery.names.size(); ++i) {
         Values values;
+        Values told;  // without those that are none
         for (size_t at = 0; at < discovery.samples.size(); ++at) {
             if (i >= discovery.samples[at].size()) continue;
-            if (isTold && discovery.messages[at].find(discovery.names[i]) == nullptr) continue;
             values.push_back({at + 1, discovery.samples[at][i]});
+            if (!isTold || discovery.messages[at].find(discovery.names[i]) != nullptr)
+                told.push_back(values.back());
         }
         const SampledColumn column(discovery.names[i], discovery.types[i], discoveryFormats(settings));
-        explanations.push_back(isGuess ? column.guess(values) : column.explain(values));
+        explanations.push_back(isGuess || told.empty() ? column.guess(values) : column.explain(told));
     }
     return explanations;
 }

@@ -24,7 +24,7 @@ public:
           format_(parameterOf(settings, "dataFormat")),
           asked_(!streamName.empty() ? streamName : settings.streamName),
           isXml_(format_ == "XML"),
-          isSure_(sawSamplesAgain(discovery)) {}
+          isSure_(sawSamplesAgain(discovery, settings)) {}
 
     Proposal propose() {
         hasPrefix_ = findPrefix();
@@ -141,11 +141,10 @@ private:
     // that is no column.
     void addLaterAttributes() {
         if (!isSure_) {
-            proposal_.notes.push_back(
-                "The destination was browsed once more, for the element's name and attributes that only "
-                "later "
-                "samples have, but the samples were not found again (of a topic they never are): neither is "
-                "sure.");
+            proposal_.notes.emplace_back(
+                "The name of the samples' element is not sure, and attributes that only later samples have "
+                "are "
+                "not known: that takes a second look at them, which a topic does not give.");
             return;
         }
         for (const PeekedMessage& message : discovery_.messages) {
@@ -183,7 +182,8 @@ TemporalFormats discoveryFormats(const Settings& settings) {
             parameterOf(settings, "timestampFormat")};
 }
 
-bool sawSamplesAgain(const Discovery& discovery) {
+bool sawSamplesAgain(const Discovery& discovery, const Settings& settings) {
+    if (parameterOf(settings, "destinationType") != "QUEUE") return false;
     if (discovery.messages.size() != discovery.samples.size()) return false;
     for (size_t i = 0; i < discovery.samples.size(); ++i) {
         for (size_t column = 0; column < discovery.samples[i].size(); ++column) {

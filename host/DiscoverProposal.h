@@ -23,8 +23,9 @@ struct Discovery {
     std::vector<PeekedMessage> messages;  // what a second look found; empty: there was none
 };
 
-// Whether the second look found the samples, one for one and value for value; of a topic it never does.
-bool sawSamplesAgain(const Discovery& discovery);
+// Whether the second look found the samples, one for one and value for value; of a topic it never does, even
+// where later messages are alike.
+bool sawSamplesAgain(const Discovery& discovery, const Settings& settings);
 
 struct ProposedColumn {
     std::string name;

@@ -1,6 +1,7 @@
 #include "host/Send.h"
 
 #include <algorithm>
+#include <atomic>
 
 #include "host/Check.h"
 #include "host/Console.h"
@@ -16,11 +17,12 @@ namespace {
 
 class Sending {
 public:
-    Sending(Sender& sender, LineSource& source, const SendOptions& options)
-        : sender_(sender), source_(source), options_(options) {}
+    Sending(Sender& sender, LineSource& source, const SendOptions& options,
+            const std::atomic<bool>& isStopped)
+        : sender_(sender), source_(source), options_(options), isStopped_(isStopped) {}
 
     void sendAll() {
-        for (int64_t round = 0; round < options_.repeat && !sender_.isStopped(); ++round) {
+        for (int64_t round = 0; round < options_.repeat && !isStopped_; ++round) {
             if (round > 0) source_.rewind();
             options_.whole ? sendWhole() : sendLines();
         }
@@ -44,13 +46,14 @@ private:
             sender_.send(text);
             ++sent_;
         } catch (const Failure& failure) {
-            if (!sender_.isStopped()) throw Failure(place + ": " + failure.what());
+            if (!isStopped_) throw Failure(place + ": " + failure.what());
         }
     }
 
     Sender& sender_;
     LineSource& source_;
     const SendOptions& options_;
+    const std::atomic<bool>& isStopped_;
     int64_t sent_ = 0;
 };
 
@@ -70,17 +73,19 @@ int sendMessages(const SendOptions& options) {
     LineSource source(options.file);
     Session session(std::move(settings), options.session.logLevel);
     Sender sender(session.context, session.rowType, session.settings.connection);
+    std::atomic<bool> isStopped{false};
     SignalWatch signals([&] {
         const JvmThread thisThread;
+        isStopped = true;  // before the input ends: that is then no end of the work
         source.stop();
         sender.stop();
     });
     if (!sender.reset())
         throw Failure(
-            sender.isStopped()
+            isStopped
                 ? kStoppedEarly
                 : "The destination takes no sender; the connector's warning or exception above says why.");
-    Sending sending(sender, source, options);
+    Sending sending(sender, source, options, isStopped);
     const Clock::time_point start = Clock::now();
     try {
         sending.sendAll();
@@ -89,7 +94,6 @@ int sendMessages(const SendOptions& options) {
         throw;
     }
     saySent(sending.sent(), secondsBetween(start, Clock::now()));
-    const bool isStopped = sender.isStopped();
     sender.stop();
     return isStopped ? kFailed : kDone;
 }

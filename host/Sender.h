@@ -22,7 +22,6 @@ public:
     // Connects as a producer. False: stopped, or the error sink and the connector's log have the reason.
     bool reset() override;
     void stop() override;  // disconnects, at any time
-    bool isStopped() const { return connecting_.isStopped(); }
 
     // Sends a text, a file's line say, as one message: for object arrays a JSON array of strings and nulls,
     // its elements as they stand; else a text message. Throws Failure.

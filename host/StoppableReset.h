@@ -13,7 +13,8 @@ inline constexpr char kStoppedEarly[] = "Stopped before the connection was ready
 
 class StoppableReset {
 public:
-    // False, without `reset` when that can be told in time, once stopped; else what `reset` says. One thread.
+    // False, without `reset` when that can be told in time, once stopped; else what `reset` says, which does
+    // not throw. One thread.
     bool run(const std::function<bool()>& reset) {
         isResetting_ = true;
         const bool isReady = !isStopped_ && reset();
@@ -24,7 +25,7 @@ public:
     // Calls `stop`, again and again while a reset runs: one that has just begun clears the stop, or has
     // nothing yet that could be stopped. Any thread; one call at a time.
     void stop(const std::function<void()>& stop) {
-        constexpr std::chrono::milliseconds kPause(20);
+        constexpr std::chrono::milliseconds kPause(50);
         isStopped_ = true;
         const std::lock_guard guard(lock_);
         stop();

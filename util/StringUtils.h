@@ -17,8 +17,8 @@ std::string& toLowerString(std::string& text);
 void splitString(std::string& source, char delimiter, std::string& first, std::string& second);
 
 // Appends every field of `source`, empty ones included, to `fields` (not cleared first) and returns the size
-// that `fields` has then. An empty source is one empty field; a NUL byte ends the source, which is no element
-// of `fields`.
+// that `fields` has then. An empty source is one empty field; a NUL byte ends the source. `source` must not
+// be an element of `fields`.
 size_t splitString(std::string& source, char delimiter, std::vector<std::string>& fields);
 
 // Sets `joined` (out) to the elements with the separator between them.

@@ -13,6 +13,7 @@ using Texts = std::vector<std::string>;
 host::Settings settings(const std::string& format, const std::string& dateFormat = host::kDefaultDateFormat) {
     host::Settings result;
     result.connection = {{"dataFormat", format},
+                         {"destinationType", "QUEUE"},
                          {"destinationName", "dynamicQueues/waiting"},
                          {"dateFormat", dateFormat},
                          {"timestampFormat", host::kDefaultDateFormat}};

@@ -37,7 +37,7 @@ final class ConnectionKeeper {
     void connect(LinkOpener linkOpener) {
         long mine;
         synchronized (this) {
-            if (disconnected) throw new ConnectorException("The connector was disconnected for good.");
+            if (disconnected) throw new ConnectorException("Connecting was cancelled by an earlier disconnect.");
             if (connected) throw new ConnectorException("The connector is connected already.");
             opener = linkOpener;
             mine = ++generation;

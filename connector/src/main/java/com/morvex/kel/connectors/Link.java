@@ -171,7 +171,8 @@ final class Link {
         }
         boolean closed = Closer.close(connection, browser);
         if (problem == null) return closed;
-        Log.warn("The messages handed on last may come again, since closing failed: " + problem + ".");
+        if (consumer != null)
+            Log.warn("The messages handed on last may come again, since closing failed: " + problem + ".");
         return false;
     }
 

@@ -33,7 +33,7 @@ public class ConnectingTest extends BrokerFixture {
         JmsConnector connected = receiver("");
         checkFails("is connected already", connected.connectForInput(true));
         connected.disconnect();
-        checkFails("was disconnected", connected.connectForInput(true));
+        checkFails("an earlier disconnect", connected.connectForInput(true));
         login("reader", "wrong");
         checkFails("refuses the login of \"reader\"", connector(url(), "").connectForInput(true));
         System.clearProperty("java.naming.security.principal");
