@@ -1,6 +1,5 @@
 #include "host/Discover.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <memory>
 
@@ -123,10 +122,7 @@ bool needsSecondLook(const Session& session, const Discovery& found, const Disco
     const std::string format = parameter(session, "dataFormat");
     if (format == "XML" && options.output != "table") return true;
     const bool holdsAbsent = format == "XML" || format == "FIX";
-    if (!holdsAbsent || parameter(session, "destinationType") != "QUEUE") return false;
-    return std::any_of(found.samples.begin(), found.samples.end(), [](const auto& sample) {
-        return std::find(sample.begin(), sample.end(), "") != sample.end();
-    });
+    return holdsAbsent && parameter(session, "destinationType") == "QUEUE" && holdsBlanks(found);
 }
 
 // Without an explanation a user would not learn of warnings; what else is wrong with one is not asked for.

@@ -222,10 +222,8 @@ private:
 
 bool guessesBlanks(const Discovery& discovery, const Settings& settings) {
     const std::string format = parameterOf(settings, "dataFormat");
-    if ((format != "XML" && format != "FIX") || sawSamplesAgain(discovery, settings)) return false;
-    return std::any_of(discovery.samples.begin(), discovery.samples.end(), [](const auto& sample) {
-        return std::find(sample.begin(), sample.end(), "") != sample.end();
-    });
+    return (format == "XML" || format == "FIX") && holdsBlanks(discovery) &&
+           !sawSamplesAgain(discovery, settings);
 }
 
 std::vector<Explanation> explain(const Discovery& discovery, const Settings& settings) {

@@ -182,6 +182,12 @@ TemporalFormats discoveryFormats(const Settings& settings) {
             parameterOf(settings, "timestampFormat")};
 }
 
+bool holdsBlanks(const Discovery& discovery) {
+    return std::any_of(discovery.samples.begin(), discovery.samples.end(), [](const auto& sample) {
+        return std::find(sample.begin(), sample.end(), "") != sample.end();
+    });
+}
+
 bool sawSamplesAgain(const Discovery& discovery, const Settings& settings) {
     if (parameterOf(settings, "destinationType") != "QUEUE") return false;
     if (discovery.messages.size() != discovery.samples.size()) return false;

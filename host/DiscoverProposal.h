@@ -23,6 +23,9 @@ struct Discovery {
     std::vector<PeekedMessage> messages;  // what a second look found; empty: there was none
 };
 
+// Whether any sample holds a blank text, which in XML and FIX may stand for no value at all.
+bool holdsBlanks(const Discovery& discovery);
+
 // Whether the second look found the samples, one for one and value for value; of a topic it never does, even
 // where later messages are alike.
 bool sawSamplesAgain(const Discovery& discovery, const Settings& settings);
