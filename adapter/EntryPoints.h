@@ -2,9 +2,8 @@
 //
 // Conventions for all of them:
 // - `handle` is what createAdapter returned. Only deleteAdapter takes a null handle.
-// - The server serialises its calls; stop, stopRequested and, but for during reset, the three row counters
-// may
-//   come from another thread.
+// - The server serialises its calls; stop and stopRequested may come from another thread, and so may the
+//   three row counters, but not during reset.
 // - An array of strings handed out is a malloc block of exactly as many pointers as the result says, each
 //   string an array-new buffer: release the elements with array delete, the array with free. getCapability
 //   differs: there both levels are from array new.

@@ -93,6 +93,9 @@ private:
     bool elementsMatch() {
         if (!flagOf(settings_, "matchStreamName")) return true;
         if (!settings_.streamName.empty() && settings_.streamName == proposal_.streamName) return true;
+        if (!isSure_)
+            proposal_.notes.emplace_back(
+                "The name of the samples' element is not known for certain, so a run is told to take any.");
         const auto isNamedSo = [&](const auto& message) { return message.element == proposal_.streamName; };
         return isSure_ && std::all_of(discovery_.messages.begin(), discovery_.messages.end(), isNamedSo);
     }
@@ -142,9 +145,8 @@ private:
     void addLaterAttributes() {
         if (!isSure_) {
             proposal_.notes.emplace_back(
-                "The name of the samples' element is not sure, and attributes that only later samples have "
-                "are "
-                "not known: that takes a second look at them, which a topic does not give.");
+                "Attributes that only later samples have are not known: that takes a second look at the "
+                "samples, which a topic does not give.");
             return;
         }
         for (const PeekedMessage& message : discovery_.messages) {

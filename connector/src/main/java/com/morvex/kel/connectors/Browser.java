@@ -21,13 +21,21 @@ final class Browser {
 
     /** At most {@code kel.jms.browseLimit} messages, in the destination's order. */
     List<Message> messages(Link link) throws JMSException {
+        try {
+            List<Message> found = look(link);
+            if (!link.hasEnded()) return found;   // else a provider may end the look as if there were no more
+        } catch (JMSException | RuntimeException e) {
+            if (!link.hasEnded()) throw e;
+            Log.detail("A look was cut short.", e);
+        }
+        throw new ConnectorException("the connection ended meanwhile");
+    }
+
+    private List<Message> look(Link link) throws JMSException {
         Session session = link.connection().createSession(false, Session.AUTO_ACKNOWLEDGE);
         try {
-            List<Message> found = link.destination() instanceof Queue queue
+            return link.destination() instanceof Queue queue
                     ? waiting(link, session, queue) : arriving(link, session);
-            // Some providers end the look then as if there were no more.
-            if (link.hasEnded()) throw new ConnectorException("the connection ended meanwhile");
-            return found;
         } finally {
             session.close();   // with its browser or subscriber
         }

@@ -241,8 +241,8 @@ public final class JmsConnector {
             }
         } catch (JMSException | RuntimeException e) {
             Log.detail("Browsing failed.", e);
-            String reason = link.hasEnded() ? "the connection ended meanwhile" : Log.reason(e);
-            throw new ConnectorException("Browsing %s failed: %s.".formatted(settings.destination(), reason));
+            String sentence = "Browsing %s failed: %s.";
+            throw new ConnectorException(sentence.formatted(settings.destination(), Log.reason(e)));
         }
         return found;
     }

@@ -71,8 +71,8 @@ final class Link {
     boolean hasEnded() { return closing || loss.hasHeard(); }
 
     /**
-     * Has the browser closed before the connection: with some providers one waits for messages of a connection
-     * that is gone for ever.
+     * Has the browser closed before the connection: with some providers it waits for ever once the connection
+     * is gone.
      *
      * @param inUse null when it no longer is
      */
