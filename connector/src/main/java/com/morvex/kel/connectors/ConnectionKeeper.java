@@ -90,8 +90,8 @@ final class ConnectionKeeper {
             link = null;
             long mine = ++generation;
             if (System.nanoTime() - openedAt > PROVEN_NANOS) backoff = new Backoff();
-            boolean isForMemory = MemoryShortage.isBehind(cause);
-            lossesForMemory = isForMemory && !failed.hasHandedOn() ? lossesForMemory + 1 : 0;
+            if (failed.hasHandedOn()) lossesForMemory = 0;
+            countLossForMemory(cause);
             // The caller may be a thread of the provider, which must not wait for the closing.
             unstarted = () -> reconnect(mine, failed, cause);
             startWorker();
@@ -221,6 +221,7 @@ final class ConnectionKeeper {
 
     private void reconnect(long mine, Link failed, Throwable cause) {
         Outage told = null;
+        Throwable reason = cause;
         boolean dropped = false;
         // Whatever is thrown in a round, an Error too, ends the round and nothing else.
         while (isCurrent(mine)) {
@@ -229,17 +230,23 @@ final class ConnectionKeeper {
                     dropped = true;
                     // Closed first, because it may still hold the client ID.
                     told = begun(failed.drop(), cause);
-                    if (givesUp(mine, cause)) return;
                 }
+                if (givesUp(mine, reason)) return;
                 if (!pause(mine, backoff.nextMillis())) return;
                 if (told != null) told.remind();
                 Link next = open(mine);
                 if (install(mine, next) && told != null) told.ends();
                 return;
             } catch (Throwable e) {
+                reason = e;
+                countLossForMemory(e);
                 if (told != null && isCurrent(mine)) tell(told, e);
             }
         }
+    }
+
+    private synchronized void countLossForMemory(Throwable cause) {
+        lossesForMemory = MemoryShortage.isBehind(cause) ? lossesForMemory + 1 : 0;
     }
 
     private static void tell(Outage told, Throwable failure) {
@@ -254,7 +261,8 @@ final class ConnectionKeeper {
         // "may", because an acknowledgement or a commit may have arrived whose confirmation did not
         String repeats = again == 0 ? "" : "; " + Link.count(again) + " may come again";
         // The connector's own sentence says more than what led to it.
-        String reason = cause instanceof ConnectorException ? Log.reason(cause) : Log.rootReason(cause);
+        String reason = cause instanceof ConnectorException ? Log.reason(cause)
+                : MemoryShortage.isBehind(cause) ? MemoryShortage.remedy(cause) : Log.rootReason(cause);
         String sentence = "The connection to " + settings().destination() + " was lost and is made again" + repeats;
         Log.detail(sentence, cause);
         return new Outage(settings().destination(), sentence, reason);
@@ -264,15 +272,18 @@ final class ConnectionKeeper {
     private boolean givesUp(long mine, Throwable cause) {
         synchronized (this) {
             if (generation != mine || lossesForMemory < MemoryShortage.MOST_TRIES) return false;
+        }
+        // Said before the state is seen, on which a host may end its process.
+        String sentence = "The connection to %s is given up: %d times in a row the memory did not suffice for what the"
+                + " provider sends, before a message could be read: %s. The limit of what a broker takes is its"
+                + " wireFormat.maxFrameSize.";
+        Log.warn(sentence.formatted(settings().destination(), MemoryShortage.MOST_TRIES, MemoryShortage.remedy(cause)));
+        synchronized (this) {
             gaveUp = true;
             disconnected = true;
             ++generation;
             notifyAll();
         }
-        String sentence = "The connection to %s is given up: %d times in a row the memory did not suffice for what the"
-                + " provider sends, before a message could be read: %s. The limit of what a broker takes is its"
-                + " wireFormat.maxFrameSize.";
-        Log.warn(sentence.formatted(settings().destination(), MemoryShortage.MOST_TRIES, MemoryShortage.remedy(cause)));
         return true;
     }
 

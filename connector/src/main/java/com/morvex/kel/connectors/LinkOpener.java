@@ -103,7 +103,8 @@ final class LinkOpener {
     private ConnectorException explained(JMSException e, String user, boolean reached) {
         String provider = settings.provider();
         String destination = settings.destination();
-        String reason = Log.rootReason(e) + ".";
+        boolean isForMemory = MemoryShortage.isBehind(e);
+        String reason = (isForMemory ? MemoryShortage.remedy(e) : Log.rootReason(e)) + ".";
         if (ConnectorException.stemsFrom(e, InvalidClientIDException.class)) {
             String taken = "The client ID \"%s\" (parameter clientID) must be free and valid: %s";
             return ConnectorException.passing(taken.formatted(settings.clientId(), reason), e);
