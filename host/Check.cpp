@@ -108,7 +108,8 @@ private:
                                                  "iiop", "iiopname", "corbaname", "corbaloc"};
         std::string scheme = text(name).substr(0, text(name).find(':'));
         for (char& c : scheme) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-        const bool isRemote = std::find(std::begin(kSchemes), std::end(kSchemes), scheme) != std::end(kSchemes);
+        const bool isRemote =
+            std::find(std::begin(kSchemes), std::end(kSchemes), scheme) != std::end(kSchemes);
         if (isRemote && text(name).find(':') != std::string::npos)
             problem(name, "it must be a name at the provider itself, not of another naming service");
     }
@@ -160,10 +161,11 @@ private:
     }
 
     void uncommittedFix() {
-        result_.notes.push_back(
-            "connection.batchsize is " + text("batchsize") +
-            "; messages of other types than connection.fixMessageType are counted too, and a commit is made only when "
-            "a row comes just as the count is a multiple of it, which may be seldom or never; 1 commits every row.");
+        result_.notes.push_back("connection.batchsize is " + text("batchsize") +
+                                "; messages of other types than connection.fixMessageType are counted too, "
+                                "and a commit is made only when "
+                                "a row comes just as the count is a multiple of it, which may be seldom or "
+                                "never; 1 commits every row.");
     }
 
     void redelivery() {

@@ -1,4 +1,5 @@
-// How the connections are that the adapter's connector keeps, which the plug-in's own interface does not tell.
+// How the connections are that the adapter's connector keeps, which the plug-in's own interface does not
+// tell.
 #pragma once
 
 #include "jms/ConnectorMethods.h"

@@ -86,7 +86,8 @@ private:
     void waitedInVain(Clock::time_point now) {
         const ConnectionState state = connectionState();
         if (state == ConnectionState::kGivenUp && !adapter_.isStopped())
-            throw Failure("The run ends, because the connector has given up its connection, as it says above.");
+            throw Failure(
+                "The run ends, because the connector has given up its connection, as it says above.");
         if (state != ConnectionState::kOpen) idleSince_ = now;
         idle_ = secondsBetween(idleSince_, now);
         silent_.add(0, now);

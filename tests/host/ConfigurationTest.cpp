@@ -166,9 +166,10 @@ TEST_F(Configuration, CheckNamesWhatWouldBeTakenForSomethingElse) {
         ASSERT_EQ(found.size(), expected.size()) << overrides[0];
         for (size_t i = 0; i < found.size(); ++i) EXPECT_TRUE(found[i].substr(found[i].find('.') + 1).starts_with(expected[i])) << found[i];
     }
-    const host::Settings durable = read(
-        good, {"connection.delimiter=;", "connection.dataFormat=FIX", "connection.batchsize=2", "connection.subscriptionMode=DURABLE", "connection.clientID=c", "connection.subscriptionName=s",
-               "connection.jndiContextFactory=org.apache.activemq.jndi.ActiveMQInitialContextFactory"});
+    const host::Settings durable =
+        read(good, {"connection.delimiter=;", "connection.dataFormat=FIX", "connection.batchsize=2", "connection.subscriptionMode=DURABLE",
+                    "connection.clientID=c", "connection.subscriptionName=s",
+                    "connection.jndiContextFactory=org.apache.activemq.jndi.ActiveMQInitialContextFactory"});
     const Texts notes = host::checkSettings(durable).notes;
     ASSERT_EQ(notes.size(), 3U);
     EXPECT_TRUE(notes[0].starts_with("connection.batchsize is 2; messages of other types")) << notes[0];
