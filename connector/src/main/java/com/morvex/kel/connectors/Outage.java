@@ -9,7 +9,8 @@ import java.util.concurrent.TimeUnit;
  * minute, and that it ended. The same sentence again and again would bury everything else.
  */
 final class Outage {
-    private static final long REMIND_NANOS = TimeUnit.MINUTES.toNanos(1);
+    /** Not final, so that a test need not wait for a minute. */
+    static volatile long remindNanos = TimeUnit.MINUTES.toNanos(1);
     private static final int MOST_REASONS = 3;
 
     private final String destination;
@@ -39,7 +40,7 @@ final class Outage {
 
     synchronized void remind() {
         long now = System.nanoTime();
-        if (now - said < REMIND_NANOS) return;
+        if (now - said < remindNanos) return;
         said = now;
         String sentence = "There has been no connection to %s for %d s: %s.";
         Log.warn(sentence.formatted(destination, TimeUnit.NANOSECONDS.toSeconds(now - began), last));

@@ -7,7 +7,7 @@ import java.util.concurrent.CompletableFuture;
 import java.util.concurrent.CompletionException;
 import javax.jms.*;
 import org.apache.activemq.command.ActiveMQQueue;
-import org.junit.Test;
+import org.junit.*;
 
 /** Whatever ends in the middle of a message, nothing is lost, nothing hangs, and one sentence says so. */
 public class UnderFireTest extends BrokerFixture {
@@ -28,6 +28,9 @@ public class UnderFireTest extends BrokerFixture {
         @Override
         public Message toMessage(String[] row, Session session) { return null; }
     }
+
+    @After
+    public void remindByTheMinute() { Outage.remindNanos = 60_000_000_000L; }
 
     private void sendTexts(Destination destination, String... texts) throws JMSException {
         for (String text : texts) send(destination, session -> session.createTextMessage(text));
@@ -206,13 +209,17 @@ public class UnderFireTest extends BrokerFixture {
         String log = takeLog();
         assertTrue(log, log.lines().count() <= 3 && log.contains("was lost and is made again"));
         assertTrue(log, log.contains("is not reachable: Connection refused") && !log.contains("at once"));
+        Outage.remindNanos = 500_000_000;
+        waitUntil("reminded", () -> logged("There has been no connection to queue \"q\" for "));
         told.disconnect();
+        takeLog();
         startBroker();
         JmsConnector hidden = connector("failover:(" + address + ")", "");
         assertTrue(hidden.connectForInput(true));
         assertEquals(0, JmsConnector.connectionState());
         broker.stop();
         waitUntil("told", () -> logged("was lost, which the provider's client keeps to itself"));
+        waitUntil("reminded", () -> logged("There has been no connection to queue \"q\" for "));
         assertEquals(1, JmsConnector.connectionState());
         startBroker();
         waitUntil("told", () -> logged("is there again"));
