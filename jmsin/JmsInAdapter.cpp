@@ -8,6 +8,7 @@
 #include "jms/JmsUtils.h"
 #include "jmsin/MessageKeys.h"
 #include "jmsin/XmlPatterns.h"
+#include "util/KeptText.h"
 
 namespace {
 
@@ -107,8 +108,14 @@ JmsInAdapter::Received JmsInAdapter::receive() {
     return Received::kBad;
 }
 
+bool JmsInAdapter::takeText() {
+    util::giveBackIfLarge(text_);
+    util::giveBackIfLarge(token_);
+    return jms_->receiveTextMessage(text_);
+}
+
 JmsInAdapter::Received JmsInAdapter::receiveText() {
-    if (!jms_->receiveTextMessage(text_)) return Received::kBad;
+    if (!takeText()) return Received::kBad;
     if (text_.empty()) return Received::kNothing;
     const bool parsed =
         dataFormat_ == DataFormat::kXml ? parseXmlMessage(text_, nullptr) : parseCsvMessage(text_, false);
@@ -118,7 +125,7 @@ JmsInAdapter::Received JmsInAdapter::receiveText() {
 // Messages of another type are counted and passed over.
 JmsInAdapter::Received JmsInAdapter::receiveFix() {
     for (;;) {
-        if (!jms_->receiveTextMessage(text_)) return Received::kBad;
+        if (!takeText()) return Received::kBad;
         if (text_.empty()) return Received::kNothing;
         try {
             switch (fix_->messageToRow(text_, fixMessageType_, row_)) {
