@@ -1,9 +1,9 @@
 // The adapter's life and its receive loop.
 #include "jmsin/JmsInAdapter.h"
 
-#include <atomic>
 #include <stdexcept>
 
+#include "adapter/Shared.h"
 #include "fix/NewFixUtils.h"
 #include "jms/JmsUtils.h"
 #include "jmsin/MessageKeys.h"
@@ -16,8 +16,7 @@ constexpr int kTraceLevel = 7;
 constexpr int kStateRunning = 2;
 constexpr int kStateStopped = 4;
 
-// On this thread alone; others may read the counter meanwhile.
-void count(int64_t& counter) { std::atomic_ref(counter).store(counter + 1, std::memory_order_relaxed); }
+void count(int64_t& counter) { shared::store(counter, counter + 1); }
 
 }  // namespace
 
@@ -79,7 +78,7 @@ bool JmsInAdapter::reset() {
 
 void* JmsInAdapter::getNext() {
     trace(keys::kGetNext);
-    if (stopFlag) {
+    if (shared::load(stopFlag)) {
         setState(kStateStopped);
         return nullptr;
     }
@@ -160,7 +159,7 @@ void JmsInAdapter::putNext(void* /*row*/) { trace(keys::kPutNext); }
 
 void JmsInAdapter::stop() {
     trace(keys::kStop);
-    stopFlag = true;
+    shared::store(stopFlag, true);
     setState(kStateStopped);
     jms_->disconnect();
 }
