@@ -2,9 +2,7 @@
 
 #include <jni.h>
 
-#include <atomic>
 #include <cstdio>
-#include <cstdlib>
 #include <future>
 
 #include "host/ClassPath.h"
@@ -129,18 +127,10 @@ int runBroker(const BrokerOptions& options) {
     const JavaObject connector(
         env, broker.get("addConnector", "(Ljava/lang/String;)Lorg/apache/activemq/broker/TransportConnector;",
                         newString(env, kAddress + std::to_string(options.port)).get()));
-    std::promise<void> stopped;
-    std::atomic<bool> isServing{false};
-    SignalWatch signals([&] {
-        stopped.set_value();
-        if (isServing) return;
-        // A broker that starts, recovering a large store say, does not listen.
-        say("Stopped before the broker was ready.");
-        std::_Exit(kFailed);
-    });
+    // Not before it serves: a broker that starts, recovering a large store say, takes no stop.
     start(broker, options);
-    isServing = true;
-
+    std::promise<void> stopped;
+    const StopAction onSignal([&stopped] { stopped.set_value(); });
     const JavaObject uri(env, connector.get("getConnectUri", "()Ljava/net/URI;"));
     std::printf("%s%d\n", kAddress.c_str(), uri.getInt("getPort"));
     std::fflush(stdout);

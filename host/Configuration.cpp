@@ -39,9 +39,13 @@ public:
     explicit Reader(std::string file) : file_(std::move(file)) {}
 
     std::optional<Settings> read(const std::vector<std::string>& overrides, StreamSection stream) {
-        std::ifstream in(file_);
-        if (!in || !fs::is_regular_file(file_)) {
-            problems_.push_back({0, file_ + " cannot be read; it must be a configuration file in TOML."});
+        // Opening a pipe would wait for its writer.
+        std::error_code ignored;
+        const bool isRegular = fs::is_regular_file(file_, ignored);
+        std::ifstream in(isRegular ? file_ : std::string());
+        if (!in) {
+            problems_.push_back(
+                {0, file_ + " cannot be read; it must be a regular file with a configuration in TOML."});
             return std::nullopt;
         }
         toml::table document;

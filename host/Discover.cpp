@@ -153,7 +153,7 @@ int runDiscovery(const DiscoverOptions& options) {
 
     LoadedAdapter adapter(plugin, session);
     SecondLook secondLook(session);
-    SignalWatch signals([&adapter, &secondLook] {
+    const StopAction onSignal([&adapter, &secondLook] {
         const JvmThread thisThread;
         adapter.stop();
         secondLook.stop();

@@ -22,7 +22,7 @@ std::filesystem::path catalogueFile();
 // when there is none.
 std::filesystem::path findJar(const std::string& name);
 
-// Sets KEL_HOME to the prefix when it is unset or empty. Before there are threads.
+// Sets KEL_HOME to the prefix when it is unset or empty. Before there are threads that ask for it.
 void provideKelHome();
 
 }  // namespace host

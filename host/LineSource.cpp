@@ -33,6 +33,7 @@ LineSource::LineSource(std::string file) : file_(std::move(file)) {
     input_ = file_ == kStandardInput ? STDIN_FILENO : ::open(file_.c_str(), kMode);
     struct stat status {};
     if (input_ < 0 || ::fstat(input_, &status) != 0) fail(name(), errno);
+    if ((::fcntl(input_, F_GETFL) & O_ACCMODE) == O_WRONLY) fail(name(), EBADF);
     if (S_ISDIR(status.st_mode)) fail(name(), EISDIR);
     wakeUp_ = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     if (wakeUp_ < 0) fail(name(), errno);

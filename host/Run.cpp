@@ -113,7 +113,7 @@ int runRows(const RunOptions& options) {
     Session session(std::move(settings), options.session.logLevel);
 
     LoadedAdapter adapter(plugin, session);
-    SignalWatch signals([&adapter] {
+    const StopAction onSignal([&adapter] {
         const JvmThread thisThread;
         adapter.stop();
     });

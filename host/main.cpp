@@ -1,4 +1,7 @@
 // kel-adapter-host: does with the adapter plug-in what a stream server does.
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <csignal>
 #include <cstdio>
@@ -141,14 +144,25 @@ int execute(int argc, char** argv) {
     }
 }
 
+// A file that is opened later must not become one of the three: what is meant for standard error, say, would
+// land in it. The mode is the wrong one, so that using one that was closed stays an error.
+void occupyStandardDescriptors() {
+    for (const int wanted : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (::fcntl(wanted, F_GETFD) >= 0) continue;
+        const int mode = wanted == STDIN_FILENO ? O_WRONLY : O_RDONLY;
+        if (::open("/dev/null", mode) != wanted) std::_Exit(host::kFailed);
+    }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-    // Before any thread exists: all of them inherit it. A closed pipe is an error of the write.
-    host::blockSignals();
-    std::signal(SIGPIPE, SIG_IGN);
+    occupyStandardDescriptors();
+    // A closed pipe and a file that may grow no more are errors of the write.
+    for (const int signal : {SIGPIPE, SIGXFSZ}) std::signal(signal, SIG_IGN);
     int code = host::kFailed;
     try {
+        host::watchSignals();
         code = execute(argc, argv);
     } catch (const std::exception& exception) {
         std::fprintf(stderr, "The program failed: %s.\n", exception.what());

@@ -1,4 +1,6 @@
 // The command line: what its options do, and the sentence and exit code of each way to get it wrong.
+#include <sys/stat.h>
+
 #include "tests/endtoend/Support.h"
 
 namespace {
@@ -61,6 +63,35 @@ TEST(CommandLine, EachOptionAndExitCode) {
         EXPECT_NE(host.errors().find(error), std::string::npos) << host.errors();
         EXPECT_EQ(host.output(), output);
     }
+}
+
+// Nothing but rows comes into the row file, and nothing of theirs is lost without a word.
+TEST(CommandLine, AClosedStandardDescriptorIsNoFileOfTheRun) {
+    const Scratch scratch;
+    const std::string config = scratch.write("c.toml", trades(kInJvm));
+    const std::string rows = scratch.path("rows");
+    const std::tuple<const char*, Texts, int> closed[] = {
+        {"exec 2>&-", {"run", "--idle", "0.1", "--out", rows}, 0},
+        {"exec <&- >&- 2>&-", {"run", "--idle", "0.1", "--out", rows}, 0},
+        {"exec >&-", {"run", "--idle", "0.1"}, 1},
+        {"exec <&-", {"send", "--set", "connection.jndiURL=tcp://127.0.0.1:1"}, 1},
+    };
+    for (auto [setup, arguments, status] : closed) {
+        arguments.insert(arguments.end(), {"--config", config});
+        HostProcess host(scratch, arguments, setup);
+        EXPECT_EQ(host.wait(Seconds(20)), status) << setup;
+        EXPECT_EQ(host.errors().find("Bad file descriptor") != std::string::npos, status == 1) << host.errors();
+        EXPECT_EQ(read(rows), "") << setup;
+    }
+}
+
+TEST(CommandLine, APipeIsNoConfiguration) {
+    const Scratch scratch;
+    const std::string pipe = scratch.path("pipe");
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    HostProcess check(scratch, {"check", "--config", pipe});
+    EXPECT_EQ(check.wait(Seconds(10)), 78);
+    EXPECT_EQ(check.output(), pipe + " cannot be read; it must be a regular file with a configuration in TOML.\n");
 }
 
 }  // namespace
