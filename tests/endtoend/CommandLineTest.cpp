@@ -85,13 +85,19 @@ TEST(CommandLine, AClosedStandardDescriptorIsNoFileOfTheRun) {
     }
 }
 
-TEST(CommandLine, APipeIsNoConfiguration) {
+TEST(CommandLine, APipeWithNobodyAtItsOtherEndHoldsUpNoStop) {
     const Scratch scratch;
     const std::string pipe = scratch.path("pipe");
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
     HostProcess check(scratch, {"check", "--config", pipe});
     EXPECT_EQ(check.wait(Seconds(10)), 78);
     EXPECT_EQ(check.output(), pipe + " cannot be read; it must be a regular file with a configuration in TOML.\n");
+    HostProcess run(scratch, {"run", "--out", pipe, "--config", scratch.write("c.toml", trades(kInJvm))});
+    const std::string waiting = "The pipe " + pipe + " has no reader; waiting for one.\n";
+    EXPECT_TRUE(within(Seconds(10), [&] { return run.errors() == waiting; })) << run.errors();
+    run.signal(SIGTERM);
+    EXPECT_EQ(run.wait(Seconds(10)), 1);
+    EXPECT_EQ(run.errors(), waiting + "Stopped before the command was ready.\n");
 }
 
 }  // namespace
