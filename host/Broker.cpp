@@ -2,12 +2,12 @@
 
 #include <jni.h>
 
-#include <cstdio>
 #include <future>
 
 #include "host/ClassPath.h"
 #include "host/Console.h"
 #include "host/Jvm.h"
+#include "host/Output.h"
 #include "host/Signals.h"
 #include "jms/JniReferences.h"
 #include "toolkit/kel_java_native.h"
@@ -120,6 +120,7 @@ void start(const JavaObject& broker, const BrokerOptions& options) {
 }  // namespace
 
 int runBroker(const BrokerOptions& options) {
+    Output output;
     startJvm(brokerClassPath(!options.data.empty()), {});
     JNIEnv* env = thisThreadsEnvironment();
     const JavaObject broker(env, "org/apache/activemq/broker/BrokerService");
@@ -130,10 +131,12 @@ int runBroker(const BrokerOptions& options) {
     // Not before it serves: a broker that starts, recovering a large store say, takes no stop.
     start(broker, options);
     std::promise<void> stopped;
-    const StopAction onSignal([&stopped] { stopped.set_value(); });
+    const StopAction onSignal([&stopped, &output] {
+        output.stop();
+        stopped.set_value();
+    });
     const JavaObject uri(env, connector.get("getConnectUri", "()Ljava/net/URI;"));
-    std::printf("%s%d\n", kAddress.c_str(), uri.getInt("getPort"));
-    std::fflush(stdout);
+    output.write(kAddress + std::to_string(uri.getInt("getPort")) + '\n');
     stopped.get_future().wait();
     broker.call("stop", "()V");
     return kDone;

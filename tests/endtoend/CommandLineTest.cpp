@@ -65,22 +65,29 @@ TEST(CommandLine, EachOptionAndExitCode) {
     }
 }
 
-// Nothing but rows comes into the row file, and nothing of theirs is lost without a word.
-TEST(CommandLine, AClosedStandardDescriptorIsNoFileOfTheRun) {
+// Nothing but rows comes into the row file, and no result is lost without a word.
+TEST(CommandLine, StandardDescriptorsThatAreClosedOrFull) {
     const Scratch scratch;
     const std::string config = scratch.write("c.toml", trades(kInJvm));
     const std::string rows = scratch.path("rows");
-    const std::tuple<const char*, Texts, int> closed[] = {
-        {"exec 2>&-", {"run", "--idle", "0.1", "--out", rows}, 0},
-        {"exec <&- >&- 2>&-", {"run", "--idle", "0.1", "--out", rows}, 0},
-        {"exec >&-", {"run", "--idle", "0.1"}, 1},
-        {"exec <&-", {"send", "--set", "connection.jndiURL=tcp://127.0.0.1:1"}, 1},
+    const std::string closed = "The output cannot be written to standard output: Bad file descriptor.\n";
+    const std::string full = "The output cannot be written to standard output: No space left on device.\n";
+    const std::tuple<const char*, Texts, int, std::string> cases[] = {
+        {"exec 2>&-", {"run", "--config", config, "--idle", "0.1", "--out", rows}, 0, ""},
+        {"exec <&- >&- 2>&-", {"run", "--config", config, "--idle", "0.1", "--out", rows}, 0, ""},
+        {"exec >&-", {"run", "--config", config, "--idle", "0.1"}, 1, closed},
+        {"exec <&-",
+         {"send", "--config", config, "--set", "connection.jndiURL=tcp://127.0.0.1:1"},
+         1,
+         "The file standard input cannot be read: Bad file descriptor; it must be a file or pipe with messages.\n"},
+        {"exec >/dev/full", {"check", "--config", config}, 1, full},
+        {"exec >/dev/full", {"check", "--help"}, 1, full},
+        {"exec >/dev/full", {"broker", "--port", "0"}, 1, full},
     };
-    for (auto [setup, arguments, status] : closed) {
-        arguments.insert(arguments.end(), {"--config", config});
+    for (const auto& [setup, arguments, status, error] : cases) {
         HostProcess host(scratch, arguments, setup);
-        EXPECT_EQ(host.wait(Seconds(20)), status) << setup;
-        EXPECT_EQ(host.errors().find("Bad file descriptor") != std::string::npos, status == 1) << host.errors();
+        EXPECT_EQ(host.wait(Seconds(20)), status) << setup << arguments[0];
+        EXPECT_EQ(host.errors(), error);
         EXPECT_EQ(read(rows), "") << setup;
     }
 }
