@@ -6,6 +6,9 @@
 
 namespace host {
 
+// False also where the system cannot tell, of a name that is too long say; the standard library throws then.
+bool isThere(const std::filesystem::path& file);
+
 // The folder above the program's own: the install prefix, or the build folder.
 std::filesystem::path prefix();
 

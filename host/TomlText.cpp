@@ -12,8 +12,8 @@ namespace {
 
 constexpr size_t kMostBytes = 1 << 20;
 
-// The parser makes a table of each part of a dotted key, and takes them apart again by recursion: many of them
-// exhaust the stack.
+// The parser makes a table of each part of a dotted key, and takes them apart again by recursion: many of
+// them exhaust the stack.
 constexpr size_t kMostKeyParts = 32;
 
 class Scan {

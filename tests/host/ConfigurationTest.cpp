@@ -156,6 +156,9 @@ TEST(Files, EveryMissingOneIsNamed) {
     settings.addClassPath = {"/", "hawtbuf.jar"};
     EXPECT_EQ(failureOf([&] { host::classPath(settings); }),
               "The Java class path lacks /a/kel-connectors.jar, /a/activemq-client.jar (Debian package libactivemq-java), absent.jar.");
+    const std::string longName(300, 'x');
+    settings.addClassPath = {"/" + longName, longName};
+    EXPECT_TRUE(failureOf([&] { host::classPath(settings); }).ends_with(", absent.jar, /" + longName + ", " + longName + "."));
     settings.classPath = {"/"};
     EXPECT_THROW(host::classPath(settings), host::Failure) << "the connector is added, and is not beside this test";
     const std::string text = failureOf([] { const host::Plugin plugin(KEL_NO_PLUGIN); });
