@@ -2,14 +2,12 @@
 
 #include <jni.h>
 
-#include <atomic>
-#include <cstdio>
-#include <cstdlib>
 #include <future>
 
 #include "host/ClassPath.h"
 #include "host/Console.h"
 #include "host/Jvm.h"
+#include "host/Output.h"
 #include "host/Signals.h"
 #include "jms/JniReferences.h"
 #include "toolkit/kel_java_native.h"
@@ -19,6 +17,7 @@ namespace host {
 namespace {
 
 const std::string kAddress = "tcp://127.0.0.1:";
+constexpr std::chrono::seconds kLongestBrokerStop(60);  // it has a store to leave in order
 
 // One Java object and calls of its methods by name; a Java exception becomes a Failure with its text.
 class JavaObject {
@@ -122,6 +121,7 @@ void start(const JavaObject& broker, const BrokerOptions& options) {
 }  // namespace
 
 int runBroker(const BrokerOptions& options) {
+    Output output;
     startJvm(brokerClassPath(!options.data.empty()), {});
     JNIEnv* env = thisThreadsEnvironment();
     const JavaObject broker(env, "org/apache/activemq/broker/BrokerService");
@@ -129,21 +129,17 @@ int runBroker(const BrokerOptions& options) {
     const JavaObject connector(
         env, broker.get("addConnector", "(Ljava/lang/String;)Lorg/apache/activemq/broker/TransportConnector;",
                         newString(env, kAddress + std::to_string(options.port)).get()));
-    std::promise<void> stopped;
-    std::atomic<bool> isServing{false};
-    SignalWatch signals([&] {
-        stopped.set_value();
-        if (isServing) return;
-        // A broker that starts, recovering a large store say, does not listen.
-        say("Stopped before the broker was ready.");
-        std::_Exit(kFailed);
-    });
+    // Not before it serves: a broker that starts, recovering a large store say, takes no stop.
     start(broker, options);
-    isServing = true;
-
+    std::promise<void> stopped;
+    const StopAction onSignal(
+        [&stopped, &output] {
+            output.stop();
+            stopped.set_value();
+        },
+        kLongestBrokerStop);
     const JavaObject uri(env, connector.get("getConnectUri", "()Ljava/net/URI;"));
-    std::printf("%s%d\n", kAddress.c_str(), uri.getInt("getPort"));
-    std::fflush(stdout);
+    output.write(kAddress + std::to_string(uri.getInt("getPort")) + '\n');
     stopped.get_future().wait();
     broker.call("stop", "()V");
     return kDone;

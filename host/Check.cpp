@@ -4,7 +4,6 @@
 #include <cctype>
 #include <charconv>
 #include <cstdint>
-#include <cstdio>
 #include <fstream>
 #include <initializer_list>
 #include <limits>
@@ -14,6 +13,7 @@
 #include "host/Console.h"
 #include "host/Installation.h"
 #include "host/LoadedAdapter.h"
+#include "host/Output.h"
 #include "host/Plugin.h"
 #include "host/toolkit/ModifiedUtf8.h"
 #include "host/toolkit/Text.h"
@@ -285,6 +285,7 @@ Settings soundSettings(const std::string& file, const std::vector<std::string>& 
 }
 
 int checkConfiguration(const std::string& file, const std::vector<std::string>& overrides) {
+    Output output;
     CheckResult result;
     if (const auto settings = examined(file, overrides, StreamSection::kNeeded, result)) {
         try {
@@ -293,9 +294,12 @@ int checkConfiguration(const std::string& file, const std::vector<std::string>& 
             result.problems.push_back(file + ": host.plugin: " + failure.what());
         }
     }
-    for (const std::string& problem : result.problems) std::printf("%s\n", oneLine(problem).c_str());
-    if (result.problems.empty()) std::printf("%s: no problems\n", oneLine(file).c_str());
-    for (const std::string& note : result.notes) std::printf("%s\n", oneLine(note).c_str());
+    std::vector<std::string> lines = result.problems;
+    if (lines.empty()) lines.push_back(file + ": no problems");
+    lines.insert(lines.end(), result.notes.begin(), result.notes.end());
+    std::string text;
+    for (const std::string& line : lines) text += oneLine(line) + '\n';
+    output.write(text);
     return result.problems.empty() ? kDone : kBadConfiguration;
 }
 

@@ -60,7 +60,7 @@ std::string located(const std::vector<std::string>& names) {
     for (const std::string& name : names) {
         const bool isBare = name.find('/') == std::string::npos;
         const fs::path file = isBare ? findJar(name) : fs::path(name);
-        if (!fs::exists(file)) {
+        if (!isThere(file)) {
             const std::string package = packageOf(file.filename().string());
             addToList(missing, name);
             if (!package.empty()) missing += " (Debian package " + package + ")";

@@ -4,13 +4,13 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <limits>
 #include <optional>
 #include <set>
 
 #include "host/ConfigurationKeys.h"
 #include "host/Console.h"
+#include "host/TomlText.h"
 #include "host/toolkit/ModifiedUtf8.h"
 #include "host/toolkit/Text.h"
 #include "host/toolkit/ValueTyping.h"
@@ -39,14 +39,15 @@ public:
     explicit Reader(std::string file) : file_(std::move(file)) {}
 
     std::optional<Settings> read(const std::vector<std::string>& overrides, StreamSection stream) {
-        std::ifstream in(file_);
-        if (!in || !fs::is_regular_file(file_)) {
-            problems_.push_back({0, file_ + " cannot be read; it must be a configuration file in TOML."});
+        std::string fault;
+        const auto text = readTomlText(file_, fault);
+        if (!text) {
+            problems_.push_back({0, fault});
             return std::nullopt;
         }
         toml::table document;
         try {
-            document = toml::parse(in, file_);
+            document = toml::parse(*text, file_);
         } catch (const toml::parse_error& error) {
             problem(error.source(), "the file is no TOML: " + std::string(error.description()) + ".");
             return std::nullopt;
@@ -94,6 +95,10 @@ private:
         toml::table& target = *document.get_as<toml::table>(section);
         const ConfigurationKey* key = findKey(section, name);
         const bool isText = key == nullptr || key->kind == ValueKind::kText || key->kind == ValueKind::kPath;
+        if (!isText && lineOfDeepKey(text) > 0) {
+            problems_.push_back({0, "--set " + section + '.' + name + kDeepKey});
+            return;
+        }
         if (isText || !insertParsed(target, name, text)) target.insert_or_assign(name, text);
     }
 

@@ -46,8 +46,10 @@ constexpr ConfigurationKey kKeys[] = {
 };
 
 // How many letters must be changed, added, removed or exchanged with their neighbour to make one word of the
-// other; case does not count.
+// other; case does not count, nor what stands where no known word does any more.
 size_t distance(std::string_view one, std::string_view other) {
+    constexpr size_t kLongest = 100;
+    other = other.substr(0, kLongest);
     const auto isSame = [](char a, char b) {
         return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b));
     };

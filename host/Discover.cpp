@@ -146,15 +146,16 @@ int runDiscovery(const DiscoverOptions& options) {
         soundSettings(options.session.config, options.session.overrides, StreamSection::kOptional, "here");
     std::string streamName;
     if (!appendModifiedUtf8(options.stream, streamName)) throw Failure("--stream is no UTF-8.", kUsage);
-    Output output("");
+    Output output;
     const Plugin plugin(pluginFor(asConfigured, ""));
     Session session(asConfigured, options.session.logLevel);
     acceptAnyElement(session);
 
     LoadedAdapter adapter(plugin, session);
     SecondLook secondLook(session);
-    SignalWatch signals([&adapter, &secondLook] {
+    const StopAction onSignal([&adapter, &secondLook, &output] {
         const JvmThread thisThread;
+        output.stop();
         adapter.stop();
         secondLook.stop();
     });

@@ -26,6 +26,11 @@ const char* kelHome() {
 
 }  // namespace
 
+bool isThere(const fs::path& file) {
+    std::error_code error;
+    return fs::exists(file, error);
+}
+
 fs::path prefix() {
     std::error_code error;
     const fs::path program = fs::read_symlink("/proc/self/exe", error);
@@ -38,7 +43,7 @@ fs::path pluginFile() {
     std::string tried;
     for (const char* folder : kPluginFolders) {
         fs::path file = prefix() / folder / kPlugin;
-        if (fs::exists(file)) return file;
+        if (isThere(file)) return file;
         addToList(tried, file.parent_path().string());
     }
     throw Failure(std::string("The plug-in ") + kPlugin + " is in none of " + tried +
@@ -52,16 +57,16 @@ fs::path dictionaryFile(const std::string& fixVersion) {
 
 fs::path catalogueFile() {
     const fs::path ofHome = fs::path(kelHome()) / kCatalogue;
-    return *kelHome() != '\0' && fs::exists(ofHome) ? ofHome : prefix() / kCatalogue;
+    return *kelHome() != '\0' && isThere(ofHome) ? ofHome : prefix() / kCatalogue;
 }
 
 fs::path findJar(const std::string& name) {
     for (const char* folder : kJarFolders) {
         fs::path file = prefix() / folder / name;
-        if (fs::exists(file)) return file;
+        if (isThere(file)) return file;
     }
     fs::path file = fs::path(kDistributionJars) / name;
-    return fs::exists(file) ? file : fs::path(name);
+    return isThere(file) ? file : fs::path(name);
 }
 
 void provideKelHome() {

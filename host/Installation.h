@@ -6,6 +6,9 @@
 
 namespace host {
 
+// False also where the system cannot tell, of a name that is too long say; the standard library throws then.
+bool isThere(const std::filesystem::path& file);
+
 // The folder above the program's own: the install prefix, or the build folder.
 std::filesystem::path prefix();
 
@@ -22,7 +25,7 @@ std::filesystem::path catalogueFile();
 // when there is none.
 std::filesystem::path findJar(const std::string& name);
 
-// Sets KEL_HOME to the prefix when it is unset or empty. Before there are threads.
+// Sets KEL_HOME to the prefix when it is unset or empty. Before there are threads that ask for it.
 void provideKelHome();
 
 }  // namespace host

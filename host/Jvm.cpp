@@ -7,6 +7,7 @@
 #include <filesystem>
 
 #include "host/Console.h"
+#include "host/Installation.h"
 #include "toolkit/kel_java_native.h"
 
 namespace fs = std::filesystem;
@@ -64,7 +65,7 @@ std::string libraryFile() {
     const char* home = std::getenv("JAVA_HOME");
     if (home != nullptr && *home != '\0') {
         const fs::path file = fs::path(home) / kLibraryBelowHome;
-        if (!fs::exists(file))
+        if (!isThere(file))
             throw Failure("JAVA_HOME is " + std::string(home) + ", but there is no " + file.string() +
                           "; unset it, or set it to an installation of Java 17 or later.");
         return file;

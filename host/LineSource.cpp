@@ -19,10 +19,16 @@ namespace host {
 namespace {
 
 constexpr size_t kChunk = 1 << 16;
+constexpr size_t kLongest = 64 << 20;  // what the connector receives by default
 
 [[noreturn]] void fail(const std::string& name, int error) {
     throw Failure("The file " + name + " cannot be read: " + std::generic_category().message(error) +
                   "; it must be a file or pipe with messages.");
+}
+
+[[noreturn]] void failAsTooLong(const std::string& place) {
+    throw Failure(place + ": this is longer than " + std::to_string(kLongest) +
+                  " bytes, the most that is sent as one message.");
 }
 
 }  // namespace
@@ -33,6 +39,7 @@ LineSource::LineSource(std::string file) : file_(std::move(file)) {
     input_ = file_ == kStandardInput ? STDIN_FILENO : ::open(file_.c_str(), kMode);
     struct stat status {};
     if (input_ < 0 || ::fstat(input_, &status) != 0) fail(name(), errno);
+    if ((::fcntl(input_, F_GETFL) & O_ACCMODE) == O_WRONLY) fail(name(), EBADF);
     if (S_ISDIR(status.st_mode)) fail(name(), EISDIR);
     wakeUp_ = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     if (wakeUp_ < 0) fail(name(), errno);
@@ -50,12 +57,14 @@ bool LineSource::next(std::string& line) {
     size_t end = 0;
     while ((end = buffer_.find('\n', searched)) == std::string::npos) {
         searched = buffer_.size() - at_;
+        if (searched > kLongest) failAsTooLong(placeOf(number_ + 1));
         if (refill()) continue;
         if (isStopped_ || at_ == buffer_.size()) return false;
         end = buffer_.size();  // the last line needs no newline
         break;
     }
     if (isStopped_) return false;
+    if (end - at_ > kLongest) failAsTooLong(placeOf(number_ + 1));
     line.assign(buffer_, at_, end - at_);
     at_ = std::min(end + 1, buffer_.size());
     ++number_;
@@ -64,6 +73,7 @@ bool LineSource::next(std::string& line) {
 
 bool LineSource::rest(std::string& text) {
     while (refill()) {
+        if (buffer_.size() > kLongest) failAsTooLong(name());
     }
     text.assign(buffer_, at_);
     at_ = buffer_.size();

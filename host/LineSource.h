@@ -18,7 +18,8 @@ public:
     LineSource& operator=(const LineSource&) = delete;
 
     // The next line without its newline, as it stands otherwise. Waits for one where the input is open but
-    // empty. False, with `line` unspecified: there is no further one, or stop was called. Throws Failure.
+    // empty. False, with `line` unspecified: there is no further one, or stop was called. Throws Failure,
+    // also of a line that is longer than any message.
     bool next(std::string& line);
     // The same for all that is left, newlines included; false only after stop.
     bool rest(std::string& text);
@@ -31,9 +32,10 @@ public:
 
     // For messages: the file's name, and the same with the number of the line that next gave last.
     std::string name() const;
-    std::string place() const { return name() + ":" + std::to_string(number_); }
+    std::string place() const { return placeOf(number_); }
 
 private:
+    std::string placeOf(long long line) const { return name() + ":" + std::to_string(line); }
     bool refill();  // false: the input's end, or stop
 
     const std::string file_;

@@ -97,6 +97,8 @@ private:
         text_.clear();
         format_->append(row, text_);
         if (output_.isTerminal()) hideStatus();
+        // A failure goes up with the adapter running: a stop from this thread would tell the connector that
+        // the row is safe.
         output_.write(text_);
     }
 
@@ -117,16 +119,17 @@ private:
 }  // namespace
 
 int runRows(const RunOptions& options) {
+    Settings settings = soundSettings(options.session.config, options.session.overrides);
     std::optional<LineSource> feed;
     if (!options.feed.empty()) feed.emplace(options.feed);
-    Output output(options.out);
-    Settings settings = soundSettings(options.session.config, options.session.overrides);
+    Output output(options.out, options.output);
     const Plugin plugin(pluginFor(settings, options.plugin));
     Session session(std::move(settings), options.session.logLevel);
 
     LoadedAdapter adapter(plugin, session);
-    SignalWatch signals([&adapter] {
+    const StopAction onSignal([&adapter, &output] {
         const JvmThread thisThread;
+        output.stop();
         adapter.stop();
     });
     adapter.reset();

@@ -74,7 +74,7 @@ int sendMessages(const SendOptions& options) {
     Session session(std::move(settings), options.session.logLevel);
     Sender sender(session.context, session.rowType, session.settings.connection);
     std::atomic<bool> isStopped{false};
-    SignalWatch signals([&] {
+    const StopAction onSignal([&] {
         const JvmThread thisThread;
         isStopped = true;  // before the input ends: that is then no end of the work
         source.stop();

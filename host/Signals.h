@@ -1,29 +1,28 @@
-// SIGINT and SIGTERM as a request: the first runs an action on a thread of its own, a second leaves the
-// process at once.
+// SIGINT and SIGTERM as a request: the first runs what the command gave as its stop action, on a thread of
+// its own; a second leaves the process at once.
 #pragma once
 
-#include <atomic>
+#include <chrono>
 #include <functional>
-#include <thread>
 
 namespace host {
 
-// Blocks both signals in this thread and all that it will start: before any other thread exists.
-void blockSignals();
+// Blocks both signals in this thread and all that it will start, and hears them on one of its own: before any
+// other thread exists, and before anything can wait. While there was no stop action yet, the first signal
+// ends the process with one sentence.
+void watchSignals();
 
-class SignalWatch {
+// Service managers kill what has not ended ten seconds after their signal.
+inline constexpr std::chrono::seconds kLongestStop(9);
+
+// What the first signal does while this lives, one at a time. Behind it nothing is left to stop: a first
+// signal then does nothing. A process that goes on for longer than the limit is left with one sentence.
+class StopAction {
 public:
-    explicit SignalWatch(std::function<void()> onFirst);
-    ~SignalWatch();  // waits for an action that runs
-    SignalWatch(const SignalWatch&) = delete;
-    SignalWatch& operator=(const SignalWatch&) = delete;
-
-private:
-    void watch();
-
-    std::function<void()> onFirst_;
-    std::atomic<bool> finished_{false};
-    std::thread thread_;
+    explicit StopAction(std::function<void()> action, std::chrono::seconds limit = kLongestStop);
+    ~StopAction();  // waits for an action that runs
+    StopAction(const StopAction&) = delete;
+    StopAction& operator=(const StopAction&) = delete;
 };
 
 }  // namespace host

@@ -1,14 +1,18 @@
 // kel-adapter-host: does with the adapter plug-in what a stream server does.
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <sstream>
 
 #include "host/Broker.h"
 #include "host/Check.h"
 #include "host/Console.h"
 #include "host/Discover.h"
+#include "host/Output.h"
 #include "host/Run.h"
 #include "host/Send.h"
 #include "host/Signals.h"
@@ -100,6 +104,16 @@ struct Command {
     std::function<int()> run;
 };
 
+// The exit code where the command line names no command to run: it asks for help, or is wrong.
+int answer(const CLI::App& app, const CLI::ParseError& error) {
+    std::ostringstream help;
+    std::stringstream wrong;
+    const bool isHelp = app.exit(error, help, wrong) == 0;
+    if (isHelp) host::Output().write(help.str());
+    for (std::string line; std::getline(wrong, line);) host::say(line);
+    return isHelp ? host::kDone : host::kUsage;
+}
+
 int execute(int argc, char** argv) {
     CLI::App app("Does with the JMS adapter plug-in what a stream server does.");
     app.require_subcommand(1);
@@ -127,31 +141,40 @@ int execute(int argc, char** argv) {
     addConfiguration(*commands[4].parser, checkOptions);
     try {
         app.parse(argc, argv);
-        for (const Command& command : commands) {
-            if (command.parser->parsed()) return command.run();
-        }
-        return host::kUsage;
     } catch (const CLI::ParseError& error) {
-        const bool isHelp = error.get_exit_code() == 0;
-        app.exit(error);
-        return isHelp ? host::kDone : host::kUsage;
-    } catch (const host::Failure& failure) {
-        host::say(failure.what());
-        return failure.code;
+        return answer(app, error);
+    }
+    for (const Command& command : commands) {
+        if (command.parser->parsed()) return command.run();
+    }
+    return host::kUsage;
+}
+
+// A file that is opened later must not become one of the three: what is meant for standard error, say, would
+// land in it. The mode is the wrong one, so that using one that was closed stays an error.
+void occupyStandardDescriptors() {
+    for (const int wanted : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (::fcntl(wanted, F_GETFD) >= 0) continue;
+        const int mode = wanted == STDIN_FILENO ? O_WRONLY : O_RDONLY;
+        if (::open("/dev/null", mode) != wanted) std::_Exit(host::kFailed);
     }
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    // Before any thread exists: all of them inherit it. A closed pipe is an error of the write.
-    host::blockSignals();
-    std::signal(SIGPIPE, SIG_IGN);
+    occupyStandardDescriptors();
+    // A closed pipe and a file that may grow no more are errors of the write.
+    for (const int signal : {SIGPIPE, SIGXFSZ}) std::signal(signal, SIG_IGN);
     int code = host::kFailed;
     try {
+        host::watchSignals();
         code = execute(argc, argv);
+    } catch (const host::Failure& failure) {
+        host::say(failure.what());
+        code = failure.code;
     } catch (const std::exception& exception) {
-        std::fprintf(stderr, "The program failed: %s.\n", exception.what());
+        host::say("The program failed: " + std::string(exception.what()) + ".");
     }
     std::fflush(nullptr);
     // Java threads may still run; ending the process the ordinary way would tear down what they use.

@@ -1,4 +1,6 @@
 // The command line: what its options do, and the sentence and exit code of each way to get it wrong.
+#include <sys/stat.h>
+
 #include "tests/endtoend/Support.h"
 
 namespace {
@@ -61,6 +63,48 @@ TEST(CommandLine, EachOptionAndExitCode) {
         EXPECT_NE(host.errors().find(error), std::string::npos) << host.errors();
         EXPECT_EQ(host.output(), output);
     }
+}
+
+// Nothing but rows comes into the row file, and no result is lost without a word.
+TEST(CommandLine, StandardDescriptorsThatAreClosedOrFull) {
+    const Scratch scratch;
+    const std::string config = scratch.write("c.toml", trades(kInJvm));
+    const std::string rows = scratch.path("rows");
+    const std::string closed = "The output cannot be written to standard output: Bad file descriptor.\n";
+    const std::string full = "The output cannot be written to standard output: No space left on device.\n";
+    const std::tuple<const char*, Texts, int, std::string> cases[] = {
+        {"exec 2>&-", {"run", "--config", config, "--idle", "0.1", "--out", rows}, 0, ""},
+        {"exec <&- >&- 2>&-", {"run", "--config", config, "--idle", "0.1", "--out", rows}, 0, ""},
+        {"exec >&-", {"run", "--config", config, "--idle", "0.1"}, 1, closed},
+        {"exec <&-",
+         {"send", "--config", config, "--set", "connection.jndiURL=tcp://127.0.0.1:1"},
+         1,
+         "The file standard input cannot be read: Bad file descriptor; it must be a file or pipe with messages.\n"},
+        {"exec >/dev/full", {"check", "--config", config}, 1, full},
+        {"exec >/dev/full", {"check", "--help"}, 1, full},
+        {"exec >/dev/full", {"broker", "--port", "0"}, 1, full},
+    };
+    for (const auto& [setup, arguments, status, error] : cases) {
+        HostProcess host(scratch, arguments, setup);
+        EXPECT_EQ(host.wait(Seconds(20)), status) << setup << arguments[0];
+        EXPECT_EQ(host.errors(), error);
+        EXPECT_EQ(read(rows), "") << setup;
+    }
+}
+
+TEST(CommandLine, APipeWithNobodyAtItsOtherEndHoldsUpNoStop) {
+    const Scratch scratch;
+    const std::string pipe = scratch.path("pipe");
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    HostProcess check(scratch, {"check", "--config", pipe});
+    EXPECT_EQ(check.wait(Seconds(10)), 78);
+    EXPECT_EQ(check.output(), pipe + " cannot be read; it must be a regular file with a configuration in TOML.\n");
+    HostProcess run(scratch, {"run", "--out", pipe, "--config", scratch.write("c.toml", trades(kInJvm))});
+    const std::string waiting = "The pipe " + pipe + " has no reader; waiting for one.\n";
+    EXPECT_TRUE(within(Seconds(10), [&] { return run.errors() == waiting; })) << run.errors();
+    run.signal(SIGTERM);
+    EXPECT_EQ(run.wait(Seconds(10)), 1);
+    EXPECT_EQ(run.errors(), waiting + "Stopped before the command was ready.\n");
 }
 
 }  // namespace

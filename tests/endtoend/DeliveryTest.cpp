@@ -1,6 +1,10 @@
 // That no message is lost, whatever dies: brokers and hosts in processes of their own.
 #include "tests/endtoend/Delivery.h"
 
+#include <poll.h>
+
+#include <array>
+
 namespace {
 
 using namespace endtoend;
@@ -56,6 +60,35 @@ TEST_F(Killed, AStopIsAtOnceAndAReturnRepeatsNothingThatWasCommitted) {
         HostProcess second(scratch, run(config, {"--idle", "2"}));
         ASSERT_EQ(second.wait(), 0) << second.errors();
         EXPECT_EQ(counted(), std::pair(300, 260 % batchSize)) << batchSize;
+    }
+}
+
+// A stop must end a write that waits, and what was not written comes again.
+TEST_F(Killed, AReaderThatDoesNotReadHoldsUpNoStopAndLosesNothing) {
+    constexpr int kMessages = 2000;  // more than a pipe takes
+    for (const bool isDurable : {false, true}) {
+        const Broker broker(scratch);
+        rows = scratch.path(isDurable ? "durable rows" : "rows");
+        const std::string config = scratch.write("c.toml", isDurable ? durable(broker.url(), 1) : trades(broker.url()));
+        HostProcess subscriber(scratch, run(config, {"--idle", "0.1"}));
+        ASSERT_EQ(subscriber.wait(), 0) << subscriber.errors();
+        send(scratch, config, numbered(1, kMessages));
+        std::array<int, 2> ends;
+        ASSERT_EQ(::pipe(ends.data()), 0);
+        HostProcess host(scratch, {"run", "--config", config}, "exec >&" + std::to_string(ends[1]));
+        pollfd room{ends[1], POLLOUT, 0};
+        EXPECT_TRUE(within(Seconds(30), [&] { return ::poll(&room, 1, 0) == 0; }));
+        host.signal(SIGTERM);
+        EXPECT_EQ(host.wait(Seconds(30)), 1) << host.errors();
+        EXPECT_NE(host.errors().find("took nothing for 3 s after the stop"), std::string::npos) << host.errors();
+        ::close(ends[1]);
+        std::string taken(1 << 16, ' ');  // as much as a pipe takes
+        taken.resize(static_cast<size_t>(::read(ends[0], taken.data(), taken.size())));
+        ::close(ends[0]);
+        std::ofstream(rows) << taken;  // its torn row is cut off
+        HostProcess next(scratch, run(config, {"--idle", "2"}));
+        EXPECT_EQ(next.wait(), 0) << next.errors();
+        report("nobody reads", kMessages, 1);
     }
 }
 

@@ -67,10 +67,12 @@ private:
 
 class HostProcess {
 public:
-    // Standard output and error go to files of the scratch directory that are named for the subcommand.
-    HostProcess(const Scratch& scratch, Texts arguments)
+    // Standard output and error go to files of the scratch directory that are named for the subcommand. `setup`: what a shell does to
+    // the process first, such as closing one of them.
+    HostProcess(const Scratch& scratch, Texts arguments, const std::string& setup = "")
         : out_(scratch.path(arguments[0] + ".out")), err_(scratch.path(arguments[0] + ".err")) {
         arguments.insert(arguments.begin(), KEL_HOST);
+        if (!setup.empty()) arguments.insert(arguments.begin(), {"/bin/sh", "-c", setup + "; exec \"$0\" \"$@\""});
         std::vector<char*> argv;
         for (std::string& argument : arguments) argv.push_back(argument.data());
         argv.push_back(nullptr);

@@ -90,6 +90,34 @@ TEST_F(Configuration, EveryFaultIsASentence) {
     EXPECT_EQ(host::readSettings(file + ".absent", {}, problems), std::nullopt);
 }
 
+// What would exhaust the parser's stack.
+TEST_F(Configuration, IsSmallAndFlat) {
+    const auto chain = [](int parts, const std::string& dot = ".") {
+        std::string key = "a";
+        for (int i = 1; i < parts; ++i) key += dot + 'a';
+        return key;
+    };
+    const std::string deep = ": a key has more than 32 parts; a configuration's have two, as in host.logLevel.";
+    const std::pair<std::string, const char*> rows[] = {
+        {"[" + chain(500'000) + "]", "4"},
+        {chain(500'000) + " = 1", "4"},
+        {"\n" + chain(33, " .\t") + " = 1", "5"},
+        {"x = [\"\"\"\n\\\"\"\"#\"\"\"\", {" + chain(33), "5"},
+        {"x = ''' \"\n'''\ny = [ '\\', \"\\\"#\", { " + chain(33) + " = 1 } ]", "6"},
+    };
+    for (const auto& [text, line] : rows) EXPECT_EQ(faults(text), Texts{line + deep}) << text.substr(0, 100);
+    for (const std::string& text : {chain(32) + " = 1", "x = '" + chain(33) + "' # " + chain(33), "x = \"\\\"" + chain(33) + "\"",
+                                    "x = \"\"\"\n" + chain(33) + "\"\"\""}) {
+        for (const std::string& fault : faults(text)) EXPECT_FALSE(fault.ends_with(deep)) << text;
+    }
+    EXPECT_EQ(faults("", {"host.classPath={" + chain(33) + "=1}"}), Texts{"--set host.classPath" + deep});
+    EXPECT_EQ(faults("", {"connection.jndiURL=" + chain(40)}), Texts());
+    read(std::string(1 << 20, '\n'));
+    EXPECT_EQ(problems.size(), 2U) << "no name, no columns";
+    read(std::string((1 << 20) + 1, '\n'));
+    EXPECT_EQ(problems, Texts{file + " is too long; a configuration may have 1048576 bytes."});
+}
+
 TEST_F(Configuration, EveryColumnFaultNamesTheColumn) {
     const std::pair<const char*, std::string> rows[] = {
         {"5", R"(stream.columns is the integer 5; allowed is a list of tables such as { name = "Symbol", type = "string", key = true }.)"},
@@ -128,6 +156,9 @@ TEST(Files, EveryMissingOneIsNamed) {
     settings.addClassPath = {"/", "hawtbuf.jar"};
     EXPECT_EQ(failureOf([&] { host::classPath(settings); }),
               "The Java class path lacks /a/kel-connectors.jar, /a/activemq-client.jar (Debian package libactivemq-java), absent.jar.");
+    const std::string longName(300, 'x');
+    settings.addClassPath = {"/" + longName, longName};
+    EXPECT_TRUE(failureOf([&] { host::classPath(settings); }).ends_with(", absent.jar, /" + longName + ", " + longName + "."));
     settings.classPath = {"/"};
     EXPECT_THROW(host::classPath(settings), host::Failure) << "the connector is added, and is not beside this test";
     const std::string text = failureOf([] { const host::Plugin plugin(KEL_NO_PLUGIN); });

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <filesystem>
 #include <fstream>
 #include <thread>
 
@@ -35,6 +36,32 @@ TEST(LineSource, GivesLinesAsTheyStandAndStartsOver) {
     EXPECT_TRUE(source.rest(line));
     EXPECT_EQ(line, "a\r\n\n" + longLine + "\nlast");
     EXPECT_THROW(host::LineSource{testing::TempDir()}, host::Failure);
+}
+
+TEST(LineSource, TakesNoMoreForAMessageThanTheConnectorDoes) {
+    constexpr off_t kMost = 64 << 20;
+    const std::string file = testing::TempDir() + "long lines";
+    std::ofstream(file) << "first\n";
+    std::string text;
+    for (const off_t size : {kMost, kMost + 1}) {
+        std::filesystem::resize_file(file, 6 + size);
+        const bool isTooLong = size > kMost;
+        const auto check = [&](const std::string& place, auto read) {
+            try {
+                read();
+                EXPECT_FALSE(isTooLong);
+                EXPECT_EQ(text.size(), kMost);
+            } catch (const host::Failure& failure) {
+                EXPECT_TRUE(isTooLong);
+                EXPECT_EQ(failure.what(), place + ": this is longer than 67108864 bytes, the most that is sent as one message.");
+            }
+        };
+        host::LineSource lines(file), rest(file);
+        ASSERT_TRUE(lines.next(text) && rest.next(text));
+        check(file + ":2", [&] { lines.next(text); });
+        check(file, [&] { rest.rest(text); });
+    }
+    std::filesystem::remove(file);
 }
 
 TEST(LineSource, AStopEndsTheWaitForAPipe) {
