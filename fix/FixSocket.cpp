@@ -1,9 +1,14 @@
 // The TCP source.
 #include "fix/NewFixUtils.h"
 
+#include <fcntl.h>
 #include <netdb.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
 
 #include "adapter/Adapter.h"
 #include "fix/LogLevels.h"
@@ -17,6 +22,8 @@ namespace {
 constexpr int kUnlimitedAttempts = 0xFFFFFFF;
 constexpr uint32_t kWaitStepMilliseconds = 1000;
 
+using Clock = std::chrono::steady_clock;
+
 bool resolve(const std::string& host, in_addr& address) {
     addrinfo hints{};
     hints.ai_family = AF_INET;
@@ -26,6 +33,31 @@ bool resolve(const std::string& host, in_addr& address) {
     address = reinterpret_cast<const sockaddr_in*>(found->ai_addr)->sin_addr;
     freeaddrinfo(found);
     return true;
+}
+
+// Waits one step for the end, good or bad, of a connect that is under way: as poll answers, 0 when it did not
+// come. Signals do not prolong the step.
+int awaitAnswer(int socket) {
+    const auto end = Clock::now() + std::chrono::milliseconds(kWaitStepMilliseconds);
+    for (auto left = end - Clock::now(); left.count() > 0; left = end - Clock::now()) {
+        pollfd waiting{socket, POLLOUT, 0};
+        const auto milliseconds = std::chrono::ceil<std::chrono::milliseconds>(left).count();
+        const int answered = ::poll(&waiting, 1, static_cast<int>(milliseconds));
+        if (answered >= 0 || errno != EINTR) return answered;
+    }
+    return 0;
+}
+
+// How a connect ended that is no longer under way.
+bool isConnected(int socket) {
+    int error = 0;
+    socklen_t size = sizeof error;
+    return ::getsockopt(socket, SOL_SOCKET, SO_ERROR, &error, &size) == 0 && error == 0;
+}
+
+bool makeBlocking(int socket) {
+    const int flags = ::fcntl(socket, F_GETFL);
+    return flags >= 0 && ::fcntl(socket, F_SETFL, flags & ~O_NONBLOCK) == 0;
 }
 
 }  // namespace
@@ -43,13 +75,24 @@ bool NewFixUtils::openSocketSource(int& socket, sockaddr_in& address, const std:
 bool NewFixUtils::connectToSocketSource(int& socket, sockaddr_in& address, const std::string& host,
                                         int port) const {
     trace("NewFixUtils::connectToSocketSource()");
-    socket = ::socket(AF_INET, SOCK_STREAM, 0);
+    socket = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
     if (socket < 0) return refuse("Cannot open stream socket");
-    if (::connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0) return true;
+    if (finishConnect(socket, address) && makeBlocking(socket)) return true;
     log(fix::kWarning, strprintf("Cannot connect to FIX host: %s:%d", host.c_str(), port));
     ::close(socket);
     socket = -1;
     return false;
+}
+
+// A host that answers at once, either way, is not given up for the exit flag.
+bool NewFixUtils::finishConnect(int socket, const sockaddr_in& address) const {
+    if (::connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0) return true;
+    if (errno != EINPROGRESS && errno != EINTR) return false;
+    int answered = 0;
+    while ((answered = awaitAnswer(socket)) == 0) {
+        if (isExitRequested()) return false;
+    }
+    return answered > 0 && isConnected(socket);
 }
 
 bool NewFixUtils::reconnectToSocketSource(int& socket, sockaddr_in& address, const std::string& host,

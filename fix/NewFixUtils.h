@@ -94,7 +94,9 @@ public:
                           int retryInterval, int maxAttempts) const;
 
     // One attempt at the address; host and port are for the messages. False: `socket` is -1 and nothing stays
-    // open; a refusal is logged at level 4, the lack of a socket appended to the connection errors.
+    // open; a refusal is logged at level 4, the lack of a socket appended to the connection errors. A host
+    // that does not answer is given up like one that refuses when the exit flag is seen, which is looked at
+    // once a second.
     bool connectToSocketSource(int& socket, sockaddr_in& address, const std::string& host, int port) const;
 
     // Attempts until one succeeds, waiting `retryInterval` seconds after each that does not. False: after
@@ -106,7 +108,7 @@ public:
     // Closes the socket and sets it to -1. Always true.
     bool closeSocketConnection(int& socket) const;
 
-    // Ends every wait for a next attempt, also later ones, until cleared. Any thread.
+    // Ends every wait for an answer or a next attempt, also later ones, until cleared. Any thread.
     void setExitRequested(bool requested);
     bool isExitRequested() const;
 
@@ -123,6 +125,8 @@ private:
     class LinePattern;
     class WantedFields;
     struct Column;
+
+    bool finishConnect(int socket, const sockaddr_in& address) const;
 
     void trace(const char* operation) const;
     void log(int level, const std::string& text) const;
