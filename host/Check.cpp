@@ -48,8 +48,8 @@ const UsedFor kUsedFor[] = {
 
 // The connector's limits, as it reads them.
 constexpr const char* kLimits[] = {"receiveTimeoutMillis", "connectTimeoutMillis", "clientIdWaitMillis",
-                                   "maxMessageBytes",      "maxElements",          "browseLimit",
-                                   "browseMillis"};
+                                   "remindMillis",         "maxMessageBytes",      "maxElements",
+                                   "browseLimit",          "browseMillis"};
 constexpr std::string_view kLimitOption = "-Dkel.jms.";
 
 bool isLimit(std::string_view text) {

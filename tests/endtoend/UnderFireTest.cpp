@@ -196,7 +196,7 @@ TEST_F(UnderFire, AHeapThatIsTooSmall) {
             host.signal(SIGKILL);
         }
         EXPECT_NE(host.wait(Seconds(60)), -1);
-        EXPECT_TRUE(i % 2 == 1 || host.errors().find("(-Xmx)") != std::string::npos) << host.errors();
+        EXPECT_TRUE(i % 2 == 1 || host.errors().find("-Xmx") != std::string::npos) << host.errors();
     }
     drain();
     const std::string taken = rows;

@@ -9,35 +9,44 @@ import javax.jms.QueueBrowser;
 final class Closer {
     private static final long CLOSE_MILLIS = 5_000;
 
+    /** Something that closing begins with. */
+    interface Step {
+        void run() throws JMSException;
+    }
+
     private final Thread thread;
     private final long end = System.nanoTime() + TimeUnit.MILLISECONDS.toNanos(CLOSE_MILLIS);
+    private volatile boolean failedFirst;
     private boolean hasWarned;
 
-    private Closer(Runnable work) {
-        thread = new Thread(work, "kel-jms-close");
+    private Closer(Connection connection, QueueBrowser browser, Step first) {
+        thread = new Thread(() -> {
+            failedFirst = !attempt(first);
+            if (browser != null) attempt(browser::close);
+            attempt(connection::close);
+        }, "kel-jms-close");
         thread.setDaemon(true);
     }
 
     /** Starts the closing and comes back at once. */
-    static void inBackground(Connection connection) { start(connection, null, () -> { }); }
+    static void inBackground(Connection connection) { start(connection, null, () -> {}); }
 
     /**
      * Starts the closing.
      *
      * @param browser closed before the connection; may be null
-     * @param first done before both; it does not throw
+     * @param first done before both; what it throws fails the closing, and ends nothing
      */
-    static Closer start(Connection connection, QueueBrowser browser, Runnable first) {
-        Closer closer = new Closer(() -> {
-            first.run();
-            if (browser != null) attempt(browser::close);
-            attempt(connection::close);
-        });
+    static Closer start(Connection connection, QueueBrowser browser, Step first) {
+        Closer closer = new Closer(connection, browser, first);
         closer.thread.start();
         return closer;
     }
 
-    /** True when the closing ended within five seconds of its start, be it because the connection was gone. */
+    /**
+     * True when the first step succeeded and the closing ended within five seconds of its start, be it because
+     * the connection was gone.
+     */
     boolean await() {
         try {
             long left = TimeUnit.NANOSECONDS.toMillis(end - System.nanoTime());
@@ -45,7 +54,7 @@ final class Closer {
         } catch (InterruptedException e) {
             Thread.currentThread().interrupt();
         }
-        if (!thread.isAlive()) return true;
+        if (!thread.isAlive()) return !failedFirst;
         warnOnce();
         return false;
     }
@@ -55,15 +64,13 @@ final class Closer {
         hasWarned = true;
     }
 
-    private interface Closing {
-        void run() throws JMSException;
-    }
-
-    private static void attempt(Closing closing) {
+    private static boolean attempt(Step step) {
         try {
-            closing.run();
+            step.run();
+            return true;
         } catch (JMSException | RuntimeException | Error e) {
             Log.detail("The connection could not be closed cleanly.", e);
+            return false;
         }
     }
 }

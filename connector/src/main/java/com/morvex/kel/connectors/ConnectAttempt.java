@@ -7,6 +7,10 @@ import javax.jms.Connection;
  * long as it likes. Whatever appears after the attempt was abandoned is closed.
  */
 final class ConnectAttempt {
+    /** Made beforehand, for when there is no memory to say more. */
+    private static final ConnectorException UNEXPLAINED =
+            new ConnectorException("Connecting failed, and there was no memory to say why.");
+
     private final LinkOpener opener;
     private final Thread thread;
 
@@ -88,25 +92,29 @@ final class ConnectAttempt {
 
     private void run() {
         Link made = null;
-        ConnectorException problem = null;
+        ConnectorException problem = UNEXPLAINED;
         try {
             made = opener.open(this::connected);
         } catch (ConnectorException e) {
             problem = e;
         } catch (Throwable e) {   // whatever it is, somebody waits for it
             problem = new ConnectorException("Connecting failed: " + Log.reason(e) + ".", e);
+        } finally {
+            finish(made, problem);
         }
+    }
+
+    private void finish(Link made, ConnectorException problem) {
+        boolean isUnwanted;
         synchronized (this) {
             finished = true;
             unfinished = null;
-            if (!abandoned) {
-                link = made;
-                failure = problem;
-                made = null;
-            }
+            isUnwanted = abandoned && made != null;
+            if (!abandoned) link = made;
+            if (!abandoned && made == null) failure = problem;
             notifyAll();
         }
-        if (made != null) Closer.inBackground(made.connection());
+        if (isUnwanted) Closer.inBackground(made.connection());
     }
 
     private synchronized void connected(Connection connection) {

@@ -3,49 +3,59 @@ package com.morvex.kel.connectors;
 import java.lang.ref.WeakReference;
 import java.util.concurrent.TimeUnit;
 import java.util.concurrent.atomic.AtomicLong;
+import java.util.function.BooleanSupplier;
 import javax.jms.InvalidClientIDException;
+import javax.jms.JMSException;
 
 /**
  * Keeps a connector connected: opens its link, notices its loss, opens another, ends it.
  *
- * <p>Its states are new, connected, reconnecting and disconnected, the last for good. Every step to another
- * one raises the generation, and a link that a thread brings is taken only by the generation that asked for
- * it: a late one is closed. It only knows the connector weakly, so that a forgotten connector can be collected
- * and its connection closed.
+ * <p>Every step raises the generation, and a link that a thread brings is taken only by the generation that
+ * asked for it: a late one is closed. It knows the connector only weakly, so that a forgotten connector can be
+ * collected and its connection closed.
  */
 final class ConnectionKeeper {
+    /** Of these the last three are for good. */
+    private enum State {
+        NEW,
+        CONNECTED,      // also while a lost connection is made again
+        DISPLACED,      // for another connector; the reader does not know of it and goes on waiting
+        GIVEN_UP,       // the reader goes on waiting here too
+        DISCONNECTED
+    }
+
     /** A broker that hangs up while it is connected to may mean something that passes. */
     private static final long GRACE_MILLIS = 2_000;
-    private static final long FIRST_PAUSE_MILLIS = 100;
-    private static final long CLIENT_ID_PAUSE_MILLIS = 500;
+    private static final long GRACE_PAUSE_MILLIS = 100;
 
-    /** A reader calls at least four times a second, unless it is busy with a message. */
-    private static final long SILENT_NANOS = TimeUnit.SECONDS.toNanos(5);
-
-    /** A link that fails sooner was none: the pauses between reconnects go on growing. */
+    /** A link that fails sooner was none: the outage goes on, and the pauses between reconnects go on growing. */
     private static final long PROVEN_NANOS = TimeUnit.SECONDS.toNanos(1);
+
+    /** A shortage of memory that lasts as long, and ends every link, will not pass. */
+    private static final long GIVE_UP_NANOS = TimeUnit.SECONDS.toNanos(10);
 
     private static final long WATCH_MILLIS = 1_000;
 
     private final Tuning tuning;
     private final WeakReference<Object> owner;
     private final Thread reader = Thread.currentThread();   // by the contract, the one that connects
-    private final AtomicLong calls = new AtomicLong();      // begun and ended: odd during a call
-    private LinkOpener opener;
+    private final AtomicLong calls = new AtomicLong();
 
     // Guarded by this; the link is also read without, on the way of every message.
     private volatile Link link;
     private Link closing;
+    private State state = State.NEW;
     private long generation;
-    private boolean connected;
-    private boolean disconnected;
-    private boolean displaced;
-    private boolean gaveUp;
+    private LinkOpener opener;
     private ConnectAttempt attempt;
-    private Runnable unstarted;   // a reconnect for which there was no thread
+    private Reconnect unstarted;   // for which there was no thread
     private Backoff backoff = new Backoff();
     private long openedAt;
-    private int lossesForMemory;  // in a row, with no message between them
+    private int memoryLosses;      // in a row, without progress
+    private long memoryLossesSince;
+
+    private final Object telling = new Object();
+    private Outage outage;         // guarded by telling; until the link that ends it is proven
 
     /** @param owner the connector, which is known weakly */
     ConnectionKeeper(Tuning tuning, Object owner) {
@@ -57,13 +67,14 @@ final class ConnectionKeeper {
     void connect(LinkOpener linkOpener) {
         long mine;
         synchronized (this) {
-            if (disconnected) throw new ConnectorException("Connecting was cancelled by an earlier disconnect.");
-            if (connected) throw new ConnectorException("The connector is connected already.");
+            if (state == State.CONNECTED) throw new ConnectorException("The connector is connected already.");
+            if (state != State.NEW) throw new ConnectorException("Connecting was cancelled by an earlier disconnect.");
             opener = linkOpener;
             mine = ++generation;
         }
         if (opener.receives()) OpenConnectors.closeForgotten(this);
         if (!install(mine, openFirst(mine))) throw ConnectAttempt.cancelled();
+        startWatch();
     }
 
     /** The open link; null when there is none, after waiting for one, or none will be any more. */
@@ -71,30 +82,37 @@ final class ConnectionKeeper {
         Link open = link;
         if (open != null) return open;
         synchronized (this) {
-            if (!connected && !disconnected) throw new ConnectorException("The connector is not connected.");
-            startWorker();
-            if (!disconnected || displaced || gaveUp) pause(generation, millis);
+            if (state == State.NEW) throw new ConnectorException("The connector is not connected.");
+            startReconnect();
+            if (state != State.DISCONNECTED) pause(generation, millis);
             return link;
         }
     }
 
-    /** The reader's calls; without them for a while the connector counts as left alone. */
+    /** The reader's calls begin and end so; without them for a while the connector counts as left alone. */
     void enters() { calls.lazySet(calls.getPlain() + 1); }
 
     void leaves() { calls.lazySet(calls.getPlain() + 1); }
+
+    /** How many calls were begun and ended: odd during one. */
+    long calls() { return calls.get(); }
 
     /** Replaces a link that no longer works; does nothing when that is under way already. */
     void lost(Link failed, Throwable cause) {
         synchronized (this) {
             if (link != failed) return;
+            boolean isProven = System.nanoTime() - openedAt > PROVEN_NANOS;
+            // What needs memory comes first: without it the link stays, and the next call finds it out again.
+            Backoff pauses = isProven ? new Backoff() : backoff;
+            Reconnect work = new Reconnect(this, generation + 1, failed, cause);
+            if (failed.hasSettled()) memoryLosses = 0;
+            countMemoryLoss(cause);
+            backoff = pauses;
+            unstarted = work;
             link = null;
-            long mine = ++generation;
-            if (System.nanoTime() - openedAt > PROVEN_NANOS) backoff = new Backoff();
-            if (failed.hasHandedOn()) lossesForMemory = 0;
-            countLossForMemory(cause);
+            ++generation;
             // The caller may be a thread of the provider, which must not wait for the closing.
-            unstarted = () -> reconnect(mine, failed, cause);
-            startWorker();
+            startReconnect();
         }
     }
 
@@ -104,37 +122,51 @@ final class ConnectionKeeper {
         return open == null || HiddenLoss.of(open.connection());
     }
 
-    synchronized boolean hasGivenUp() { return gaveUp; }
+    synchronized boolean hasGivenUp() { return state == State.GIVEN_UP; }
 
-    /** Disconnects for another connector; the reader does not know of it, so receives go on waiting. */
-    void displace() {
-        synchronized (this) { displaced = true; }
-        disconnect();
+    synchronized boolean isDisconnected() { return state == State.DISCONNECTED; }
+
+    boolean hasMessageInHand() {
+        Link open = link;
+        return open != null && open.hasMessageInHand();
     }
 
+    /** Disconnects for another connector. */
+    void displace() { end(State.DISPLACED, Link::disconnect); }
+
     /** Ends whatever is open or under way, from any thread; true when it ended cleanly. */
-    boolean disconnect() {
+    boolean disconnect() { return end(State.DISCONNECTED, Link::disconnect); }
+
+    /** Disconnects a connector that nobody has: only on its reader's thread was its last message dealt with. */
+    void endForgotten() {
+        boolean isReader = reader == Thread.currentThread();
+        end(State.DISCONNECTED, isReader ? Link::disconnect : forgotten -> forgotten.drop() == 0);
+    }
+
+    private interface Ending {
+        boolean of(Link link);
+    }
+
+    private boolean end(State last, Ending ending) {
         Link open;
         ConnectAttempt underWay;
         synchronized (this) {
-            disconnected = true;
+            state = last;
             ++generation;
             if (link != null) closing = link;
             open = closing;   // also of an earlier call, which then has an end for both
             link = null;
             unstarted = null;
             underWay = attempt;
+            OpenConnectors.remove(this);
             notifyAll();
         }
-        OpenConnectors.remove(this);
         if (underWay != null) underWay.abandon();
-        return open == null || open.disconnect();
+        return open == null || ending.of(open);
     }
 
-    /** Whether the other one, made earlier on the same thread, may be what this one replaces. */
-    boolean mayFollow(ConnectionKeeper other) {
-        return other != this && other.reader == reader && other.settings().isSameSource(settings());
-    }
+    /** Whether this one may be there in place of the other. */
+    boolean mayFollow(ConnectionKeeper other) { return other != this && other.settings().isSameSource(settings()); }
 
     /** Whether the other one holds the client ID that this one connects with. */
     boolean wantsClientIdOf(ConnectionKeeper other) {
@@ -148,70 +180,29 @@ final class ConnectionKeeper {
 
     private Link openFirst(long mine) {
         ConnectorException reason = null;
-        long began = System.nanoTime();
         ClientIdWait clientId = null;
+        long graceEnd = System.nanoTime() + TimeUnit.MILLISECONDS.toNanos(GRACE_MILLIS);
         while (true) {
             try {
                 return open(mine);
             } catch (ConnectorException e) {
+                if (!e.isPassing()) throw e;
                 boolean isTaken = ConnectorException.stemsFrom(e, InvalidClientIDException.class);
                 // Of several failures the one that names the client ID says most.
                 if (reason == null || isTaken) reason = e;
-                if (!e.isPassing()) throw e;
-                if (isTaken && clientId == null) clientId = new ClientIdWait();
-                long limit = clientId != null ? tuning.clientIdWaitMillis() : GRACE_MILLIS;
-                boolean again = System.nanoTime() - began < TimeUnit.MILLISECONDS.toNanos(limit);
-                if (clientId != null) clientId.goesOn(again);
-                if (!again || !pause(mine, clientId != null ? clientId.nextMillis() : FIRST_PAUSE_MILLIS)) throw reason;
+                if (isTaken && clientId == null) clientId = new ClientIdWait(this, settings(), tuning);
+                boolean isOver = clientId != null ? clientId.isOver() : System.nanoTime() > graceEnd;
+                if (isOver) throw reason;
+                if (!pause(mine, clientId != null ? clientId.nextMillis() : GRACE_PAUSE_MILLIS)) throw reason;
             }
-        }
-    }
-
-    /** A broker may need a while to see that a process has left its client ID. */
-    private final class ClientIdWait {
-        private final ConnectionKeeper holder = OpenConnectors.holderFor(ConnectionKeeper.this);
-        private final long callsThen = holder == null ? 0 : holder.calls.get();
-        private final long began = System.nanoTime();
-        private long pause = FIRST_PAUSE_MILLIS;
-        private boolean hasTold;
-
-        ClientIdWait() {
-            if (holder != null) System.gc();   // only the collector knows whether it is forgotten
-        }
-
-        void goesOn(boolean again) {
-            if (holder != null && isLeftAlone()) {
-                Log.warn("The connection with the client ID \"" + settings().clientId() + "\" is closed, because"
-                        + " another connector of this process needs it and nobody reads from it any more.");
-                holder.displace();
-            } else if (again && !hasTold && System.nanoTime() - began > TimeUnit.SECONDS.toNanos(1)) {
-                hasTold = true;
-                String sentence = "The client ID \"%s\" (parameter clientID) is still in use at the broker; it is waited"
-                        + " for up to %d s (system property kel.jms.clientIdWaitMillis).";
-                Log.warn(sentence.formatted(settings().clientId(), tuning.clientIdWaitMillis() / 1_000));
-            }
-        }
-
-        long nextMillis() {
-            long next = pause;
-            pause = Math.min(CLIENT_ID_PAUSE_MILLIS, 2 * pause);
-            return next;
-        }
-
-        private boolean isLeftAlone() {
-            if (holder.isForgotten()) return true;
-            boolean isSilent = callsThen % 2 == 0 && holder.calls.get() == callsThen;
-            return isSilent && System.nanoTime() - began > SILENT_NANOS;
         }
     }
 
     /** Guarded by this. */
-    private void startWorker() {
+    private void startReconnect() {
         if (unstarted == null) return;
         try {
-            Thread worker = new Thread(unstarted, "kel-jms-reconnect");
-            worker.setDaemon(true);
-            worker.start();
+            start(unstarted, "kel-jms-reconnect");
             unstarted = null;
         } catch (Throwable e) {
             // No memory or no thread: the reader tries again with each of its calls.
@@ -219,72 +210,80 @@ final class ConnectionKeeper {
         }
     }
 
-    private void reconnect(long mine, Link failed, Throwable cause) {
-        Outage told = null;
-        Throwable reason = cause;
-        boolean dropped = false;
-        // Whatever is thrown in a round, an Error too, ends the round and nothing else.
-        while (isCurrent(mine)) {
-            try {
-                if (!dropped) {
-                    dropped = true;
-                    // Closed first, because it may still hold the client ID.
-                    told = begun(failed.drop(), cause);
-                }
-                if (givesUp(mine, reason)) return;
-                if (!pause(mine, backoff.nextMillis())) return;
-                if (told != null) told.remind();
-                Link next = open(mine);
-                if (install(mine, next) && told != null) told.ends();
-                return;
-            } catch (Throwable e) {
-                reason = e;
-                countLossForMemory(e);
-                if (told != null && isCurrent(mine)) tell(told, e);
-            }
+    private static void start(Runnable work, String name) {
+        Thread thread = new Thread(work, name);
+        thread.setDaemon(true);
+        thread.start();
+    }
+
+    // ---- the steps of a Reconnect
+
+    synchronized boolean isAt(long mine) { return generation == mine; }
+
+    boolean pauseBeforeReconnect(long mine) { return pause(mine, backoff.nextMillis()); }
+
+    void remind() {
+        synchronized (telling) {
+            if (outage != null) outage.remind();
         }
     }
 
-    private synchronized void countLossForMemory(Throwable cause) {
-        lossesForMemory = MemoryShortage.isBehind(cause) ? lossesForMemory + 1 : 0;
-    }
-
-    private static void tell(Outage told, Throwable failure) {
-        try {
-            told.goesOn(failure);
-        } catch (Throwable e) {
-            // There is no memory to say so either.
+    void outageGoesOn(Throwable failure) {
+        // Of the provider's own making; one for want of a thread, say, tells nothing about what it sends.
+        boolean isProviders = failure instanceof ConnectorException && failure.getCause() instanceof JMSException;
+        if (isProviders) countMemoryLoss(failure);
+        synchronized (telling) {
+            if (outage != null) outage.goesOn(Log.reason(failure) + ".", failure);
         }
     }
 
-    private Outage begun(int again, Throwable cause) {
+    void outageBegins(Throwable cause, int again) {
         // "may", because an acknowledgement or a commit may have arrived whose confirmation did not
         String repeats = again == 0 ? "" : "; " + Link.count(again) + " may come again";
         // The connector's own sentence says more than what led to it.
         String reason = cause instanceof ConnectorException ? Log.reason(cause)
                 : MemoryShortage.isBehind(cause) ? MemoryShortage.remedy(cause) : Log.rootReason(cause);
-        String sentence = "The connection to " + settings().destination() + " was lost and is made again" + repeats;
-        Log.detail(sentence, cause);
-        return new Outage(settings().destination(), sentence, reason);
+        String destination = settings().destination();
+        synchronized (telling) {
+            if (outage == null) {
+                String sentence = "The connection to %s was lost and is made again%s: %s.";
+                outage = new Outage(destination, tuning.remindMillis(), sentence.formatted(destination, repeats, reason), cause);
+            } else {   // the link that seemed to end it was none
+                String sentence = "The connection to %s was lost again%s: %s.";
+                outage.goesOn(sentence.formatted(destination, repeats, reason), cause);
+            }
+        }
     }
 
+    void reopen(long mine) { install(mine, open(mine)); }
+
     /** A message that does not fit would end every further connection just so. */
-    private boolean givesUp(long mine, Throwable cause) {
+    boolean givesUp(long mine, Throwable cause) {
         synchronized (this) {
-            if (generation != mine || lossesForMemory < MemoryShortage.MOST_TRIES) return false;
+            boolean lasts = System.nanoTime() - memoryLossesSince > GIVE_UP_NANOS;
+            if (generation != mine || memoryLosses < MemoryShortage.MOST_TRIES || !lasts) return false;
         }
         // Said before the state is seen, on which a host may end its process.
-        String sentence = "The connection to %s is given up: %d times in a row the memory did not suffice for what the"
-                + " provider sends, before a message could be read: %s. The limit of what a broker takes is its"
+        String sentence = "The connection to %s is given up: for %d s the memory has not sufficed for what the provider"
+                + " sends, before a message could be dealt with: %s; the limit of what a broker takes is its"
                 + " wireFormat.maxFrameSize.";
-        Log.warn(sentence.formatted(settings().destination(), MemoryShortage.MOST_TRIES, MemoryShortage.remedy(cause)));
+        Log.warn(sentence.formatted(settings().destination(), TimeUnit.NANOSECONDS.toSeconds(GIVE_UP_NANOS),
+                MemoryShortage.remedy(cause)));
         synchronized (this) {
-            gaveUp = true;
-            disconnected = true;
+            if (generation != mine) return true;
+            state = State.GIVEN_UP;
             ++generation;
             notifyAll();
         }
         return true;
+    }
+
+    private synchronized void countMemoryLoss(Throwable cause) {
+        if (!MemoryShortage.isBehind(cause)) {
+            memoryLosses = 0;
+        } else if (memoryLosses++ == 0) {
+            memoryLossesSince = System.nanoTime();
+        }
     }
 
     private Link open(long mine) {
@@ -304,39 +303,41 @@ final class ConnectionKeeper {
 
     private boolean install(long mine, Link opened) {
         boolean wanted;
-        boolean isFirst;
         synchronized (this) {
             wanted = generation == mine;
-            isFirst = !connected;
             if (wanted) {
                 link = opened;
-                connected = true;
+                state = State.CONNECTED;
                 openedAt = System.nanoTime();
+                if (opened.receives()) OpenConnectors.add(this);
                 notifyAll();
             }
         }
         if (wanted) {
             opened.loss().handleWith(cause -> lost(opened, cause));
-            if (isFirst && opened.receives()) startWatch();
         } else {
             opened.drop();
         }
         return wanted;
     }
 
+    // ---- the watch
+
     private void startWatch() {
-        OpenConnectors.add(this);
-        Thread watch = new Thread(this::watch, "kel-jms-watch");
-        watch.setDaemon(true);
-        watch.start();
+        try {
+            start(this::watch, "kel-jms-watch");
+        } catch (Error e) {
+            Log.warn("There is no thread to watch the connection: " + Log.reason(e) + ".", e);
+        }
     }
 
-    /** Tells of a loss that the provider's client keeps to itself. */
+    /** Tells when an outage has ended, and of a loss that the provider's client keeps to itself. */
     private void watch() {
         Outage hidden = null;
         boolean wasHidden = false;   // seen once: a loss that the connector is told of may look so for a moment
-        while (pauseUnlessDisconnected(WATCH_MILLIS)) {
+        while (pauseWhileConnected(WATCH_MILLIS)) {
             try {
+                endOutageWhenProven();
                 Link open = link;
                 boolean isHidden = open != null && !open.hasEnded() && HiddenLoss.of(open.connection());
                 if (isHidden && hidden == null) {
@@ -354,17 +355,28 @@ final class ConnectionKeeper {
         }
     }
 
-    private Outage hiddenOutage() {
-        String destination = settings().destination();
-        String sentence = "The connection to " + destination + " was lost, which the provider's client keeps to itself";
-        return new Outage(destination, sentence, "it tries to make it again");
+    private void endOutageWhenProven() {
+        synchronized (this) {
+            if (link == null || System.nanoTime() - openedAt < PROVEN_NANOS) return;
+        }
+        synchronized (telling) {
+            if (outage != null) outage.ends();
+            outage = null;
+        }
     }
 
-    private synchronized boolean isCurrent(long mine) { return generation == mine; }
+    private Outage hiddenOutage() {
+        String destination = settings().destination();
+        String sentence = "The connection to %s was lost, which the provider's client keeps to itself: %s.";
+        ConnectorException cause = new ConnectorException("it tries to make it again");
+        return new Outage(destination, tuning.remindMillis(), sentence.formatted(destination, cause.getMessage()), cause);
+    }
 
-    private synchronized boolean pauseUnlessDisconnected(long millis) {
-        waitFor(millis, () -> !disconnected);
-        return !disconnected;
+    // ---- waiting
+
+    private synchronized boolean pauseWhileConnected(long millis) {
+        waitFor(millis, () -> state == State.CONNECTED);
+        return state == State.CONNECTED;
     }
 
     /** Waits until a link is there, at most the time; false, and at once, when the generation ends. */
@@ -373,14 +385,10 @@ final class ConnectionKeeper {
         return generation == mine;
     }
 
-    private interface Condition {
-        boolean holds();
-    }
-
     /** Guarded by this. An interruption, which is nobody's way to end a connector, does not end it. */
-    private void waitFor(long millis, Condition goingOn) {
+    private void waitFor(long millis, BooleanSupplier goesOn) {
         long end = System.nanoTime() + TimeUnit.MILLISECONDS.toNanos(millis);
-        for (long left = millis; left > 0 && goingOn.holds();) {
+        for (long left = millis; left > 0 && goesOn.getAsBoolean();) {
             try {
                 wait(left);
             } catch (InterruptedException e) {

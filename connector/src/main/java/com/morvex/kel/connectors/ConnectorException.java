@@ -1,5 +1,7 @@
 package com.morvex.kel.connectors;
 
+import java.util.ArrayList;
+import java.util.List;
 import javax.jms.JMSException;
 
 /**
@@ -10,6 +12,7 @@ import javax.jms.JMSException;
  */
 public final class ConnectorException extends RuntimeException {
     private static final long serialVersionUID = 1L;
+    private static final int LONGEST_CHAIN = 50;
 
     private final boolean passing;
 
@@ -31,22 +34,24 @@ public final class ConnectorException extends RuntimeException {
 
     /** Whether the failure, or what led to it, is of a kind. */
     static boolean stemsFrom(Throwable failure, Class<? extends Throwable> kind) {
-        for (Throwable one = failure; one != null; one = causeOf(one)) {
-            if (kind.isInstance(one)) return true;
-        }
-        return false;
+        return chain(failure).stream().anyMatch(kind::isInstance);
     }
 
     /** What the failure began with; itself where nothing led to it. */
     static Throwable root(Throwable failure) {
-        Throwable root = failure;
-        for (Throwable cause = causeOf(root); cause != null; cause = causeOf(root)) root = cause;
-        return root;
+        List<Throwable> chain = chain(failure);
+        return chain.get(chain.size() - 1);
+    }
+
+    /** The failure and what led to it; bounded, because causes may go round in a circle. */
+    private static List<Throwable> chain(Throwable failure) {
+        List<Throwable> chain = new ArrayList<>();
+        for (Throwable one = failure; one != null && chain.size() < LONGEST_CHAIN; one = causeOf(one)) chain.add(one);
+        return chain;
     }
 
     private static Throwable causeOf(Throwable failure) {
         if (failure.getCause() != null) return failure.getCause();
-        Throwable linked = failure instanceof JMSException jms ? jms.getLinkedException() : null;
-        return linked == failure ? null : linked;
+        return failure instanceof JMSException jms ? jms.getLinkedException() : null;
     }
 }

@@ -142,7 +142,7 @@ public final class JmsConnector {
 
     /** Whether a commit that was under way took place, nobody knows, so the messages only may come again. */
     private void failedCommit(Link link, Throwable e) {
-        if (link.isClosing()) {
+        if (keeper.isDisconnected()) {
             Log.warn("A stop interrupted the commit; " + Link.count(link.pending()) + " may come again.", e);
         } else {
             // The session's state is anybody's guess now; a new one begins after the last good commit.
@@ -232,11 +232,20 @@ public final class JmsConnector {
     private <T> T read(Link link, Message message, T nothing, Reading<T> reading) {
         try {
             T read = reading.of(message);
-            if (memory.hasSuspects()) memory.forget(message);
+            if (memory.hasSuspects()) memory.dealtWith(message);
             return read;
         } catch (JMSException | RuntimeException | Error e) {   // one message must not end the others
-            if (!MemoryShortage.isBehind(e)) return refused(message, e);
-            return isGivenBack(link, message, e) ? nothing : null;
+            if (MemoryShortage.isBehind(e)) return isGivenBack(link, message, e) ? nothing : null;
+            forgetSuspect(message);
+            return refused(message, e);
+        }
+    }
+
+    private void forgetSuspect(Message message) {
+        try {
+            if (memory.hasSuspects()) memory.dealtWith(message);
+        } catch (JMSException e) {
+            Log.detail("A message does not tell its ID.", e);
         }
     }
 
@@ -247,23 +256,37 @@ public final class JmsConnector {
 
     /** Whether a message that found too little memory will come again; else it has had its tries. */
     private boolean isGivenBack(Link link, Message message, Throwable e) {
+        boolean isDealtWith = false;
         try {
-            if (!memory.isToBlame(message)) {
-                String sentence = "the message " + idOf(message) + " ran out of memory: " + MemoryShortage.remedy(e);
-                keeper.lost(link, new ConnectorException(sentence, e));
-                return true;
+            if (memory.isToBlame(message)) {
+                boolean kept = link.keepAside(message);
+                isDealtWith = !link.hasEnded();
+                if (isDealtWith) sayBlamed(message, e, kept);
             }
-            boolean kept = link.keepAside(message);
-            if (link.isClosing()) return true;
-            memory.forget(message);
-            String end = kept ? "was left to the provider, whose rules for dead letters decide about it"
-                              : "was refused";
-            String sentence = "The message %s ran out of memory %d times and %s: %s.";
-            Log.warn(sentence.formatted(idOf(message), MemoryShortage.MOST_TRIES, end, MemoryShortage.remedy(e)), e);
-            return false;
         } catch (JMSException | RuntimeException | Error again) {
-            keeper.lost(link, again);
-            return true;
+            Log.detail("A message could not be kept aside.", again);
+        } finally {
+            // Before anything else that needs memory, and whatever came out of the try.
+            if (!isDealtWith) link.giveBack();
+        }
+        if (!isDealtWith) keeper.lost(link, shortage(message, e));
+        return !isDealtWith;
+    }
+
+    private void sayBlamed(Message message, Throwable e, boolean kept) throws JMSException {
+        memory.dealtWith(message);
+        String end = kept ? "was left to the provider, whose rules for dead letters decide about it" : "was refused";
+        String sentence = "The message %s could not be read for want of memory %d times and %s: %s.";
+        Log.warn(sentence.formatted(idOf(message), MemoryShortage.MOST_TRIES, end, MemoryShortage.remedy(e)), e);
+    }
+
+    /** The failure itself where there is no memory for a sentence. */
+    private static Throwable shortage(Message message, Throwable e) {
+        try {
+            String sentence = "the message %s could not be read: %s";
+            return new ConnectorException(sentence.formatted(idOf(message), MemoryShortage.remedy(e)), e);
+        } catch (Error again) {
+            return e;
         }
     }
 

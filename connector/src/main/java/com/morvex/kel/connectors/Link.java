@@ -1,8 +1,10 @@
 package com.morvex.kel.connectors;
 
 import java.util.concurrent.TimeUnit;
-import java.util.concurrent.locks.Condition;
+import java.util.concurrent.atomic.AtomicReference;
+import java.util.concurrent.locks.LockSupport;
 import java.util.concurrent.locks.ReentrantLock;
+import java.util.function.Supplier;
 import javax.jms.Connection;
 import javax.jms.Destination;
 import javax.jms.JMSException;
@@ -30,6 +32,7 @@ final class Link {
 
     /** How long closing waits for the reader to have dealt with the message that it has in hand. */
     private static final long RETURN_MILLIS = 3_000;
+    private static final long RETURN_POLL_NANOS = 5_000_000;
 
     /** So many commits' worth of messages without a commit are no accident. */
     private static final int UNUSUAL_BATCHES = 10;
@@ -43,12 +46,7 @@ final class Link {
         Message make(Session session) throws JMSException;
     }
 
-    private interface SessionCall {
-        void run() throws JMSException;
-    }
-
     private final ReentrantLock lock = new ReentrantLock();
-    private final Condition returned = lock.newCondition();
     private final Connection connection;
     private final Session session;
     private final Destination destination;
@@ -58,17 +56,21 @@ final class Link {
     private final boolean transacted;
     private final Interruptible blocking = new Interruptible();
     private volatile boolean closing;
-    private volatile boolean hasHandedOn;
+    private volatile boolean hasSettled;
+    private volatile boolean givenBack;
     private volatile QueueBrowser browser;   // in use
+
+    /** Has the last message in hand; null when it was dealt with. Set under the lock, read without it. */
+    private final AtomicReference<Thread> reader = new AtomicReference<>();
 
     // Guarded by lock.
     private Message lastHandedOn;   // of those that the provider still counts as unread
     private int pending;            // how many these are
-    private volatile Thread reader; // has the last one in hand; null when it was dealt with
     private Message ahead;          // taken, but not handed on yet
     private int largestBatch;
     private boolean hasWarned;
-    private Closer closer;
+
+    private Closer closer;   // guarded by this
 
     /**
      * @param consumer null for a link that does not receive
@@ -119,7 +121,7 @@ final class Link {
         lock.lock();
         try {
             readerReturned();
-            if (closing) return null;
+            if (closing || givenBack) return null;
             if (pending >= (oneByOne ? 1 : ACKNOWLEDGE_EVERY)) acknowledge();
             Message message = ahead != null ? ahead : consumer.receiveNoWait();
             ahead = null;
@@ -142,12 +144,13 @@ final class Link {
 
     /**
      * Commits what was taken since the last commit, if anything; without a transaction, acknowledges it. A
-     * failure leaves it pending.
+     * failure, as after {@link #giveBack}, leaves it pending.
      */
     void commit() throws JMSException {
         lock.lock();
         try {
             readerReturned();
+            if (givenBack) throw new ConnectorException("a message of it was given back");
             if (transacted && pending > 0) {
                 blocking.run(session::commit);
                 largestBatch = Math.max(largestBatch, pending);
@@ -162,19 +165,19 @@ final class Link {
 
     /**
      * Has the provider take the message back until it keeps it elsewhere, as most do with one that comes again
-     * too often. False when it goes on coming, or would take others with it; it then is in hand as before. A
-     * close meanwhile leaves it with the provider.
+     * too often. False when it goes on coming, or would take others with it; it then is in hand as before. Also
+     * false, and of no meaning, when the link ended meanwhile.
      */
     boolean keepAside(Message message) throws JMSException {
         lock.lock();
         try {
             String id = message.getJMSMessageID();
             if (id == null || pending != 1) return false;
-            for (int i = 0; i < MOST_GIVE_BACKS && !closing; ++i) {
+            for (int i = 0; i < MOST_GIVE_BACKS && !hasEnded(); ++i) {
                 if (transacted) session.rollback();
                 else session.recover();
                 Message next = consumer.receive(GIVE_BACK_MILLIS);
-                if (closing) return true;
+                if (hasEnded()) return false;
                 if (next == null || !id.equals(next.getJMSMessageID())) {
                     forgetPending();
                     ahead = next;
@@ -199,40 +202,36 @@ final class Link {
             } catch (JMSException e) {
                 throw new ConnectorException("The message could not be made: " + Log.reason(e), e);
             }
-            producer.send(message);
+            blocking.run(() -> producer.send(message));
         } finally {
             lock.unlock();
         }
     }
+
+    /**
+     * From now on nothing that is pending is acknowledged or committed: what the reader has in hand was not
+     * dealt with, although it comes back. Waits for nothing and needs no memory.
+     */
+    void giveBack() { givenBack = true; }
+
+    /** The reader comes back to the connector, which may have another link or none by now. */
+    void readerIsBack() {
+        if (hasInHand(Thread.currentThread())) readerReturned();
+    }
+
+    /** Whether the reader has not come back with the message that it was given last. */
+    boolean hasMessageInHand() { return reader.get() != null; }
 
     /** So many messages, for sentences. */
     static String count(int messages) {
         return messages == 1 ? "the last message handed on" : "the last " + messages + " messages handed on";
     }
 
-    /** The reader comes back to the connector, which may have another link or none by now. */
-    void readerIsBack() {
-        if (reader != Thread.currentThread()) return;   // without the lock, which a hanging close may have
-        lock.lock();
-        try {
-            readerReturned();
-        } finally {
-            lock.unlock();
-        }
-    }
-
     /** How many messages were handed on that come again when the connection ends now. */
-    int pending() {
-        lock.lock();
-        try {
-            return pending;
-        } finally {
-            lock.unlock();
-        }
-    }
+    int pending() { return uninterrupted(this::pendingNow); }
 
-    /** Whether the link ever handed a message on; never waits. */
-    boolean hasHandedOn() { return hasHandedOn; }
+    /** Whether the link ever acknowledged or committed a message; never waits. */
+    boolean hasSettled() { return hasSettled; }
 
     /**
      * Acknowledges what was handed on and dealt with, but never commits, and closes; true when nothing went
@@ -240,42 +239,56 @@ final class Link {
      */
     boolean disconnect() {
         closing = true;   // before the lock, so that no further message is taken while waiting for it
-        boolean isSafe = awaitReturn();
-        return closer(isSafe ? this::acknowledgeAtEnd : () -> { }).await() && isSafe;
+        readerIsBack();
+        return uninterrupted(() -> {
+            Closer begun = closer(null);
+            if (begun != null) return begun.await();
+            boolean isSafe = awaitReturn();
+            return closer(isSafe ? this::acknowledgeAtEnd : () -> {}).await() && isSafe;
+        });
     }
 
     /** Closes without acknowledging anything; the count of messages handed on that will come again. */
     int drop() {
         closing = true;
-        int again = pendingNow();
-        closer(() -> { }).await();
-        return again;
+        return uninterrupted(() -> {
+            int again = pendingNow();
+            closer(() -> {}).await();
+            return again;
+        });
+    }
+
+    /** The calling thread may be interrupted for reasons of its own, which it learns of behind the action. */
+    private static <T> T uninterrupted(Supplier<T> action) {
+        boolean wasInterrupted = Thread.interrupted();
+        try {
+            return action.get();
+        } finally {
+            if (wasInterrupted) Thread.currentThread().interrupt();
+        }
     }
 
     /** True when the reader has no message in hand; false, and a warning, when it has not come back in time. */
     private boolean awaitReturn() {
-        // Most providers give up a blocking call on an interruption.
-        if (!lockForClosing() && !(blocking.interrupt() && lockForClosing())) {
+        if (!lockOrInterrupt()) {
             if (consumer != null) {
                 Log.warn("The provider does not return from a call, so the connection is closed meanwhile; the"
                         + " messages handed on last may come again.");
             }
             return false;
         }
-        try {
-            if (reader == Thread.currentThread()) readerReturned();
-            long left = TimeUnit.MILLISECONDS.toNanos(RETURN_MILLIS);
-            while (reader != null && left > 0) left = returned.awaitNanos(left);
-            if (reader == null) return true;
-            Log.warn("The connection is closed while the last message handed on is still being worked on; "
-                    + count(pending) + " will come again.");
-        } catch (InterruptedException e) {
-            Thread.currentThread().interrupt();
-        } finally {
-            lock.unlock();
-        }
+        int inHand = pending;
+        lock.unlock();   // nothing is handed on from here on, since the link is closing
+        long end = System.nanoTime() + TimeUnit.MILLISECONDS.toNanos(RETURN_MILLIS);
+        while (hasMessageInHand() && System.nanoTime() < end) LockSupport.parkNanos(RETURN_POLL_NANOS);
+        if (!hasMessageInHand()) return true;
+        Log.warn("The connection is closed while the last message handed on is still being worked on; "
+                + count(inHand) + " will come again.");
         return false;
     }
+
+    /** Most providers give up a blocking call on an interruption. */
+    private boolean lockOrInterrupt() { return lockForClosing() || (blocking.interrupt() && lockForClosing()); }
 
     /** 0 while the provider holds up a call. */
     private int pendingNow() {
@@ -296,34 +309,33 @@ final class Link {
         }
     }
 
-    /** The one closing of this link, which begins with the action where nobody has begun it yet. */
-    private synchronized Closer closer(Runnable first) {
-        if (closer == null) closer = Closer.start(connection, browser, first);
+    /** The one closing of this link, which begins with the step where nobody has begun it; null: do not begin. */
+    private synchronized Closer closer(Closer.Step first) {
+        if (closer == null && first != null) closer = Closer.start(connection, browser, first);
         return closer;
     }
 
-    private void acknowledgeAtEnd() {
-        lock.lock();
+    private void acknowledgeAtEnd() throws JMSException {
+        if (!lockOrInterrupt()) throw new ConnectorException("the provider does not return from a call");
         try {
             acknowledge();
         } catch (JMSException | RuntimeException e) {
             if (consumer == null) return;
             Log.warn("The messages handed on last may come again, since acknowledging them failed: "
                     + Log.reason(e) + ".");
+            throw e;
         } finally {
             lock.unlock();
         }
     }
 
-    private void readerReturned() {
-        reader = null;
-        returned.signalAll();
-    }
+    private boolean hasInHand(Thread thread) { return reader.get() == thread; }
+
+    private void readerReturned() { reader.lazySet(null); }
 
     private Message handOn(Message message) {
         lastHandedOn = message;
-        reader = Thread.currentThread();
-        if (!hasHandedOn) hasHandedOn = true;
+        reader.lazySet(Thread.currentThread());
         ++pending;
         if (transacted && !hasWarned) warnOfUncommitted();
         return message;
@@ -340,7 +352,7 @@ final class Link {
     }
 
     private void acknowledge() throws JMSException {
-        if (transacted || pending == 0) return;
+        if (transacted || pending == 0 || givenBack) return;
         blocking.run(lastHandedOn::acknowledge);
         forgetPending();
     }
@@ -348,33 +360,6 @@ final class Link {
     private void forgetPending() {
         lastHandedOn = null;
         pending = 0;
-    }
-
-    /** A call of the provider that may never return, and that another thread may interrupt. */
-    private static final class Interruptible {
-        private Thread inside;
-        private boolean interrupted;
-
-        void run(SessionCall call) throws JMSException {
-            synchronized (this) { inside = Thread.currentThread(); }
-            try {
-                call.run();
-            } finally {
-                synchronized (this) {
-                    inside = null;
-                    // It was meant for the call, not for what the thread does next.
-                    if (interrupted) Thread.interrupted();
-                    interrupted = false;
-                }
-            }
-        }
-
-        /** False when no thread is inside. */
-        synchronized boolean interrupt() {
-            if (inside == null) return false;
-            interrupted = true;
-            inside.interrupt();
-            return true;
-        }
+        if (!hasSettled) hasSettled = true;
     }
 }

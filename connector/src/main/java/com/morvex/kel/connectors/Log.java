@@ -11,6 +11,9 @@ import java.lang.System.Logger.Level;
 final class Log {
     private static final System.Logger LOGGER = System.getLogger("kel.jms");
 
+    /** A converter's exception may quote a whole message. */
+    private static final int LONGEST_REASON = 1_000;
+
     private Log() {}
 
     static void warn(String sentence) { LOGGER.log(Level.WARNING, SafeText.of(sentence)); }
@@ -35,6 +38,7 @@ final class Log {
     static String reason(Throwable cause) {
         String text = cause.getMessage();
         if (text == null || text.isBlank()) return cause.getClass().getName();
+        if (text.length() > LONGEST_REASON) text = text.substring(0, LONGEST_REASON) + "...";
         text = text.replaceAll("\\s+", " ").strip();
         return text.endsWith(".") ? text.substring(0, text.length() - 1) : text;
     }

@@ -16,17 +16,22 @@ final class MemoryShortage {
     static final int MOST_TRIES = 3;
     private static final int MOST_SUSPECTS = 100;
 
+    /** A suspect that has not come for so many others was taken by somebody else. */
+    private static final int LAPSE_AFTER = 1_000;
+
     private final Map<String, Integer> suspects = new LinkedHashMap<>();
+    private int others;
 
     static boolean isBehind(Throwable failure) {
         return ConnectorException.stemsFrom(failure, VirtualMachineError.class)
                 && !ConnectorException.stemsFrom(failure, StackOverflowError.class);
     }
 
-    /** What to do about it, as the end of a sentence. */
+    /** The reason, and what to do about it, as the end of a sentence. */
     static String remedy(Throwable failure) {
-        return Log.rootReason(failure) + "; a larger heap (-Xmx) or fewer messages sent ahead (the provider's"
-                + " prefetch) would do";
+        String reason = Log.rootReason(failure);
+        if (!ConnectorException.stemsFrom(failure, OutOfMemoryError.class)) return reason;
+        return reason + " (a larger heap, -Xmx, or a smaller prefetch of the provider's client would do)";
     }
 
     /** While there are suspects, as little as possible should hang on one message. */
@@ -37,9 +42,13 @@ final class MemoryShortage {
         String id = message.getJMSMessageID();
         if (id == null) return true;   // it could not be told from the next one
         if (suspects.size() >= MOST_SUSPECTS) suspects.clear();
+        others = 0;
         return suspects.merge(id, 1, Integer::sum) >= MOST_TRIES;
     }
 
     /** The message was read, or refused, or kept elsewhere. */
-    void forget(Message message) throws JMSException { suspects.remove(message.getJMSMessageID()); }
+    void dealtWith(Message message) throws JMSException {
+        if (suspects.isEmpty()) return;
+        if (suspects.remove(message.getJMSMessageID()) == null && ++others >= LAPSE_AFTER) suspects.clear();
+    }
 }

@@ -20,16 +20,13 @@ final class OpenConnectors {
 
     static boolean any(Predicate<ConnectionKeeper> predicate) { return RECEIVING.stream().anyMatch(predicate); }
 
-    /**
-     * Disconnects the predecessors of a connector: those for the same source that were made on the same thread
-     * and that nobody has any more.
-     */
+    /** Ends the connectors for the same source that nobody has any more. */
     static void closeForgotten(ConnectionKeeper successor) {
         List<ConnectionKeeper> earlier = RECEIVING.stream().filter(successor::mayFollow).toList();
         if (earlier.isEmpty()) return;
         System.gc();   // only the collector knows
         for (ConnectionKeeper one : earlier) {
-            if (one.isForgotten()) one.disconnect();
+            if (one.isForgotten()) one.endForgotten();
         }
     }
 

@@ -6,39 +6,43 @@ import java.util.concurrent.TimeUnit;
 
 /**
  * What is said of one time without a connection: that it began, each new reason once, that it goes on, once a
- * minute, and that it ended. The same sentence again and again would bury everything else.
+ * minute, and that it ended. The same sentence again and again would bury everything else. One thread at a time.
  */
 final class Outage {
-    /** Not final, so that a test need not wait for a minute. */
-    static volatile long remindNanos = TimeUnit.MINUTES.toNanos(1);
     private static final int MOST_REASONS = 3;
 
     private final String destination;
+    private final long remindNanos;
     private final long began = System.nanoTime();
     private final Set<String> reasons = new HashSet<>();
     private long said = began;
     private String last;
 
-    /** @param sentence says that it began, and is told with the reason at its end */
-    Outage(String destination, String sentence, String reason) {
+    /** @param sentence says that it began, and why */
+    Outage(String destination, long remindMillis, String sentence, Throwable cause) {
         this.destination = destination;
-        last = reason;
+        remindNanos = TimeUnit.MILLISECONDS.toNanos(remindMillis);
+        last = Log.rootReason(cause);
         reasons.add(last);
-        Log.warn(sentence + ": " + last + ".");
+        Log.warn(sentence, cause);
     }
 
-    /** An attempt to end it failed. */
-    synchronized void goesOn(Throwable failure) {
-        last = Log.rootReason(failure);
+    /**
+     * An attempt to end it failed, or ended it for a moment only.
+     *
+     * @param sentence said when the reason at the root is a new one
+     */
+    void goesOn(String sentence, Throwable cause) {
+        last = Log.rootReason(cause);
         if (reasons.size() < MOST_REASONS && reasons.add(last)) {
             said = System.nanoTime();
-            Log.warn(Log.reason(failure) + ".", failure);
+            Log.warn(sentence, cause);
         } else {
-            Log.detail("Another try to connect failed.", failure);
+            Log.detail(sentence, cause);
         }
     }
 
-    synchronized void remind() {
+    void remind() {
         long now = System.nanoTime();
         if (now - said < remindNanos) return;
         said = now;

@@ -200,6 +200,24 @@ public class MessagesTest extends BrokerFixture {
     }
 
     @Test
+    public void whatIsSaidShowsNoSecretAndTakesItsLengthInTime() {
+        String[][] rows = {
+                {"tcp://u:pw@h:1?a.password=x&b=c", "tcp://u:***@h:1?a.password=***&b=c"},
+                {"failover:(tcp://h:1?jms.password=a,ssl://u:p@h)?x=y", "failover:(tcp://h:1?jms.password=***,ssl://u:***@h)?x=y"},
+                {"-Djavax.net.ssl.trustStorePassword=s3cret \"PASSWORD: q\"", "-Djavax.net.ssl.trustStorePassword=*** \"PASSWORD: ***\""},
+                {"java.naming.security.credentials=a, passwd=b", "java.naming.security.credentials=***, passwd=***"},
+                {"the password is wrong; tcp://h:1?a=b@c", "the password is wrong; tcp://h:1?a=b@c"},
+                {"\u001b[31m\u009b\u2028\u202e\n", "\\u001B[31m\\u009B\\u2028\\u202E\\u000A"},
+        };
+        for (String[] row : rows) assertEquals(row[1], SafeText.of(row[0]));
+        long start = System.nanoTime();
+        for (String shape : new String[] {"password", "passworda", "://a:", "a", "password =", "@:"}) {
+            SafeText.of("password" + shape.repeat(1_000_000));
+        }
+        assertTrue(System.nanoTime() - start < 20_000_000_000L);
+    }
+
+    @Test
     public void whatIsSentArrivesOrIsFalseAndOneSentence() {
         connector = connector(url(), "");
         checkFails("not connected", connector.sendTextMessage("a", null));

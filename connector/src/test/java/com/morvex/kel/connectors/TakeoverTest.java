@@ -79,8 +79,16 @@ public class TakeoverTest extends BrokerFixture {
         JmsConnector next = receiver("");
         assertEquals(1, connections());
         assertEquals("none waits for the collector, none comes twice", numbers(4, 10), receive(next, 7));
+        connectors.clear();
+        next = null;
+        sendNumbers(QUEUE, 11, 12);
+        JmsConnector elsewhere = CompletableFuture.supplyAsync(() -> receiver("")).join();
+        assertEquals("also one that another thread reads from", 1, connections());
         JmsConnector beside = receiver("");
         assertEquals("one that is in use is let be", 2, connections());
+        int last = 0;   // the last of the messages before may come again: nobody has said that it was dealt with
+        for (int round = 0; round < 9 && last != 12; ++round) last = receive(elsewhere, 1).get(0);
+        assertEquals(12, last);
         assertEquals("", beside.receiveTextMessage());
     }
 }
