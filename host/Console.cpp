@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <mutex>
 
+#include "host/Secrets.h"
 #include "host/toolkit/ModifiedUtf8.h"
 #include "host/toolkit/Text.h"
 
@@ -50,15 +51,17 @@ std::string oneLine(std::string_view text) {
     return line;
 }
 
+std::string shown(std::string_view text) { return oneLine(withoutSecrets(text)); }
+
 void say(std::string_view text) {
-    const std::string line = oneLine(text) + '\n';
+    const std::string line = shown(text) + '\n';
     const std::lock_guard guard(terminalLock);
     put(eraseStatus() + line + statusLine());
 }
 
 void sayModified(const std::string& prefix, const char* text) {
     std::string line = prefix;
-    const std::string_view whole = text;
+    const std::string whole = withoutSecrets(text);  // before a cut hides what it is known by
     appendUtf8(wholeCharacters(whole, kLongestLine), line);
     if (whole.size() > kLongestLine) line += "... (" + std::to_string(whole.size()) + " bytes)";
     say(line);
