@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <mutex>
 
+#include "host/SafeText.h"
 #include "host/Secrets.h"
 #include "host/toolkit/ModifiedUtf8.h"
 #include "host/toolkit/Text.h"
@@ -28,28 +29,19 @@ void put(const std::string& text) {
 // The cursor goes back to the line's begin: what others print, the JVM say, then replaces the status.
 std::string statusLine() { return shownStatus.empty() ? std::string() : shownStatus + '\r'; }
 
+std::string escaped(char32_t code) {
+    if (code == '\n') return "\\n";
+    if (code == '\t') return "\\t";
+    std::array<char, 12> escape;
+    std::snprintf(escape.data(), escape.size(), code < 0x80 ? "\\x%02X" : "\\u%04X", unsigned{code});
+    return escape.data();
+}
+
 std::string eraseStatus() { return shownStatus.empty() ? std::string() : std::string(kEraseLine); }
 
 }  // namespace
 
-std::string oneLine(std::string_view text) {
-    std::string line;
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte >= 0x20 && byte != 0x7F) {
-            line += c;
-        } else if (c == '\n') {
-            line += "\\n";
-        } else if (c == '\t') {
-            line += "\\t";
-        } else {
-            std::array<char, 8> escape;
-            std::snprintf(escape.data(), escape.size(), "\\x%02X", byte);
-            line += escape.data();
-        }
-    }
-    return line;
-}
+std::string oneLine(std::string_view text) { return withoutSteering(text, escaped); }
 
 std::string shown(std::string_view text) { return oneLine(withoutSecrets(text)); }
 

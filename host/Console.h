@@ -21,8 +21,7 @@ public:
     const int code;
 };
 
-// The text in one line: control characters as escapes, so that a message's text neither breaks the line nor
-// steers the terminal.
+// The text in one line: as escapes what would break the line or steer the terminal.
 std::string oneLine(std::string_view text);
 
 // What this host says for itself, in one line and without passwords.
