@@ -116,4 +116,19 @@ TEST(CommandLine, APipeWithNobodyAtItsOtherEndHoldsUpNoStop) {
     EXPECT_EQ(run.errors(), waiting + "Stopped before the command was ready.\n");
 }
 
+TEST(CommandLine, ASecondSignalLeavesAtOnce) {
+    const Scratch scratch;
+    std::string lines;
+    for (int i = 0; i < 2000; ++i) lines += kLines;
+    const UnreadPipe pipe;
+    HostProcess run(scratch, {"run", "--config", scratch.write("c.toml", trades(kInJvm)), "--feed", scratch.write("lines", lines)},
+                    pipe.setup());
+    EXPECT_TRUE(within(Seconds(30), [&] { return pipe.isFull(); })) << run.errors();
+    run.signal(SIGTERM);
+    run.signal(SIGINT);  // as timeout(1) does: the same request
+    EXPECT_EQ(run.wait(Seconds(0.5)), -1);
+    run.signal(SIGTERM);
+    EXPECT_EQ(run.wait(Seconds(10)), 130) << run.errors();
+}
+
 }  // namespace
