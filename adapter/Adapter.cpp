@@ -6,6 +6,7 @@
 #include <cstring>
 #include <memory>
 
+#include "adapter/Shared.h"
 #include "toolkit/kel_intl.h"
 
 namespace {
@@ -29,7 +30,7 @@ void Adapter::putNextBlock(void** rows, int count, bool /*flag*/) {
 
 void Adapter::start() {}
 
-void Adapter::stopRequested() { stopRequestedFlag = true; }
+void Adapter::stopRequested() { shared::store(stopRequestedFlag, true); }
 
 int Adapter::getCapability(const char* /*name*/, char*** values) {
     constexpr char kNo[] = "false";
@@ -94,7 +95,8 @@ bool Adapter::validateDatetimeFormat(std::string format) {
 
 void Adapter::resetCommon() {
     badRows = goodRows = totalRows = latency = 0;
-    stopFlag = stopRequestedFlag = false;
+    shared::store(stopFlag, false);
+    shared::store(stopRequestedFlag, false);
     schemaNames.clear();
     tableNames.clear();
     fieldNames.clear();

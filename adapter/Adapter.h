@@ -4,6 +4,7 @@
 //
 // Threads: nothing here takes a lock. Everything runs on the thread that the server calls on; only
 // stopRequested may come from another thread, and the row counters may be read from one (not during reset).
+// Flags and counters that two threads touch are accessed through adapter/Shared.h.
 #pragma once
 
 #include <pthread.h>

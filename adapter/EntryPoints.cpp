@@ -1,20 +1,17 @@
 #include "adapter/EntryPoints.h"
 
-#include <atomic>
 #include <cstdlib>
 #include <string>
 #include <vector>
 
 #include "adapter/Adapter.h"
+#include "adapter/Shared.h"
 #include "jmsin/JmsInAdapter.h"
 #include "toolkit/kel_intl.h"
 
 namespace {
 
 Adapter& adapterOf(void* handle) { return *static_cast<Adapter*>(handle); }
-
-// A counter that another thread may be counting.
-int64_t current(int64_t& counter) { return std::atomic_ref(counter).load(std::memory_order_relaxed); }
 
 char* newText(const std::string& text) {
     char* copy = new char[text.size() + 1];
@@ -71,9 +68,9 @@ void setState(void* handle, int state) { adapterOf(handle).setState(state); }
 bool hasError(void* handle) { return adapterOf(handle).hasError(); }
 int getError(void* handle, char** text) { return adapterOf(handle).getError(text); }
 bool isOutBase(void* handle) { return adapterOf(handle).outputAdapter; }
-int64_t getTotalRowsProcessed(void* handle) { return current(adapterOf(handle).totalRows); }
-int64_t getNumberOfGoodRows(void* handle) { return current(adapterOf(handle).goodRows); }
-int64_t getNumberOfBadRows(void* handle) { return current(adapterOf(handle).badRows); }
+int64_t getTotalRowsProcessed(void* handle) { return shared::load(adapterOf(handle).totalRows); }
+int64_t getNumberOfGoodRows(void* handle) { return shared::load(adapterOf(handle).goodRows); }
+int64_t getNumberOfBadRows(void* handle) { return shared::load(adapterOf(handle).badRows); }
 
 int getCapability(void* handle, const char* name, char*** values) {
     return adapterOf(handle).getCapability(name, values);

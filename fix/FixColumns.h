@@ -33,8 +33,21 @@ public:
     std::optional<std::string_view> find(int slot) const { return values_[slot]; }
     const char* text(int slot) const;
 
+    // While it lives, reading keeps the message; then a large one is forgotten.
+    class Reading {
+    public:
+        explicit Reading(WantedFields& fields) : fields_(fields) {}
+        ~Reading() { fields_.giveBack(); }
+        Reading(const Reading&) = delete;
+        Reading& operator=(const Reading&) = delete;
+
+    private:
+        WantedFields& fields_;
+    };
+
 private:
     int slotOf(std::string_view tag) const;
+    void giveBack();
 
     std::string message_;
     std::vector<std::optional<std::string_view>> values_{1};  // by slot; 0 is no slot

@@ -5,6 +5,7 @@
 #include "adapter/Adapter.h"
 #include "fix/FieldWalk.h"
 #include "fix/FixColumns.h"
+#include "util/KeptText.h"
 
 namespace {
 
@@ -46,6 +47,12 @@ int NewFixUtils::WantedFields::want(const std::string& tag) {
     return slot;
 }
 
+void NewFixUtils::WantedFields::giveBack() {
+    if (!util::isLarge(message_)) return;
+    for (auto& value : values_) value.reset();
+    util::giveBackIfLarge(message_);
+}
+
 void NewFixUtils::WantedFields::read(const std::string& message, char separator) {
     for (auto& value : values_) value.reset();
     message_ = message;
@@ -66,6 +73,7 @@ const char* NewFixUtils::WantedFields::text(int slot) const {
 
 NewFixUtils::Outcome NewFixUtils::messageToRow(const std::string& message, const std::string& messageType,
                                                void* row) {
+    const WantedFields::Reading reading(*wanted_);
     trace("NewFixUtils::parseFixMessage()");
     const int version = wanted_->want(beginStringTag);
     const int type = wanted_->want(msgTypeTag);

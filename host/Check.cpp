@@ -1,6 +1,7 @@
 #include "host/Check.h"
 
 #include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <cstdint>
 #include <fstream>
@@ -46,8 +47,9 @@ const UsedFor kUsedFor[] = {
 };
 
 // The connector's limits, as it reads them.
-constexpr const char* kLimits[] = {"receiveTimeoutMillis", "connectTimeoutMillis", "maxMessageBytes",
-                                   "browseLimit", "browseMillis"};
+constexpr const char* kLimits[] = {"receiveTimeoutMillis", "connectTimeoutMillis", "clientIdWaitMillis",
+                                   "maxMessageBytes",      "maxElements",          "browseLimit",
+                                   "browseMillis"};
 constexpr std::string_view kLimitOption = "-Dkel.jms.";
 
 bool isLimit(std::string_view text) {
@@ -72,6 +74,8 @@ public:
                "\"org.apache.activemq.jndi.ActiveMQInitialContextFactory\"");
         needed("jndiURL", "the provider's address, such as \"tcp://localhost:61616\"");
         needed("destinationName", "the name of the queue or topic");
+        atProvider("connectionFactory");
+        atProvider("destinationName");
         // The adapter takes any other value for a topic, and for a non-durable subscription.
         oneOf("destinationType", {"QUEUE", "TOPIC"}, false);
         oneOf("subscriptionMode", {"NONDURABLE", "DURABLE"}, true);
@@ -96,6 +100,18 @@ private:
 
     void needed(const char* name, const std::string& what) {
         if (text(name).empty()) problem(name, "it must be " + what);
+    }
+
+    // Such a name would be looked up past the provider; the connector refuses it.
+    void atProvider(const char* name) {
+        constexpr std::string_view kSchemes[] = {"ldap", "ldaps",    "rmi",       "dns",
+                                                 "iiop", "iiopname", "corbaname", "corbaloc"};
+        std::string scheme = text(name).substr(0, text(name).find(':'));
+        for (char& c : scheme) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        const bool isRemote =
+            std::find(std::begin(kSchemes), std::end(kSchemes), scheme) != std::end(kSchemes);
+        if (isRemote && text(name).find(':') != std::string::npos)
+            problem(name, "it must be a name at the provider itself, not of another naming service");
     }
 
     void oneOf(const char* name, const std::vector<std::string>& values, bool mayBeMissing) {
@@ -133,7 +149,23 @@ private:
         const std::string batch = text("batchsize");
         if (batch.starts_with('-'))
             problem("batchsize", "it must be the number of messages a commit, from 1");
+        if (text("dataFormat") == "FIX" && batchSize() > 1) uncommittedFix();
         redelivery();
+    }
+
+    std::int64_t batchSize() const {
+        const std::string batch = text("batchsize");
+        std::int64_t size = 0;
+        std::from_chars(batch.data(), batch.data() + batch.size(), size);
+        return size;
+    }
+
+    void uncommittedFix() {
+        result_.notes.push_back("connection.batchsize is " + text("batchsize") +
+                                "; messages of other types than connection.fixMessageType are counted too, "
+                                "and a commit is made only when "
+                                "a row comes just as the count is a multiple of it, which may be seldom or "
+                                "never; 1 commits every row.");
     }
 
     void redelivery() {

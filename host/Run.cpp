@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "host/Check.h"
+#include "host/ConnectionState.h"
 #include "host/Console.h"
 #include "host/Feeder.h"
 #include "host/Jvm.h"
@@ -38,7 +39,7 @@ public:
 
     void run() {
         const Clock::time_point start = Clock::now();
-        lastMessage_ = start;
+        lastMessage_ = idleSince_ = start;
         {
             StatusLine status(start);
             while (!adapter_.isStopped() && !isAtEnd()) {
@@ -66,8 +67,7 @@ private:
         const Clock::time_point now = Clock::now();
         const int64_t total = plugin.getTotalRowsProcessed(adapter_.handle());
         if (total == totals_.total) {
-            idle_ = secondsBetween(lastMessage_, now);
-            silent_.add(0, now);
+            waitedInVain(now);
             return now;
         }
         // The row is in the system's hands: only now may the provider forget its message.
@@ -77,9 +77,20 @@ private:
         const int64_t bad = plugin.getNumberOfBadRows(adapter_.handle());
         if (bad > totals_.bad && session_.errors == errorsBefore) silent_.add(bad - totals_.bad, now);
         totals_.bad = bad;
-        lastMessage_ = now;
+        lastMessage_ = idleSince_ = now;
         idle_ = 0;
         return now;
+    }
+
+    // Nothing can wait where there is no connection to look: such a time is not idle.
+    void waitedInVain(Clock::time_point now) {
+        const ConnectionState state = connectionState();
+        if (state == ConnectionState::kGivenUp && !adapter_.isStopped())
+            throw Failure(
+                "The run ends, because the connector has given up its connection, as it says above.");
+        if (state != ConnectionState::kOpen) idleSince_ = now;
+        idle_ = secondsBetween(idleSince_, now);
+        silent_.add(0, now);
     }
 
     void write(const ServerRow& row) {
@@ -100,6 +111,7 @@ private:
     Totals totals_;
     std::string text_;
     Clock::time_point lastMessage_;
+    Clock::time_point idleSince_;
     double idle_ = 0;
     double seconds_ = 0;
 };

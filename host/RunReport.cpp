@@ -2,9 +2,8 @@
 
 #include <array>
 #include <cstdio>
-#include <filesystem>
-#include <fstream>
 
+#include "host/ConnectionState.h"
 #include "host/Console.h"
 
 namespace host {
@@ -12,20 +11,6 @@ namespace host {
 namespace {
 
 constexpr std::chrono::milliseconds kRedraw(500);
-
-// While it reconnects, and only then, the connector has a thread named "kel-jms-reconnect" (ConnectionKeeper
-// keeps to that); the system keeps 15 letters of it.
-constexpr char kReconnectThread[] = "kel-jms-reconne";
-
-bool isReconnecting() {
-    std::error_code error;
-    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task", error)) {
-        std::string name;
-        std::getline(std::ifstream(task.path() / "comm"), name);
-        if (name == kReconnectThread) return true;
-    }
-    return false;
-}
 
 }  // namespace
 
@@ -62,7 +47,7 @@ void StatusLine::update(const Totals& totals, Clock::time_point now) {
     std::array<char, 160> text;
     std::snprintf(text.data(), text.size(), "good %lld, bad %lld, %.0f rows/s%s",
                   static_cast<long long>(totals.good), static_cast<long long>(totals.bad), rate,
-                  isReconnecting() ? ", reconnecting" : "");
+                  connectionState() == ConnectionState::kOpen ? "" : ", no connection");
     showStatus(text.data());
     drawn_ = now;
     goodThen_ = totals.good;

@@ -4,7 +4,6 @@
 #include <atomic>
 #include <chrono>
 #include <functional>
-#include <mutex>
 #include <thread>
 
 namespace host {
@@ -23,11 +22,10 @@ public:
     }
 
     // Calls `stop`, again and again while a reset runs: one that has just begun clears the stop, or has
-    // nothing yet that could be stopped. Any thread; one call at a time.
+    // nothing yet that could be stopped. Any thread, also while another one is in it.
     void stop(const std::function<void()>& stop) {
         constexpr std::chrono::milliseconds kPause(50);
         isStopped_ = true;
-        const std::lock_guard guard(lock_);
         stop();
         while (isResetting_) {
             std::this_thread::sleep_for(kPause);
@@ -38,7 +36,6 @@ public:
     bool isStopped() const { return isStopped_; }
 
 private:
-    std::mutex lock_;
     std::atomic<bool> isStopped_{false};
     std::atomic<bool> isResetting_{false};
 };

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "adapter/Adapter.h"
 #include "jms/ConnectorMethods.h"
@@ -60,6 +61,7 @@ bool JmsUtils::report(const char* text) {
 
 bool JmsUtils::initJvm() {
     if (_globaljvm == nullptr) return report("No JVM instance found");
+    const std::lock_guard guard(replacing_);
     jvm = _globaljvm;
     return true;
 }
@@ -120,9 +122,7 @@ bool JmsUtils::init(const std::string& connectionFactory, const std::string& des
             : env->NewObject(connectorClass.get(), constructor, factoryText.get(), typeText.get(),
                              nameText.get(), toJava(durable), kinds.get(), names.get(), mappedNames.get(),
                              contextText.get(), urlText.get(), clientText.get(), subscriptionText.get()));
-    const jobject previous = connector;
-    connector = created ? env->NewGlobalRef(created.get()) : nullptr;
-    if (previous != nullptr) env->DeleteGlobalRef(previous);
+    replaceConnector(created ? env->NewGlobalRef(created.get()) : nullptr);
 
     bool connected = false;
     if (connector != nullptr) {
@@ -132,6 +132,15 @@ bool JmsUtils::init(const std::string& connectionFactory, const std::string& des
         }
     }
     return !exceptionOccurred(env) && connected;
+}
+
+void JmsUtils::replaceConnector(jobject created) {
+    jobject previous = created;
+    {
+        const std::lock_guard guard(replacing_);
+        std::swap(connector, previous);
+    }
+    if (previous != nullptr) env->DeleteGlobalRef(previous);
 }
 
 bool JmsUtils::connect(jclass connectorClass, bool forInput, bool bindSchema) {
@@ -165,13 +174,27 @@ bool JmsUtils::commitTransaction() {
 }
 
 bool JmsUtils::disconnect() {
-    if (jvm == nullptr || connector == nullptr) return false;
+    JavaVM* const machine = machineWithConnector();
+    if (machine == nullptr) return false;
     // Not the kept environment: the thread that stops the adapter is another one.
     JNIEnv* jni = nullptr;
-    jvm->AttachCurrentThread(reinterpret_cast<void**>(&jni), nullptr);
+    machine->AttachCurrentThread(reinterpret_cast<void**>(&jni), nullptr);
     if (jni == nullptr) return report("Cannot attach thread to JVM");
     const LocalRef<jclass> connectorClass(jni, jni->FindClass(contract::kClass));
     if (!connectorClass) return false;
     const jmethodID method = find(jni, connectorClass.get(), contract::kDisconnect);
-    return method != nullptr && jni->CallBooleanMethod(connector, method) == JNI_TRUE;
+    if (method == nullptr) return false;
+    const LocalRef<jobject> current(jni, newConnectorRef(jni));
+    return current && jni->CallBooleanMethod(current.get(), method) == JNI_TRUE;
+}
+
+JavaVM* JmsUtils::machineWithConnector() {
+    const std::lock_guard guard(replacing_);
+    return connector != nullptr ? jvm : nullptr;
+}
+
+// A local reference: the global one is deleted when `init` replaces the connector.
+jobject JmsUtils::newConnectorRef(JNIEnv* jni) {
+    const std::lock_guard guard(replacing_);
+    return connector != nullptr ? jni->NewLocalRef(connector) : nullptr;
 }

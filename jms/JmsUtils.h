@@ -2,9 +2,9 @@
 // hosts (it never starts one).
 //
 // Threads: the thread that runs `init` is attached to the JVM and its environment is kept; every other
-// operation but `disconnect` must run on that thread. `disconnect` may run on any. No thread is detached and
-// no lock is taken. Without a JVM or a connector every operation but `init` returns false without touching
-// the JVM.
+// operation but `disconnect` must run on that thread. `disconnect` may run on any, also while `init` replaces
+// the connector: that alone is under a lock, which is never held during a call into Java. No thread is
+// detached. Without a JVM or a connector every operation but `init` returns false without touching the JVM.
 //
 // Failures return false. A Java exception is described on standard error and cleared by `init`, the receives
 // and `commitTransaction`; after `initConverter`, `disconnect` and the sends it stays pending until one of
@@ -14,6 +14,7 @@
 #include <jni.h>
 
 #include <map>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -104,6 +105,9 @@ public:
 private:
     JNIEnv* environmentFor(jmethodID method);
     bool report(const char* text);
+    void replaceConnector(jobject created);
+    JavaVM* machineWithConnector();
+    jobject newConnectorRef(JNIEnv* jni);
     bool connect(jclass connectorClass, bool forInput, bool bindSchema);
     void storeFields(jobjectArray message, jsize first, void* row);
     void loadFields(void* row, jobjectArray message, jsize first);
@@ -111,4 +115,6 @@ private:
     bool browseArrays(const contract::Method& method, std::vector<std::vector<std::string>>& messages);
     bool sendArray(jmethodID method, const std::string& streamName, void* row, bool withPrefix,
                    bool passFlag);
+
+    std::mutex replacing_;  // guards what `disconnect` reads: `jvm` and `connector`
 };

@@ -1,13 +1,14 @@
 // The adapter's life and its receive loop.
 #include "jmsin/JmsInAdapter.h"
 
-#include <atomic>
 #include <stdexcept>
 
+#include "adapter/Shared.h"
 #include "fix/NewFixUtils.h"
 #include "jms/JmsUtils.h"
 #include "jmsin/MessageKeys.h"
 #include "jmsin/XmlPatterns.h"
+#include "util/KeptText.h"
 
 namespace {
 
@@ -15,8 +16,7 @@ constexpr int kTraceLevel = 7;
 constexpr int kStateRunning = 2;
 constexpr int kStateStopped = 4;
 
-// On this thread alone; others may read the counter meanwhile.
-void count(int64_t& counter) { std::atomic_ref(counter).store(counter + 1, std::memory_order_relaxed); }
+void count(int64_t& counter) { shared::store(counter, counter + 1); }
 
 }  // namespace
 
@@ -78,7 +78,7 @@ bool JmsInAdapter::reset() {
 
 void* JmsInAdapter::getNext() {
     trace(keys::kGetNext);
-    if (stopFlag) {
+    if (shared::load(stopFlag)) {
         setState(kStateStopped);
         return nullptr;
     }
@@ -107,8 +107,14 @@ JmsInAdapter::Received JmsInAdapter::receive() {
     return Received::kBad;
 }
 
+bool JmsInAdapter::takeText() {
+    util::giveBackIfLarge(text_);
+    util::giveBackIfLarge(token_);
+    return jms_->receiveTextMessage(text_);
+}
+
 JmsInAdapter::Received JmsInAdapter::receiveText() {
-    if (!jms_->receiveTextMessage(text_)) return Received::kBad;
+    if (!takeText()) return Received::kBad;
     if (text_.empty()) return Received::kNothing;
     const bool parsed =
         dataFormat_ == DataFormat::kXml ? parseXmlMessage(text_, nullptr) : parseCsvMessage(text_, false);
@@ -118,7 +124,7 @@ JmsInAdapter::Received JmsInAdapter::receiveText() {
 // Messages of another type are counted and passed over.
 JmsInAdapter::Received JmsInAdapter::receiveFix() {
     for (;;) {
-        if (!jms_->receiveTextMessage(text_)) return Received::kBad;
+        if (!takeText()) return Received::kBad;
         if (text_.empty()) return Received::kNothing;
         try {
             switch (fix_->messageToRow(text_, fixMessageType_, row_)) {
@@ -153,7 +159,7 @@ void JmsInAdapter::putNext(void* /*row*/) { trace(keys::kPutNext); }
 
 void JmsInAdapter::stop() {
     trace(keys::kStop);
-    stopFlag = true;
+    shared::store(stopFlag, true);
     setState(kStateStopped);
     jms_->disconnect();
 }

@@ -70,6 +70,7 @@ public:
 private:
     enum class Received { kRow, kNothing, kBad };
     Received receive();
+    bool takeText();  // the next message's, or "", into text_
     Received receiveText();
     Received receiveFix();
     Received receiveObjectArray();
@@ -127,7 +128,7 @@ private:
     std::unique_ptr<xml::Pattern> attributePattern_;
     void* row_ = nullptr;  // the connection row, cleared and filled for every message
     std::map<std::string, std::string> columnMap_;  // no parameter fills it
-    // The message and the token in hand; kept for their capacity.
+    // The message and the token in hand; kept for their capacity, unless a message made it large.
     std::string text_;
     std::string token_;
 };

@@ -1,5 +1,7 @@
 #include "host/toolkit/ConnectionRow.h"
 
+#include <algorithm>
+#include <limits>
 #include <memory>
 
 #include "host/toolkit/ErrorList.h"
@@ -8,56 +10,113 @@
 
 namespace host {
 
+namespace {
+
+constexpr int kNone = -1;
+
+}  // namespace
+
+ConnectionRow::ConnectionRow(bool byNames) : byNames_(byNames) { setType(nullptr); }
+
 void ConnectionRow::clear() {
-    used_ = 0;
+    if (fields_.size() * sizeof(Field) + textBytes_ > kMostMemory) {
+        fields_ = std::vector<Field>();
+        textBytes_ = 0;
+    }
+    kept_ = count_ = 0;
+    std::fill(positions_.begin(), positions_.end(), kNone);
+    others_.clear();
     op = '\0';
 }
 
+void ConnectionRow::setType(const RowType* newType) {
+    type_ = newType;
+    const size_t columns = type_ != nullptr ? type_->columns.size() : 0;
+    most_ = columns > 0 ? columns + kMostSurplus : std::numeric_limits<size_t>::max();
+    if (!byNames_) return;
+    positions_.assign(columns + 1, kNone);
+    others_.clear();
+    for (size_t i = 0; i < kept_; ++i) remember(static_cast<int>(i), slotOf(fields_[i].name));
+}
+
 ConnectionRow::Field& ConnectionRow::next() {
-    if (used_ == fields_.size()) fields_.emplace_back();
-    Field& field = fields_[used_++];
+    if (kept_ == fields_.size()) fields_.emplace_back();
+    Field& field = fields_[kept_++];
     field.null = true;
     return field;
 }
 
-namespace {
-
-void assign(ConnectionRow::Field& field, const char* value) {
-    field.null = value == nullptr;
-    if (value != nullptr) field.text = value;
+void ConnectionRow::setText(std::string& text, const char* value) {
+    textBytes_ -= text.capacity();
+    text = value;
+    textBytes_ += text.capacity();
 }
 
-}  // namespace
+void ConnectionRow::assign(Field& field, const char* value) {
+    field.null = value == nullptr;
+    if (value != nullptr) setText(field.text, value);
+}
 
 bool ConnectionRow::set(int index, const char* value) {
     if (byNames_ || index < 0) return false;
-    while (used_ <= static_cast<size_t>(index)) next();
-    assign(fields_[static_cast<size_t>(index)], value);
+    const auto at = static_cast<size_t>(index);
+    if (at >= kept_) {
+        const size_t kept = std::min(at + 1, most_);
+        while (kept_ < kept) next();
+        count_ = std::max(count_, at + 1);
+    }
+    if (at < kept_) assign(fields_[at], value);
     return true;
 }
 
 bool ConnectionRow::set(const char* name, const char* value) {
     if (!byNames_ || name == nullptr) return false;
-    auto* field = const_cast<Field*>(find(name));
-    if (field == nullptr) {
-        field = &next();
-        field->name = name;
+    const int slot = slotOf(name);
+    int position = positionOf(name, slot);
+    if (position == kNone) {
+        ++count_;
+        if (slot == kNone && kept_ >= most_) return true;
+        position = static_cast<int>(kept_);
+        setText(next().name, name);
+        remember(position, slot);
     }
-    assign(*field, value);
+    assign(fields_[static_cast<size_t>(position)], value);
     return true;
 }
 
+// The index of the column, behind them all that of the opcode; none for any other name.
+int ConnectionRow::slotOf(std::string_view name) const {
+    const int column = type_ != nullptr ? type_->indexOf(name) : kNone;
+    return column == kNone && name == kOpcodeField ? static_cast<int>(positions_.size()) - 1 : column;
+}
+
+int ConnectionRow::positionOf(std::string_view name, int slot) const {
+    if (slot != kNone) return positions_[static_cast<size_t>(slot)];
+    const auto found = others_.find(name);
+    return found != others_.end() ? found->second : kNone;
+}
+
+void ConnectionRow::remember(int position, int slot) {
+    Field& field = fields_[static_cast<size_t>(position)];
+    field.slot = slot;
+    if (slot != kNone) {
+        positions_[static_cast<size_t>(slot)] = position;
+    } else {
+        others_.emplace(field.name, position);
+    }
+}
+
 const ConnectionRow::Field* ConnectionRow::find(int index) const {
-    const bool isThere = !byNames_ && index >= 0 && index < size();
-    return isThere ? &fields_[static_cast<size_t>(index)] : nullptr;
+    static const Field notKept;
+    if (byNames_ || index < 0 || static_cast<size_t>(index) >= count_) return nullptr;
+    const auto at = static_cast<size_t>(index);
+    return at < kept_ ? &fields_[at] : &notKept;
 }
 
 const ConnectionRow::Field* ConnectionRow::find(const char* name) const {
     if (!byNames_ || name == nullptr) return nullptr;
-    for (size_t i = 0; i < used_; ++i) {
-        if (fields_[i].name == name) return &fields_[i];
-    }
-    return nullptr;
+    const int position = positionOf(name, slotOf(name));
+    return position != kNone ? &fields_[static_cast<size_t>(position)] : nullptr;
 }
 
 bool ConnectionRow::fromServerRow(const ServerRow& row) {
@@ -65,10 +124,9 @@ bool ConnectionRow::fromServerRow(const ServerRow& row) {
     clear();
     op = row.op;
     for (size_t i = 0; i < row.values.size(); ++i) {
-        Field& field = next();
-        if (byNames_) field.name = row.type->columns[i].name;
-        field.null = std::holds_alternative<std::monostate>(row.values[i]);
-        if (!field.null) field.text = writeValue(row.values[i]);
+        const std::string text = writeValue(row.values[i]);
+        const char* value = std::holds_alternative<std::monostate>(row.values[i]) ? nullptr : text.c_str();
+        byNames_ ? set(row.type->columns[i].name.c_str(), value) : set(static_cast<int>(i), value);
     }
     return true;
 }
@@ -125,7 +183,7 @@ bool getFieldAsStringWithKey(void* row, const char* name, const char** value) {
 void setOp(void* row, char op) { host::rowOf(row)->op = op; }
 char getOp(void* row) { return host::rowOf(row)->op; }
 void setStreamType(void* row, void* rowType, bool /*flag*/) {
-    host::rowOf(row)->type = static_cast<const host::RowType*>(rowType);
+    host::rowOf(row)->setType(static_cast<const host::RowType*>(rowType));
 }
 void setStreamName(void* row, const char* name) { host::rowOf(row)->streamName = host::orEmpty(name); }
 void setTimeFormat(void* row, const char* format) {

@@ -11,7 +11,6 @@ namespace host {
 namespace {
 
 constexpr std::string_view kOpcodes = "iudps";
-constexpr char kOpcodeField[] = "KEL_OPS";
 
 std::string columnNames(const RowType& type) {
     std::string names;
@@ -37,17 +36,17 @@ bool ConnectionRow::readOp(char& opcode, std::string& error) const {
 }
 
 bool ConnectionRow::readFields(ServerRow& row, std::string& error) const {
-    for (int i = 0; i < size(); ++i) {
-        const Field& field = fields_[static_cast<size_t>(i)];
+    for (size_t i = 0; i < kept_; ++i) {
+        const Field& field = fields_[i];
         if (byNames_ && field.name == kOpcodeField) continue;
-        const int index = byNames_ ? type->indexOf(field.name) : i;
-        const Column* column = type->at(index);
+        const int index = byNames_ ? field.slot : static_cast<int>(i);
+        const Column* column = type_->at(index);
         if (column == nullptr) {
             error = byNames_ ? "there is no column " + quoted(field.name) + " for " + fieldText(field) +
-                                   "; the columns are " + columnNames(*type) + "."
+                                   "; the columns are " + columnNames(*type_) + "."
                              : "field " + std::to_string(i) + " (counted from 0), " + fieldText(field) +
-                                   ", has no column; there are " + std::to_string(type->columns.size()) +
-                                   ": " + columnNames(*type) + ".";
+                                   ", has no column; there are " + std::to_string(type_->columns.size()) +
+                                   ": " + columnNames(*type_) + ".";
             return false;
         }
         std::string reason;
@@ -59,7 +58,7 @@ bool ConnectionRow::readFields(ServerRow& row, std::string& error) const {
         }
     }
     for (size_t i = 0; i < row.values.size(); ++i) {
-        const Column& column = type->columns[i];
+        const Column& column = type_->columns[i];
         if (column.key && std::holds_alternative<std::monostate>(row.values[i])) {
             error = "key column \"" + column.name + "\" (" + typeName(column.type) +
                     ") is null in the message; a key column needs a value.";
@@ -71,16 +70,16 @@ bool ConnectionRow::readFields(ServerRow& row, std::string& error) const {
 
 ServerRow* ConnectionRow::toServerRow(std::int64_t sequence, ErrorList* errors) const {
     auto row = std::make_unique<ServerRow>();
-    row->type = type;
-    row->streamName = type != nullptr ? type->streamName : streamName;
+    row->type = type_;
+    row->streamName = type_ != nullptr ? type_->streamName : streamName;
     row->sequence = sequence;
     std::string error;
     bool converted = readOp(row->op, error);
-    if (converted && type != nullptr) {
-        row->values.resize(type->columns.size());
+    if (converted && type_ != nullptr) {
+        row->values.resize(type_->columns.size());
         converted = readFields(*row, error);
     } else if (converted) {
-        for (size_t i = 0; i < used_; ++i) {
+        for (size_t i = 0; i < kept_; ++i) {
             row->values.push_back(fields_[i].null ? Value() : Value(fields_[i].text));
         }
     }

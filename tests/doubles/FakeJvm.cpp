@@ -81,7 +81,9 @@ jmethodID getMethodId(JNIEnv*, jclass type, const char* name, const char* signat
 Answer call(jobject object, jmethodID method, va_list arguments) {
     enter();
     const auto* id = reinterpret_cast<MethodId*>(method);
-    if (!valueOf(object) || id == nullptr) return fault("a call on null, or of a method that is not there"), Answer{};
+    if (id == nullptr) return fault("a call of a method that is not there"), Answer{};
+    if (const auto other = jvm->meanwhile.extract(id->name)) other.mapped()();
+    if (!valueOf(object)) return fault("a call on null"), Answer{};
     jvm->calls.push_back(id->name + "(" + shownArguments(id->signature, arguments) + ")");
     auto& answers = jvm->script[id->name];
     const Answer answer = answers.empty() ? Answer{} : answers.front();
@@ -125,6 +127,7 @@ JNINativeInterface_ nativeTable() {
         return call(object, method, arguments).flag;
     };
     table.NewGlobalRef = [](JNIEnv*, jobject object) { return newReference(jvm->globals, valueOf(object)); };
+    table.NewLocalRef = [](JNIEnv*, jobject object) { return local(valueOf(object)); };
     table.DeleteGlobalRef = [](JNIEnv*, jobject object) { drop(jvm->globals, object); };
     table.DeleteLocalRef = [](JNIEnv*, jobject object) { drop(jvm->locals, object); };
     table.NewStringUTF = [](JNIEnv*, const char* text) {

@@ -6,6 +6,7 @@
 #include <jni.h>
 
 #include <deque>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -48,6 +49,8 @@ struct Jvm {
     bool pending = false;  // a Java exception
     bool attaches = true;
     std::string missing;  // a class or method that is not there
+    // By method: what another thread does once, after a call has begun and before the JVM looks at the object.
+    std::map<std::string, std::function<void()>> meanwhile;
 
     void answer(const std::string& method, const Answer& what) { script[method] = {what}; }  // from now on
     std::vector<std::string> takeCalls() { return std::exchange(calls, {}); }

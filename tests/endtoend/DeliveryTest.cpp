@@ -1,64 +1,12 @@
 // That no message is lost, whatever dies: brokers and hosts in processes of their own.
-//
-// KEL_SOAK=1 in the environment (tools/soak sets it) makes the numbers large.
-#include <iostream>
-#include <random>
-
-#include "tests/endtoend/Support.h"
+#include "tests/endtoend/Delivery.h"
 
 namespace {
 
 using namespace endtoend;
 
-const bool kSoak = std::getenv("KEL_SOAK") != nullptr;
-
-// Messages whose column Shares counts from first to last.
-std::string numbered(int first, int last) {
-    std::string lines;
-    for (int i = first; i <= last; ++i) lines += "Trades,i,S," + std::to_string(i) + ",0.5\n";
-    return lines;
-}
-
-std::string durable(const std::string& url, int batchSize) {
-    // Without the option the client gives up messages that came again more than six times without a commit.
-    return trades(url + "?jms.redeliveryPolicy.maximumRedeliveries=-1", "TOPIC") +
-           "subscriptionMode = \"DURABLE\"\nclientID = \"test\"\nsubscriptionName = \"test\"\nbatchsize = " + std::to_string(batchSize) +
-           "\n";
-}
-
-class Delivery : public ::testing::Test {
+class Killed : public Delivery {
 protected:
-    const Scratch scratch;
-    std::string rows = scratch.path("rows");
-    std::mt19937 random{20240229};
-
-    Texts run(const std::string& config, const Texts& more = {}) const {
-        Texts all = {"run", "--config", config, "--out", rows};
-        all.insert(all.end(), more.begin(), more.end());
-        return all;
-    }
-    void sleepBetween(double low, double high) {
-        std::this_thread::sleep_for(Seconds(std::uniform_real_distribution<>(low, high)(random)));
-    }
-    // How many different numbers are in the rows, and how many of them again.
-    std::pair<int, int> counted() const {
-        std::set<int> different;
-        int repeats = 0;
-        const std::string text = read(rows);
-        const std::string name = "\"Shares\":";
-        for (size_t at = text.find(name); at != std::string::npos; at = text.find(name, at + 1)) {
-            if (!different.insert(std::atoi(text.c_str() + at + name.size())).second) ++repeats;
-        }
-        return {static_cast<int>(different.size()), repeats};
-    }
-    int report(const std::string& what, int messages, int kills) const {
-        const auto [different, repeats] = counted();
-        EXPECT_EQ(different, messages) << what;
-        std::cout << what << ": " << messages << " messages, " << kills << " kills, " << messages - different << " missing, " << repeats
-                  << " repeated\n";
-        return repeats;
-    }
-
     // Runs of the host that end at any moment, until every message has become a row.
     void endRuns(const std::string& what, bool isDurable, int signal, int messages, int kills) {
         SCOPED_TRACE(what);
@@ -84,7 +32,7 @@ protected:
     }
 };
 
-TEST_F(Delivery, RunsEndedAtAnyMomentLoseNothing) {
+TEST_F(Killed, RunsEndedAtAnyMomentLoseNothing) {
     const int many = kSoak ? 20000 : 3000;
     const int often = kSoak ? 100 : 5;
     endRuns("queue", false, SIGKILL, many, often);
@@ -93,7 +41,7 @@ TEST_F(Delivery, RunsEndedAtAnyMomentLoseNothing) {
     endRuns("queue, clean stops", false, SIGINT, 5000, 4);
 }
 
-TEST_F(Delivery, AStopIsAtOnceAndAReturnRepeatsNothingThatWasCommitted) {
+TEST_F(Killed, AStopIsAtOnceAndAReturnRepeatsNothingThatWasCommitted) {
     for (const int batchSize : {1, 3, 100, 250}) {
         const Broker broker(scratch);
         rows = scratch.path("rows" + std::to_string(batchSize));
@@ -112,7 +60,7 @@ TEST_F(Delivery, AStopIsAtOnceAndAReturnRepeatsNothingThatWasCommitted) {
 }
 
 // A stop must end a write that waits, and what was not written comes again.
-TEST_F(Delivery, AReaderThatDoesNotReadHoldsUpNoStopAndLosesNothing) {
+TEST_F(Killed, AReaderThatDoesNotReadHoldsUpNoStopAndLosesNothing) {
     constexpr int kMessages = 2000;  // more than a pipe takes
     for (const bool isDurable : {false, true}) {
         const Broker broker(scratch);
@@ -134,7 +82,7 @@ TEST_F(Delivery, AReaderThatDoesNotReadHoldsUpNoStopAndLosesNothing) {
     }
 }
 
-TEST_F(Delivery, AKilledBrokerWithAStoreLosesNothingAndDoesNotHoldUpAStop) {
+TEST_F(Killed, AKilledBrokerWithAStoreLosesNothingAndDoesNotHoldUpAStop) {
     Broker broker(scratch, true);
     const int messages = kSoak ? 10000 : 2000;
     const std::string config = scratch.write("c.toml", durable(broker.url(), 100));

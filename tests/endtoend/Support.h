@@ -6,6 +6,7 @@
 #include <poll.h>
 #include <signal.h>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -94,6 +95,7 @@ public:
     HostProcess& operator=(const HostProcess&) = delete;
 
     void signal(int number) const { ::kill(pid_, number); }
+    void limit(__rlimit_resource resource, const rlimit& limit) const { ::prlimit(pid_, resource, &limit, nullptr); }
     // The exit status, 128 + the signal that ended it, or -1 when it still runs after the time.
     int wait(Seconds limit = Seconds(60)) {
         int status = 0;

@@ -185,6 +185,9 @@ TEST_F(Configuration, CheckNamesWhatWouldBeTakenForSomethingElse) {
         {{"connection.subscriptionMode=DURABLE", "connection.batchsize=-1", "connection.destinationType=QUEUE"},
          {"subscriptionMode is \"DURABLE\"; a queue has no durable subscriptions", "clientID is missing", "subscriptionName is missing",
           "batchsize is \"-1\"; it must be the number of messages a commit, from 1."}},
+        {{"connection.destinationName=LDAP://x/y", "connection.connectionFactory=rmi:z"},
+         {"connectionFactory is \"rmi:z\"; it must be a name at the provider", "destinationName is \"LDAP://x/y\"; it must be"}},
+        {{"connection.destinationName=ldap", "connection.connectionFactory=queue:rmi"}, {}},
         {{"connection.jndiURL=vm://x"}, {"jndiURL is \"vm://x\"; a broker inside the process keeps its messages in files"}},
         {{"connection.jndiURL=vm://x", "host.addClassPath=[\"activemq-kahadb-store.jar\"]"}, {}},
         {{"host.jvmOptions=[\"-Dkel.jms.browseMillis=0\"]"}, {"jvmOptions has \"-Dkel.jms.browseMillis=0\"; the value must be an integer"}},
@@ -194,13 +197,15 @@ TEST_F(Configuration, CheckNamesWhatWouldBeTakenForSomethingElse) {
         ASSERT_EQ(found.size(), expected.size()) << overrides[0];
         for (size_t i = 0; i < found.size(); ++i) EXPECT_TRUE(found[i].substr(found[i].find('.') + 1).starts_with(expected[i])) << found[i];
     }
-    const host::Settings durable = read(
-        good, {"connection.delimiter=;", "connection.subscriptionMode=DURABLE", "connection.clientID=c", "connection.subscriptionName=s",
-               "connection.jndiContextFactory=org.apache.activemq.jndi.ActiveMQInitialContextFactory"});
+    const host::Settings durable =
+        read(good, {"connection.delimiter=;", "connection.dataFormat=FIX", "connection.batchsize=2", "connection.subscriptionMode=DURABLE",
+                    "connection.clientID=c", "connection.subscriptionName=s",
+                    "connection.jndiContextFactory=org.apache.activemq.jndi.ActiveMQInitialContextFactory"});
     const Texts notes = host::checkSettings(durable).notes;
-    ASSERT_EQ(notes.size(), 2U);
-    EXPECT_TRUE(notes[0].find("dead-letter queue after six") != std::string::npos) << notes[0];
-    EXPECT_EQ(notes[1], "connection.delimiter is not read unless connection.dataFormat is \"CSV\".");
+    ASSERT_EQ(notes.size(), 3U);
+    EXPECT_TRUE(notes[0].starts_with("connection.batchsize is 2; messages of other types")) << notes[0];
+    EXPECT_TRUE(notes[1].find("dead-letter queue after six") != std::string::npos) << notes[1];
+    EXPECT_EQ(notes[2], "connection.delimiter is not read unless connection.dataFormat is \"CSV\".");
     read(good, {"connection.jndiURL=[1]"});
     EXPECT_EQ(problems.size(), 0U) << "an override of a text parameter is a text";
 }

@@ -1,6 +1,8 @@
 // The stand-in's platform library through its C interface: the edges that the interface fixes.
 #include <gtest/gtest.h>
+#include <malloc.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <fstream>
 #include <memory>
@@ -61,6 +63,84 @@ TEST(ToolkitRows, ByNames) {
     EXPECT_FALSE(getFieldAsStringWithKey(row, "c", &value));
     deleteConnectionRow(row);
     EXPECT_EQ(createConnectionRow("RowByChance"), nullptr);
+}
+
+size_t bytesInUse() {
+    const auto heap = mallinfo2();
+    return heap.uordblks + heap.hblkhd;
+}
+
+std::string refusal(void* row) {
+    void* errors = createConnectionErrors();
+    char* text = nullptr;
+    EXPECT_EQ(toRow(row, 0, errors), nullptr);
+    EXPECT_EQ(getAdapterError(errors, &text), 1);
+    deleteConnectionErrors(errors);
+    return take(text);
+}
+
+// A message may have as many fields as it has bytes: they are counted, and a discovery reads thousands of them.
+TEST(ToolkitRows, FieldsFarBeyondTheColumns) {
+    host::RowType type("T", {{"a", 5, true}, {"b", 5, false}});
+    constexpr int kCount = 400'000;
+    constexpr size_t kMuch = 1 << 20;
+    const char* value = nullptr;
+    const size_t before = bytesInUse();
+    const auto start = std::chrono::steady_clock::now();
+    for (const char* kind : {"RowByOrder", "RowByNames"}) {
+        SCOPED_TRACE(kind);
+        const bool byNames = std::string(kind) == "RowByNames";
+        void* row = createConnectionRow(kind);
+        setStreamType(row, &type, false);
+        const auto nameOf = [](int i) { return i > 0 ? "n" + std::to_string(i) : "a"; };
+        const auto get = [&](int i) {
+            value = "untouched";
+            return byNames ? getFieldAsStringWithKey(row, nameOf(i).c_str(), &value) : getFieldAsStringWithIndex(row, i, &value);
+        };
+        for (int i = 0; i < kCount; ++i) {
+            const std::string text = std::to_string(i);
+            byNames ? setFieldAsStringWithKey(row, nameOf(i).c_str(), text.c_str()) : setFieldAsStringWithIndex(row, i, text.c_str());
+        }
+        if (!byNames) setFieldAsStringWithIndex(row, 10 * kCount - 1, "far");
+        EXPECT_EQ(size(row), byNames ? kCount : 10 * kCount);
+        for (const int i : {0, 1, 2, 4095}) {
+            EXPECT_TRUE(get(i));
+            EXPECT_EQ(value, std::to_string(i));
+        }
+        EXPECT_EQ(get(kCount - 1), !byNames) << "in a row by order all below the size are there";
+        EXPECT_FALSE(get(10 * kCount));
+        EXPECT_LT(bytesInUse(), before + 2 * kMuch);
+        EXPECT_EQ(refusal(row), byNames ? "Stream \"T\": there is no column \"n1\" for the text \"1\"; the columns are a, b."
+                                        : "Stream \"T\": field 2 (counted from 0), the text \"2\", has no column; there are 2: a, b.");
+        const std::string large(4 * kMuch, 'x');
+        byNames ? setFieldAsStringWithKey(row, "b", large.c_str()) : setFieldAsStringWithIndex(row, 1, large.c_str());
+        clearData(row);
+        EXPECT_LT(bytesInUse(), before + kMuch + large.size()) << "the large text is still there";
+        deleteConnectionRow(row);
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30)) << "each name was compared with all before";
+}
+
+// A type may come after the fields: the same names are found then.
+TEST(ToolkitRows, ChangesOfTheType) {
+    host::RowType types[] = {{"T", {{"a", 5, true}, {"b", 5, false}}}, {"U", {{"c", 5, false}, {"a", 5, false}}}};
+    void* row = createConnectionRow("RowByNames");
+    for (const char* name : {"c", "KEL_OPS", "a"}) setFieldAsStringWithKey(row, name, name);
+    for (void* type : {static_cast<void*>(nullptr), static_cast<void*>(&types[0]), static_cast<void*>(&types[1])}) {
+        setStreamType(row, type, false);
+        for (const std::string name : {"a", "c", "KEL_OPS"}) {
+            const char* value = nullptr;
+            EXPECT_TRUE(getFieldAsStringWithKey(row, name.c_str(), &value) && value == name) << name;
+        }
+        setFieldAsStringWithKey(row, "a", "a");
+        EXPECT_EQ(size(row), 3);
+    }
+    setFieldAsStringWithKey(row, "KEL_OPS", "p");
+    const std::unique_ptr<host::ServerRow> server(static_cast<host::ServerRow*>(toRow(row, 0, nullptr)));
+    ASSERT_TRUE(server);
+    EXPECT_EQ(server->values, (std::vector<host::Value>{"c", "a"}));
+    EXPECT_EQ(server->op, 'p');
+    deleteConnectionRow(row);
 }
 
 TEST(ToolkitParameters, AbsentEmptyAndNotANumber) {

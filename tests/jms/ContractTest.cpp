@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <string>
 
+#include "host/ConnectionState.h"
 #include "jms/ConnectorMethods.h"
 
 namespace {
@@ -20,16 +21,17 @@ std::string declaredMethods() {
 TEST(ConnectorContract, EveryMethodOfTheBridgeIsInTheConnector) {
     const std::string declared = declaredMethods();
     ASSERT_NE(declared, "");
-    const auto check = [&](const contract::Method& method) {
+    const auto check = [&](const contract::Method& method, bool isStatic = false) {
         const std::string className = "com.morvex.kel.connectors.JmsConnector";
         const std::string name = std::string(method.name) == "<init>" ? className : method.name;
         const size_t at = declared.find(" " + name + "("), line = declared.rfind('\n', at), descriptor = declared.find("descriptor: ", at);
         ASSERT_NE(at, std::string::npos) << name << " is missing or not public";
         EXPECT_TRUE(declared.substr(descriptor + 12).starts_with(method.signature + std::string("\n"))) << name;
-        EXPECT_GT(declared.find("static", line), at) << name;
+        EXPECT_EQ(declared.find("static", line) < at, isStatic) << name;
     };
     for (const contract::Method& method : contract::kUncached) check(method);
     for (const contract::CachedMethod& cached : contract::kCached) check(cached.method);
+    check(host::kConnectionStateMethod, true);
 }
 
 }  // namespace

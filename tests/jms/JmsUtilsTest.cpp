@@ -164,6 +164,21 @@ TEST_F(Bridge, DisconnectsOnAnEnvironmentOfItsOwn) {
     EXPECT_EQ(jms.env, &ofInit);
 }
 
+// The thread that stops the adapter is in disconnect while the other one resets it.
+TEST_F(Bridge, DisconnectsAConnectorThatIsReplacedMeanwhile) {
+    start();
+    jvm.meanwhile["disconnect"] = [this] { EXPECT_TRUE(init()); };
+    EXPECT_TRUE(jms.disconnect());
+    EXPECT_EQ(jvm.leftOver(1), "");
+    // A failed start leaves none; what comes next has nothing to disconnect.
+    jvm.meanwhile["<init>"] = [this] { EXPECT_TRUE(jms.disconnect()); };
+    jvm.answer("<init>", kThrows);
+    EXPECT_FALSE(init());
+    jvm.takeCalls();
+    EXPECT_FALSE(jms.disconnect());
+    EXPECT_TRUE(jvm.calls.empty());
+}
+
 TEST_F(Bridge, ReceivesText) {
     start();
     for (const std::string expected : {"Trades,i,IBM", "", "\xED\xA0\xBD\xED\xB8\x80\xC0\x80"}) {

@@ -43,7 +43,7 @@ TEST_F(Configuration, KnowsFiveFormats) {
         EXPECT_EQ(adapter.canDiscover(), discovers) << format;
         const auto& row = *static_cast<host::ConnectionRow*>(fake::rows.back());
         EXPECT_EQ(row.formats.time + " " + row.formats.date + " " + row.formats.timestamp, formats) << format;
-        EXPECT_TRUE(row.type == adapter.connectionRowType && platform.context.state == 2);
+        EXPECT_TRUE(row.type() == adapter.connectionRowType && platform.context.state == 2);
     }
 }
 

@@ -1,4 +1,6 @@
 // The receive loop, its counters, stop and commit.
+#include <malloc.h>
+
 #include <algorithm>
 #include <cstdlib>
 
@@ -72,6 +74,46 @@ TEST_F(Lifecycle, TakesFixMessagesOfTheTypeAlone) {
     start("FIX", {{"fixVersion", "4.1"}, {"fixMessageType", "D"}});
     EXPECT_EQ(platform.errors, (Texts{"Cannot open file /nonexistent/etc/fix/dictionary4.1.txt"}));
     EXPECT_EQ(receive({"8=FIX.4.1|35=D|"}), "none 1 0 1");
+}
+
+// What one large message takes is not kept until the adapter's end.
+TEST_F(Lifecycle, GivesBackWhatALargeMessageTook) {
+    constexpr size_t kLarge = 8 << 20;
+    const std::string x(kLarge, 'x');
+    const std::tuple<const char*, std::string, int> kRows[] = {
+        {"CSV", "Trades,i," + x, 1},
+        {"CSV", "Trades,i,IBM" + std::string(kLarge / 4, ','), 0},
+        {"XML", "<Trades Symbol=\"" + x + "\"/>", 1},
+        {"FIX",
+         "8=FIX.4.2\x01"
+         "35=D\x01"
+         "55=" +
+             x,
+         1},
+        {"FIX",
+         "8=FIX.4.2\x01"
+         "35=8\x01"
+         "58=" +
+             x,
+         0},
+    };
+    const auto inUse = [] {
+        const auto heap = mallinfo2();
+        return heap.uordblks + heap.hblkhd;
+    };
+    setenv("KEL_HOME", KEL_SOURCE_DIR, 1);
+    for (const auto& [format, text, good] : kRows) {
+        start(format, {{"fixVersion", "4.2"}, {"fixMessageType", "D"}});
+        nextText("");
+        next();
+        const size_t before = inUse();
+        jvm.script["receiveTextMessage"] = {{fake::string(text)}, {fake::string("")}};
+        next();
+        EXPECT_EQ(adapter.goodRows, good) << format;
+        EXPECT_EQ(adapter.totalRows, 1) << format;
+        next();
+        EXPECT_LT(inUse(), before + (1 << 20)) << format << " " << text.substr(0, 20);
+    }
 }
 
 TEST_F(Lifecycle, EndsWithStopAndNotWithARequest) {

@@ -1,5 +1,7 @@
 package com.morvex.kel.connectors;
 
+import java.util.Objects;
+
 /**
  * What one connector was made with.
  *
@@ -13,6 +15,18 @@ record ConnectionSettings(String connectionFactory, String destinationType, Stri
     String provider() { return "The JMS provider at \"" + jndiUrl + "\" (parameter jndiURL)"; }
 
     boolean isQueue() { return "QUEUE".equals(destinationType); }
+
+    /** Whether both name the same messages at the same provider, received in the same way. */
+    boolean isSameSource(ConnectionSettings other) {
+        return isSameClient(other) && Objects.equals(connectionFactory, other.connectionFactory)
+                && destination().equals(other.destination()) && durable == other.durable
+                && Objects.equals(subscriptionName, other.subscriptionName);
+    }
+
+    /** Whether both are the same client to the same provider. */
+    boolean isSameClient(ConnectionSettings other) {
+        return Objects.equals(jndiUrl, other.jndiUrl) && Objects.equals(clientId, other.clientId);
+    }
 
     /** For log texts: queue "Orders". */
     String destination() { return (isQueue() ? "queue" : "topic") + " \"" + destinationName + "\""; }

@@ -18,7 +18,7 @@ public final class ConnectorException extends RuntimeException {
     public ConnectorException(String sentence, Throwable cause) { this(sentence, cause, false); }
 
     private ConnectorException(String sentence, Throwable cause, boolean passing) {
-        super(sentence, cause, false, false);
+        super(SafeText.of(sentence), cause, false, false);
         this.passing = passing;
     }
 
@@ -31,8 +31,22 @@ public final class ConnectorException extends RuntimeException {
 
     /** Whether the failure, or what led to it, is of a kind. */
     static boolean stemsFrom(Throwable failure, Class<? extends Throwable> kind) {
-        if (failure == null || kind.isInstance(failure)) return failure != null;
-        boolean linked = failure.getCause() == null && failure instanceof JMSException;
-        return stemsFrom(linked ? ((JMSException) failure).getLinkedException() : failure.getCause(), kind);
+        for (Throwable one = failure; one != null; one = causeOf(one)) {
+            if (kind.isInstance(one)) return true;
+        }
+        return false;
+    }
+
+    /** What the failure began with; itself where nothing led to it. */
+    static Throwable root(Throwable failure) {
+        Throwable root = failure;
+        for (Throwable cause = causeOf(root); cause != null; cause = causeOf(root)) root = cause;
+        return root;
+    }
+
+    private static Throwable causeOf(Throwable failure) {
+        if (failure.getCause() != null) return failure.getCause();
+        Throwable linked = failure instanceof JMSException jms ? jms.getLinkedException() : null;
+        return linked == failure ? null : linked;
     }
 }

@@ -10,6 +10,7 @@ final class ConverterHolder {
 
     private final String className;
     private final MessageConverter converter;
+    private boolean hasWarned;
 
     private ConverterHolder(String className, MessageConverter converter) {
         this.className = className;
@@ -34,13 +35,16 @@ final class ConverterHolder {
             Throwable own = e.getCause() == null ? e : e.getCause();
             throw new ConnectorException(name + "could not be made: " + Log.reason(own) + ".", e);
         }
+        ConverterHolder holder = new ConverterHolder(className, converter);
         try {
             converter.init(parameter);
         } catch (Exception | Error e) {
             String refused = "%srefused \"%s\" (parameter converterParam): %s.";
             throw new ConnectorException(refused.formatted(name, parameter, Log.reason(e)), e);
+        } finally {
+            holder.clearInterruption();
         }
-        return new ConverterHolder(className, converter);
+        return holder;
     }
 
     String[] toRow(Message message) {
@@ -49,6 +53,8 @@ final class ConverterHolder {
             row = converter.toRow(message);
         } catch (Exception | Error e) {
             throw failed("toRow", e);
+        } finally {
+            clearInterruption();
         }
         if (row == null) throw new ConnectorException("the converter " + className + " made no row of it");
         MessageReader.checkFields(row, PREFIX_LENGTH);
@@ -61,9 +67,18 @@ final class ConverterHolder {
             message = converter.toMessage(row, session);
         } catch (Exception | Error e) {
             throw failed("toMessage", e);
+        } finally {
+            clearInterruption();
         }
         if (message == null) throw new ConnectorException("The converter " + className + " made no message.");
         return message;
+    }
+
+    /** What a converter leaves set would end every receive from then on. */
+    private void clearInterruption() {
+        if (!Thread.interrupted() || hasWarned) return;
+        hasWarned = true;
+        Log.warn("The converter " + className + " leaves its thread interrupted, which is cleared each time.");
     }
 
     private ConnectorException failed(String operation, Throwable e) {

@@ -26,6 +26,7 @@ public final class JmsConnector {
     private final MessageWriter writer;
     private ConverterHolder inConverter;
     private ConverterHolder outConverter;
+    private final MemoryShortage memory = new MemoryShortage();
     private Link lastRead;   // what a commit is for
 
     /**
@@ -44,10 +45,19 @@ public final class JmsConnector {
                 ConnectionSettings.propertyNames(columnNames, mappedNames), jndiContextFactory, jndiUrl,
                 clientId, subscriptionName);
         tuning = Tuning.fromSystemProperties();
-        keeper = new ConnectionKeeper(tuning);
+        keeper = new ConnectionKeeper(tuning, this);
         reader = new MessageReader(tuning);
         writer = new MessageWriter(settings.propertyNames());
         CLEANER.register(this, keeper::disconnect);
+    }
+
+    /**
+     * How the connections are of all connectors of this process that receive: 0 when each is open, 1 while one
+     * is being made again, also by the provider's client itself, 2 when one is given up. Any thread.
+     */
+    public static int connectionState() {
+        if (OpenConnectors.any(ConnectionKeeper::hasGivenUp)) return 2;
+        return OpenConnectors.any(ConnectionKeeper::isWithoutConnection) ? 1 : 0;
     }
 
     /** Connects for receiving when {@code consume}, else for browsing; false when that failed. */
@@ -114,26 +124,41 @@ public final class JmsConnector {
     /**
      * Commits the messages received since the last commit.
      *
-     * @throws ConnectorException when that failed; the messages then come again
+     * @throws CommitFailure when that failed; the messages then may come again
      */
     public void commitTransaction() {
         Link link = lastRead;
         if (link == null) return;
+        keeper.enters();
         try {
             link.commit();
-        } catch (JMSException | RuntimeException e) {
-            String sentence = "The commit failed and %d messages will come again: %s.".formatted(
-                    link.pending(), Log.reason(e));
-            Log.warn(sentence, e);
+        } catch (JMSException | RuntimeException | Error e) {
+            failedCommit(link, e);
+            throw new CommitFailure();
+        } finally {
+            keeper.leaves();
+        }
+    }
+
+    /** Whether a commit that was under way took place, nobody knows, so the messages only may come again. */
+    private void failedCommit(Link link, Throwable e) {
+        if (link.isClosing()) {
+            Log.warn("A stop interrupted the commit; " + Link.count(link.pending()) + " may come again.", e);
+        } else {
             // The session's state is anybody's guess now; a new one begins after the last good commit.
-            keeper.lost(link, e);
-            // Without the cause: the bridge prints what it catches, and the stack is in the log.
-            throw new ConnectorException(sentence);
+            keeper.lost(link, new ConnectorException("the commit failed: " + Log.rootReason(e), e));
         }
     }
 
     /** Ends a waiting receive and closes the connection, from any thread; never commits. */
-    public boolean disconnect() { return keeper.disconnect(); }
+    public boolean disconnect() {
+        try {
+            return keeper.disconnect();
+        } catch (Error e) {   // no thread for the closing
+            Log.warn("The connection could not be closed: " + Log.reason(e) + ".", e);
+            return false;
+        }
+    }
 
     /** The texts of waiting messages, none of which is taken; never null. */
     public String[] browseTextMessages() { return browse(reader::text).toArray(new String[0]); }
@@ -174,25 +199,28 @@ public final class JmsConnector {
     }
 
     private <T> T receive(T nothing, Reading<T> reading) {
-        Message message;
+        keeper.enters();
         try {
-            message = take();
+            if (lastRead != null && lastRead.isClosing()) lastRead.readerIsBack();
+            Link link = keeper.await(tuning.receiveTimeoutMillis());
+            if (link == null) return nothing;
+            lastRead = link;
+            Message message = take(link);
+            return message == null ? nothing : read(link, message, nothing, reading);
         } catch (ConnectorException e) {
-            Log.warn(e.getMessage(), e);
+            Log.warn(Log.reason(e) + ".", e);
             return null;
+        } finally {
+            keeper.leaves();
         }
-        return message == null ? nothing : read(message, reading);
     }
 
-    private Message take() {
-        Link link = keeper.await(tuning.receiveTimeoutMillis());
-        if (link == null) return null;
-        lastRead = link;
+    private Message take(Link link) {
         try {
-            return link.take(tuning.receiveTimeoutMillis());
+            return link.take(tuning.receiveTimeoutMillis(), memory.hasSuspects());
         } catch (ConnectorException e) {
             throw e;
-        } catch (JMSException | RuntimeException e) {
+        } catch (JMSException | RuntimeException | Error e) {
             // With some providers closing ends the wait like this. Otherwise the link has failed, which is no
             // bad message.
             if (!link.isClosing()) keeper.lost(link, e);
@@ -200,13 +228,42 @@ public final class JmsConnector {
         }
     }
 
-    /** What the message says; null, and one sentence in the log, when it cannot be used. */
-    private static <T> T read(Message message, Reading<T> reading) {
+    /** What the message says; null when it cannot be used, nothing when it was left to come again. */
+    private <T> T read(Link link, Message message, T nothing, Reading<T> reading) {
         try {
-            return reading.of(message);
+            T read = reading.of(message);
+            if (memory.hasSuspects()) memory.forget(message);
+            return read;
         } catch (JMSException | RuntimeException | Error e) {   // one message must not end the others
-            Log.warn("The message " + idOf(message) + " was refused: " + Log.reason(e) + ".", e);
-            return null;
+            if (!MemoryShortage.isBehind(e)) return refused(message, e);
+            return isGivenBack(link, message, e) ? nothing : null;
+        }
+    }
+
+    private static <T> T refused(Message message, Throwable e) {
+        Log.warn("The message " + idOf(message) + " was refused: " + Log.reason(e) + ".", e);
+        return null;
+    }
+
+    /** Whether a message that found too little memory will come again; else it has had its tries. */
+    private boolean isGivenBack(Link link, Message message, Throwable e) {
+        try {
+            if (!memory.isToBlame(message)) {
+                String sentence = "the message " + idOf(message) + " ran out of memory: " + MemoryShortage.remedy(e);
+                keeper.lost(link, new ConnectorException(sentence, e));
+                return true;
+            }
+            boolean kept = link.keepAside(message);
+            if (link.isClosing()) return true;
+            memory.forget(message);
+            String end = kept ? "was left to the provider, whose rules for dead letters decide about it"
+                              : "was refused";
+            String sentence = "The message %s ran out of memory %d times and %s: %s.";
+            Log.warn(sentence.formatted(idOf(message), MemoryShortage.MOST_TRIES, end, MemoryShortage.remedy(e)), e);
+            return false;
+        } catch (JMSException | RuntimeException | Error again) {
+            keeper.lost(link, again);
+            return true;
         }
     }
 
@@ -236,7 +293,7 @@ public final class JmsConnector {
         List<T> found = new ArrayList<>();
         try {
             for (Message message : new Browser(tuning).messages(link)) {
-                T read = read(message, reading);
+                T read = looked(message, reading);
                 if (read != null) found.add(read);
             }
         } catch (JMSException | RuntimeException e) {
@@ -245,6 +302,15 @@ public final class JmsConnector {
             throw new ConnectorException(sentence.formatted(settings.destination(), Log.reason(e)));
         }
         return found;
+    }
+
+    /** Null, and one sentence in the log, for a message that cannot be used. */
+    private static <T> T looked(Message message, Reading<T> reading) {
+        try {
+            return reading.of(message);
+        } catch (JMSException | RuntimeException | Error e) {   // one message must not end the others
+            return refused(message, e);
+        }
     }
 
     private static void requireConverter(ConverterHolder converter, String operation) {

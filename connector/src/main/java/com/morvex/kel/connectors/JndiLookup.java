@@ -1,6 +1,8 @@
 package com.morvex.kel.connectors;
 
 import java.util.Hashtable;
+import java.util.Locale;
+import java.util.Set;
 import javax.jms.ConnectionFactory;
 import javax.jms.Destination;
 import javax.jms.Queue;
@@ -28,6 +30,9 @@ final class JndiLookup {
         }
     }
 
+    private static final Set<String> REMOTE_SCHEMES =
+            Set.of("ldap", "ldaps", "rmi", "dns", "iiop", "iiopname", "corbaname", "corbaloc");
+
     private final ConnectionSettings settings;
 
     JndiLookup(ConnectionSettings settings) { this.settings = settings; }
@@ -37,6 +42,8 @@ final class JndiLookup {
         requireText("jndiURL", settings.jndiUrl());
         requireText("connectionFactory", settings.connectionFactory());
         requireText("destinationName", settings.destinationName());
+        refuseRemoteName("connectionFactory", settings.connectionFactory());
+        refuseRemoteName("destinationName", settings.destinationName());
         Context context = openContext();
         try {
             return new Found(lookUpFactory(context), lookUpDestination(context),
@@ -119,6 +126,15 @@ final class JndiLookup {
         }
     }
 
+    /** Such a name would be looked up wherever it says, past the provider, and may bring any class to life. */
+    private static void refuseRemoteName(String parameter, String name) {
+        int colon = name.indexOf(':');
+        if (colon < 0 || !REMOTE_SCHEMES.contains(name.substring(0, colon).strip().toLowerCase(Locale.ROOT))) return;
+        String remote = "The name \"%s\" (parameter %s) is of another naming service; it must be a name at the"
+                + " provider itself.";
+        throw new ConnectorException(remote.formatted(name, parameter));
+    }
+
     private static ConnectorException failedLookup(String parameter, String name, NamingException e) {
         String failed = "The look-up of \"%s\" (parameter %s) failed: %s.";
         return new ConnectorException(failed.formatted(name, parameter, rootReason(e)), e);
@@ -138,8 +154,7 @@ final class JndiLookup {
     }
 
     private static String rootReason(Throwable failure) {
-        Throwable root = failure;
-        while (root.getCause() != null) root = root.getCause();
+        Throwable root = ConnectorException.root(failure);
         String name = root.getClass().getSimpleName();
         String reason = Log.reason(root);
         return reason.contains(name) ? reason : name + ": " + reason;

@@ -1,6 +1,11 @@
 package com.morvex.kel.connectors;
 
 import java.io.IOException;
+import java.net.ConnectException;
+import java.net.NoRouteToHostException;
+import java.net.SocketTimeoutException;
+import java.net.UnknownHostException;
+import java.util.List;
 import java.util.function.Consumer;
 import javax.jms.Connection;
 import javax.jms.DeliveryMode;
@@ -18,6 +23,10 @@ final class LinkOpener {
     /** What a connection is for. */
     enum Purpose { CONSUME, BROWSE, PRODUCE }
 
+    private static final List<Class<? extends IOException>> NOBODY_THERE =
+            List.of(ConnectException.class, NoRouteToHostException.class, UnknownHostException.class,
+                    SocketTimeoutException.class);
+
     private final ConnectionSettings settings;
     private final Purpose purpose;
 
@@ -28,6 +37,8 @@ final class LinkOpener {
 
     /** Only a consumer takes the client ID: whoever browses must not collide with it. */
     boolean usesClientId() { return purpose == Purpose.CONSUME && settings.durable(); }
+
+    boolean receives() { return purpose == Purpose.CONSUME; }
 
     ConnectionSettings settings() { return settings; }
 
@@ -92,7 +103,8 @@ final class LinkOpener {
     private ConnectorException explained(JMSException e, String user, boolean reached) {
         String provider = settings.provider();
         String destination = settings.destination();
-        String reason = Log.reason(e) + ".";
+        boolean isForMemory = MemoryShortage.isBehind(e);
+        String reason = (isForMemory ? MemoryShortage.remedy(e) : Log.rootReason(e)) + ".";
         if (ConnectorException.stemsFrom(e, InvalidClientIDException.class)) {
             String taken = "The client ID \"%s\" (parameter clientID) must be free and valid: %s";
             return ConnectorException.passing(taken.formatted(settings.clientId(), reason), e);
@@ -103,8 +115,13 @@ final class LinkOpener {
             String refused = "%s refuses %s (java.naming.security.principal) or its access to %s: %s";
             return new ConnectorException(refused.formatted(provider, login, destination, reason), e);
         }
-        if (ConnectorException.stemsFrom(e, IOException.class)) {
-            if (!reached) return new ConnectorException(provider + " is not reachable: " + reason, e);
+        // At the root, because a client that looks for a broker by itself wraps it in much else.
+        Throwable root = ConnectorException.root(e);
+        boolean isInput = root instanceof IOException;
+        if ((isInput && !reached) || NOBODY_THERE.stream().anyMatch(kind -> kind.isInstance(root))) {
+            return new ConnectorException(provider + " is not reachable: " + reason, e);
+        }
+        if (isInput) {
             // A broker that refuses a login or a client ID sometimes hangs up before it has said so.
             return ConnectorException.passing(provider + " ended the connection at once: " + reason, e);
         }

@@ -1,17 +1,11 @@
 package com.morvex.kel.connectors;
 
 import java.io.ObjectInputFilter;
-import java.math.BigDecimal;
-import java.math.BigInteger;
 import java.nio.ByteBuffer;
 import java.nio.charset.CharacterCodingException;
 import java.nio.charset.StandardCharsets;
-import java.time.Instant;
-import java.util.ArrayList;
 import java.util.Arrays;
-import java.util.Date;
 import java.util.List;
-import java.util.Locale;
 import javax.jms.BytesMessage;
 import javax.jms.JMSException;
 import javax.jms.MapMessage;
@@ -28,9 +22,6 @@ import javax.jms.TextMessage;
  * so is an empty one, which the reader of the result would take for "nothing waiting".
  */
 final class MessageReader {
-    private static final String VALUES_ALLOWED =
-            "strings, numbers, Booleans, java.math.BigDecimal and java.util.Date";
-
     private final Tuning tuning;
 
     MessageReader(Tuning tuning) { this.tuning = tuning; }
@@ -64,20 +55,18 @@ final class MessageReader {
      * @param prefixLength how many elements stand before the first field
      */
     String[] array(Message message, int prefixLength) throws JMSException {
-        List<?> values;
+        ValueTexts texts = new ValueTexts(tuning);
         if (message instanceof ObjectMessage objectMessage) {
-            values = objectValues(objectMessage);
+            for (Object value : objectValues(objectMessage)) texts.add(value);
         } else if (message instanceof StreamMessage streamMessage) {
-            values = streamValues(streamMessage);
+            addStreamValues(streamMessage, texts);
         } else {
             throw new ConnectorException("it is " + kindOf(message)
                     + ", but the object array format takes an ObjectMessage or a StreamMessage");
         }
-        String[] texts = new String[values.size()];
-        for (int i = 0; i < texts.length; ++i) texts[i] = valueText(values.get(i), i);
-        checkSize(texts);
-        checkFields(texts, prefixLength);
-        return texts;
+        String[] array = texts.toArray();
+        checkFields(array, prefixLength);
+        return array;
     }
 
     /** Refuses an array without a field. */
@@ -107,44 +96,13 @@ final class MessageReader {
                 + ", but must hold a String[], an Object[] or a List");
     }
 
-    private static List<?> streamValues(StreamMessage message) throws JMSException {
-        List<Object> values = new ArrayList<>();
+    private static void addStreamValues(StreamMessage message, ValueTexts texts) throws JMSException {
         message.reset();
         try {
-            while (true) values.add(message.readObject());
+            while (true) texts.add(message.readObject());
         } catch (MessageEOFException end) {
-            return values;
+            // all of them
         }
-    }
-
-    private static String valueText(Object value, int index) {
-        if (value == null) return null;
-        if (value instanceof BigDecimal decimal) return decimal.toPlainString();
-        if (value instanceof Date date) return epochSeconds(date);
-        if (value instanceof String || value instanceof Boolean || value instanceof Character
-                || value instanceof Byte || value instanceof Short || value instanceof Integer
-                || value instanceof Long || value instanceof Float || value instanceof Double
-                || value instanceof BigInteger) {
-            return value.toString();
-        }
-        throw new ConnectorException("its element " + index + " is a " + value.getClass().getTypeName()
-                + ", but only " + VALUES_ALLOWED + " are allowed");
-    }
-
-    /**
-     * Seconds since 1970-01-01 UTC with milliseconds, or microseconds where there are any, such as
-     * 1577934245.250. The reader of such a text adds the fraction to the seconds, so before 1970 the seconds
-     * are rounded down: half a second before is -1.500.
-     */
-    private static String epochSeconds(Date date) {
-        // java.sql.Timestamp has more digits than its milliseconds; java.sql.Date and Time know no instant.
-        String kind = date.getClass().getName();
-        boolean hasInstant = kind.equals("java.util.Date") || kind.equals("java.sql.Timestamp");
-        Instant instant = hasInstant ? date.toInstant() : Instant.ofEpochMilli(date.getTime());
-        int micros = instant.getNano() / 1_000;
-        String fraction = micros % 1_000 == 0 ? String.format(Locale.ROOT, "%03d", micros / 1_000)
-                                              : String.format(Locale.ROOT, "%06d", micros);
-        return instant.getEpochSecond() + "." + fraction;
     }
 
     private String utf8(BytesMessage message) throws JMSException {
@@ -161,21 +119,20 @@ final class MessageReader {
 
     private void checkSize(long bytes) {
         if (bytes <= tuning.maxMessageBytes()) return;
-        throw new ConnectorException("it has " + bytes + " bytes, but at most " + tuning.maxMessageBytes()
-                + " are allowed (system property kel.jms.maxMessageBytes)");
+        throw tooLong("" + bytes, tuning);
     }
 
     /** Counts bytes only where the number of characters leaves it open: counting takes its time. */
-    private void checkSize(String... texts) {
-        long characters = 0;
-        for (String text : texts) characters += text == null ? 0 : text.length();
-        if (3 * characters <= tuning.maxMessageBytes()) return;
-        long bytes = 0;
-        for (String text : texts) bytes += text == null ? 0 : utf8Length(text);
-        checkSize(bytes);
+    private void checkSize(String text) {
+        if (3L * text.length() > tuning.maxMessageBytes()) checkSize(utf8Length(text));
     }
 
-    private static long utf8Length(String text) {
+    static ConnectorException tooLong(String bytes, Tuning tuning) {
+        return new ConnectorException("it has " + bytes + " bytes, but at most " + tuning.maxMessageBytes()
+                + " are allowed (system property kel.jms.maxMessageBytes)");
+    }
+
+    static long utf8Length(String text) {
         long bytes = 0;
         for (int i = 0; i < text.length(); ++i) {
             char c = text.charAt(i);

@@ -4,14 +4,17 @@ import static org.junit.Assert.assertTrue;
 
 import java.util.*;
 import java.util.concurrent.CopyOnWriteArrayList;
+import java.util.concurrent.atomic.AtomicReference;
 import java.util.concurrent.locks.LockSupport;
 import java.util.function.BooleanSupplier;
+import java.util.logging.LogRecord;
 import java.util.logging.Logger;
 import java.util.stream.IntStream;
 import javax.jms.*;
 import org.apache.activemq.ActiveMQConnectionFactory;
 import org.apache.activemq.broker.BrokerPlugin;
 import org.apache.activemq.broker.BrokerService;
+import org.apache.activemq.command.ActiveMQDestination;
 import org.apache.activemq.command.ActiveMQQueue;
 import org.apache.activemq.command.ActiveMQTopic;
 import org.apache.activemq.security.AuthenticationUser;
@@ -32,6 +35,7 @@ public abstract class BrokerFixture {
     // Held here, because a logger that nobody holds is collected together with its filter.
     private static final Logger LOGGER = Logger.getLogger("kel.jms");
     private static final List<String> LOG = new CopyOnWriteArrayList<>();
+    static final AtomicReference<Error> unloggable = new AtomicReference<>();   // thrown by the next sentence
 
     final List<JmsConnector> connectors = new ArrayList<>();
     private final Properties before = (Properties) System.getProperties().clone();
@@ -40,7 +44,7 @@ public abstract class BrokerFixture {
 
     @Before
     public void start() throws Exception {
-        LOGGER.setFilter(entry -> !LOG.add(entry.getMessage()));
+        LOGGER.setFilter(BrokerFixture::record);
         LOG.clear();
         login("reader", "secret");
         startBroker();
@@ -70,6 +74,13 @@ public abstract class BrokerFixture {
         System.setProperty("java.naming.security.credentials", password);
     }
 
+    private static boolean record(LogRecord entry) {
+        LOG.add(entry.getMessage());
+        Error error = unloggable.getAndSet(null);
+        if (error != null) throw error;
+        return false;
+    }
+
     /** What was logged since the last look. */
     static String takeLog() {
         String lines = String.join("\n", LOG);
@@ -91,6 +102,11 @@ public abstract class BrokerFixture {
     /** Ends every connection on the broker's side, as a broken network does. */
     void cut() throws Exception {
         for (var connection : broker.getTransportConnectors().get(0).getConnections()) connection.stop();
+    }
+
+    long waiting(ActiveMQDestination destination) {
+        var found = broker.getRegionBroker().getDestinationMap().get(destination);
+        return found == null ? 0 : found.getDestinationStatistics().getMessages().getCount();
     }
 
     int connections() { return broker.getTransportConnectors().get(0).getConnections().size(); }

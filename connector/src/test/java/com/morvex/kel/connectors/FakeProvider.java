@@ -4,6 +4,7 @@ import java.lang.reflect.Proxy;
 import java.util.*;
 import java.util.concurrent.CopyOnWriteArrayList;
 import java.util.concurrent.CountDownLatch;
+import java.util.function.Supplier;
 import javax.jms.*;
 import javax.naming.Context;
 import javax.naming.spi.InitialContextFactory;
@@ -16,12 +17,14 @@ public final class FakeProvider implements InitialContextFactory {
     static volatile String blocked;
     static volatile CountDownLatch until;
     static volatile String failing;
+    static volatile Supplier<Throwable> failure;
     static volatile ExceptionListener listener;
     static volatile String login;
 
     static JmsConnector connector(String blockedCall) {
         CALLS.clear();
         failing = "";
+        failure = () -> new JMSException(failing);
         until = new CountDownLatch(1);
         blocked = blockedCall;
         return new JmsConnector("Factory", "QUEUE", "Queue", false, null, null, null, FakeProvider.class.getName(), "fake://", "", "");
@@ -41,7 +44,7 @@ public final class FakeProvider implements InitialContextFactory {
             String call = type.getSimpleName() + "." + method.getName();
             CALLS.add(call);
             while (call.equals(blocked) && until.getCount() > 0) Thread.onSpinWait();
-            if (call.equals(failing)) throw new JMSException(call);
+            if (call.equals(failing)) throw failure.get();
             if (call.endsWith("setExceptionListener")) listener = (ExceptionListener) arguments[0];
             if (call.equals("Context.lookup"))
                 return proxy(arguments[0].equals("Factory") ? ConnectionFactory.class : javax.jms.Queue.class);
@@ -50,6 +53,7 @@ public final class FakeProvider implements InitialContextFactory {
                 return new Hashtable<>(Map.of(Context.SECURITY_PRINCIPAL, "user", Context.SECURITY_CREDENTIALS, "password"));
             if (call.equals(CREATE)) login = Arrays.toString(arguments);
             if (call.equals("MessageConsumer.receive")) return proxy(TextMessage.class);
+            if (call.endsWith(".getJMSMessageID")) return "ID:\u001b[2J\u202e";   // as a sender may make it
             Class<?> result = method.getReturnType();
             if (result == boolean.class) return call.equals("Session.getTransacted");
             boolean nothing = call.equals("MessageConsumer.receiveNoWait");

@@ -4,6 +4,7 @@ import static org.junit.Assert.*;
 
 import java.io.*;
 import java.math.BigDecimal;
+import java.math.BigInteger;
 import java.nio.charset.StandardCharsets;
 import java.sql.Timestamp;
 import java.time.Instant;
@@ -56,6 +57,7 @@ public class MessagesTest extends BrokerFixture {
     @Before
     public void connect() throws Exception {
         System.setProperty("kel.jms.maxMessageBytes", "1000");
+        System.setProperty("kel.jms.maxElements", "20");
         System.setProperty("kel.jms.browseMillis", "1000");
         // A filter is set only once in a JVM, so what happens without one comes first.
         if (ObjectInputFilter.Config.getSerialFilter() != null) return;
@@ -153,7 +155,13 @@ public class MessagesTest extends BrokerFixture {
                 {"holds null", object(null)},
                 {"element 1 is a java.lang.String[]", object(new Object[] {"a", new String[] {"b"}})},
                 {"element 0 is a byte[]", stream((Object) new byte[] {1})},
-                {"has 1001 bytes", stream("x".repeat(600), "x".repeat(401))},
+                {"at least 1001 bytes", stream("x".repeat(600), "x".repeat(401))},
+                {"at least 1002 bytes", stream("\u20ac".repeat(333), "abc")},
+                {"more than 20 elements", stream(new Object[21])},
+                {"more than 20 elements", object(new ArrayList<>(Collections.nCopies(21, null)))},
+                {"element 1 is a number of more than 1000 digits", object(new Object[] {1, BigInteger.TEN.pow(1000)})},
+                {"element 0 is a number of more than 1000 digits", object(new Object[] {new BigDecimal("1E+1000")})},
+                {"element 0 is a number of more than 1000 digits", object(new Object[] {new BigDecimal("1E-2000000000")})},
                 {"REJECTED", object(new Attack())},
                 {"REJECTED", object(new Object[] {"a", new Attack()})},
         };
