@@ -17,6 +17,7 @@ namespace host {
 namespace {
 
 const std::string kAddress = "tcp://127.0.0.1:";
+constexpr std::chrono::seconds kLongestBrokerStop(60);  // it has a store to leave in order
 
 // One Java object and calls of its methods by name; a Java exception becomes a Failure with its text.
 class JavaObject {
@@ -131,10 +132,12 @@ int runBroker(const BrokerOptions& options) {
     // Not before it serves: a broker that starts, recovering a large store say, takes no stop.
     start(broker, options);
     std::promise<void> stopped;
-    const StopAction onSignal([&stopped, &output] {
-        output.stop();
-        stopped.set_value();
-    });
+    const StopAction onSignal(
+        [&stopped, &output] {
+            output.stop();
+            stopped.set_value();
+        },
+        kLongestBrokerStop);
     const JavaObject uri(env, connector.get("getConnectUri", "()Ljava/net/URI;"));
     output.write(kAddress + std::to_string(uri.getInt("getPort")) + '\n');
     stopped.get_future().wait();

@@ -2,6 +2,7 @@
 // its own; a second leaves the process at once.
 #pragma once
 
+#include <chrono>
 #include <functional>
 
 namespace host {
@@ -11,11 +12,14 @@ namespace host {
 // ends the process with one sentence.
 void watchSignals();
 
+// Service managers kill what has not ended ten seconds after their signal.
+inline constexpr std::chrono::seconds kLongestStop(9);
+
 // What the first signal does while this lives, one at a time. Behind it nothing is left to stop: a first
-// signal then does nothing.
+// signal then does nothing. A process that goes on for longer than the limit is left with one sentence.
 class StopAction {
 public:
-    explicit StopAction(std::function<void()> action);
+    explicit StopAction(std::function<void()> action, std::chrono::seconds limit = kLongestStop);
     ~StopAction();  // waits for an action that runs
     StopAction(const StopAction&) = delete;
     StopAction& operator=(const StopAction&) = delete;

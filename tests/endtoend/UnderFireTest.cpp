@@ -144,6 +144,17 @@ TEST_F(UnderFire, ASlowConverter) {
     HostProcess host(scratch, run(config, {"--idle", "3", "--set", "connection.dataFormat=CUSTOM"}));
     EXPECT_EQ(host.wait(Seconds(300)), 0) << host.errors();
     report("slow converter", messages, ends);
+
+    // One that never returns ends no stop, and its message is left where it was.
+    send(scratch, config, "Trades,i,for ever,1,1\n");
+    for (int i = 0; i < 2; ++i) {
+        HostProcess stuck(scratch, run(config, custom));
+        ASSERT_TRUE(stuck.isReady()) << stuck.errors();
+        sleepBetween(0.5, 0.5);
+        stuck.signal(SIGTERM);
+        EXPECT_EQ(stuck.wait(Seconds(10)), 1) << stuck.errors();
+        EXPECT_NE(stuck.errors().find("A call has not returned for 9 s"), std::string::npos) << stuck.errors();
+    }
 }
 
 TEST_F(UnderFire, AFullDisk) {
