@@ -298,7 +298,7 @@ int checkConfiguration(const std::string& file, const std::vector<std::string>& 
     if (lines.empty()) lines.push_back(file + ": no problems");
     lines.insert(lines.end(), result.notes.begin(), result.notes.end());
     std::string text;
-    for (const std::string& line : lines) text += oneLine(line) + '\n';
+    for (const std::string& line : lines) text += shown(line) + '\n';
     output.write(text);
     return result.problems.empty() ? kDone : kBadConfiguration;
 }

@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <mutex>
 
+#include "host/SafeText.h"
+#include "host/Secrets.h"
 #include "host/toolkit/ModifiedUtf8.h"
 #include "host/toolkit/Text.h"
 
@@ -27,38 +29,31 @@ void put(const std::string& text) {
 // The cursor goes back to the line's begin: what others print, the JVM say, then replaces the status.
 std::string statusLine() { return shownStatus.empty() ? std::string() : shownStatus + '\r'; }
 
+std::string escaped(char32_t code) {
+    if (code == '\n') return "\\n";
+    if (code == '\t') return "\\t";
+    std::array<char, 12> escape;
+    std::snprintf(escape.data(), escape.size(), code < 0x80 ? "\\x%02X" : "\\u%04X", unsigned{code});
+    return escape.data();
+}
+
 std::string eraseStatus() { return shownStatus.empty() ? std::string() : std::string(kEraseLine); }
 
 }  // namespace
 
-std::string oneLine(std::string_view text) {
-    std::string line;
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte >= 0x20 && byte != 0x7F) {
-            line += c;
-        } else if (c == '\n') {
-            line += "\\n";
-        } else if (c == '\t') {
-            line += "\\t";
-        } else {
-            std::array<char, 8> escape;
-            std::snprintf(escape.data(), escape.size(), "\\x%02X", byte);
-            line += escape.data();
-        }
-    }
-    return line;
-}
+std::string oneLine(std::string_view text) { return withoutSteering(text, escaped); }
+
+std::string shown(std::string_view text) { return oneLine(withoutSecrets(text)); }
 
 void say(std::string_view text) {
-    const std::string line = oneLine(text) + '\n';
+    const std::string line = shown(text) + '\n';
     const std::lock_guard guard(terminalLock);
     put(eraseStatus() + line + statusLine());
 }
 
 void sayModified(const std::string& prefix, const char* text) {
     std::string line = prefix;
-    const std::string_view whole = text;
+    const std::string whole = withoutSecrets(text);  // before a cut hides what it is known by
     appendUtf8(wholeCharacters(whole, kLongestLine), line);
     if (whole.size() > kLongestLine) line += "... (" + std::to_string(whole.size()) + " bytes)";
     say(line);

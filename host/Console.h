@@ -21,11 +21,13 @@ public:
     const int code;
 };
 
-// The text in one line: control characters as escapes, so that a message's text neither breaks the line nor
-// steers the terminal.
+// The text in one line: as escapes what would break the line or steer the terminal.
 std::string oneLine(std::string_view text);
 
-// Writes the text as one line to standard error. Any thread.
+// What this host says for itself, in one line and without passwords.
+std::string shown(std::string_view text);
+
+// Writes the text so as one line to standard error. Any thread.
 void say(std::string_view text);
 
 // The same for a text in modified UTF-8, as the adapter's are; a very long one is cut and its length told.

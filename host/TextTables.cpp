@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "host/RowFormat.h"
+#include "host/SafeText.h"
 #include "host/toolkit/ModifiedUtf8.h"
 #include "host/toolkit/Text.h"
 #include "host/toolkit/ValueTyping.h"
@@ -62,12 +63,8 @@ private:
     bool headingIsDue_;
 };
 
-// A control character would break the lines or steer the terminal.
-std::string printable(std::string text) {
-    for (char& c : text) {
-        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = '?';
-    }
-    return text;
+std::string printable(std::string_view text) {
+    return withoutSteering(text, [](char32_t) { return "?"; });
 }
 
 class Table : public RowFormat {

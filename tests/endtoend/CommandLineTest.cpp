@@ -28,6 +28,8 @@ TEST(CommandLine, EachOptionAndExitCode) {
     send(scratch, forms, "1;a\xC3\xA4\n-20;b\n2024-01-02T03:04:05.5;\n");
     const std::string lines = scratch.write("lines", kLines);
     const std::string whole = scratch.write("whole", "Trades,u,two\nlines,3,4");
+    const std::string masked =
+        config + ": host.jvmOptions has \"-Dkel.jms.browseLimit=password=***\"; the value must be an integer from 1 to 2147483647.\n";
     // Configuration, arguments, exit code, all of standard output, a text within standard error.
     const std::tuple<const std::string*, Texts, int, const char*, const char*> rows[] = {
         {&config, {"send", "--repeat", "2", lines}, 0, "", "sent 4 messages"},
@@ -36,6 +38,13 @@ TEST(CommandLine, EachOptionAndExitCode) {
         {&config, {"run", "--rows", "1", "--output", "table"}, 0, kTable, "good 1"},
         {&config, {"send", "--repeat", "2", "-"}, 2, "", "--repeat needs a file"},
         {&config, {"send", "--set", std::string("connection.jndiURL=failover:(") + kInJvm + ")", lines}, 78, "", "run --feed FILE"},
+        {&config,
+         {"send", "--set", "connection.jndiURL=vm://a?jms.password=secret", lines},
+         78,
+         "",
+         "\"vm://a?jms.password=***\", a broker"},
+        {&config, {"check", "--set", "host.jvmOptions=[\"-Dkel.jms.browseLimit=password=secret\"]"}, 78, masked.c_str(), ""},
+        {&config, {"run", "--sett", "connection.jndiURL=tcp://h?jms.password=secret"}, 2, "", "jms.password=***"},
         {&config, {"run", "--feed", "/no/feed"}, 1, "", "/no/feed"},
         {&config, {"run", "--rows", "0"}, 2, "", "--rows"},
         {&config, {"run", "--output", "xml"}, 2, "", "--output"},
@@ -105,6 +114,21 @@ TEST(CommandLine, APipeWithNobodyAtItsOtherEndHoldsUpNoStop) {
     run.signal(SIGTERM);
     EXPECT_EQ(run.wait(Seconds(10)), 1);
     EXPECT_EQ(run.errors(), waiting + "Stopped before the command was ready.\n");
+}
+
+TEST(CommandLine, ASecondSignalLeavesAtOnce) {
+    const Scratch scratch;
+    std::string lines;
+    for (int i = 0; i < 2000; ++i) lines += kLines;
+    const UnreadPipe pipe;
+    HostProcess run(scratch, {"run", "--config", scratch.write("c.toml", trades(kInJvm)), "--feed", scratch.write("lines", lines)},
+                    pipe.setup());
+    EXPECT_TRUE(within(Seconds(30), [&] { return pipe.isFull(); })) << run.errors();
+    run.signal(SIGTERM);
+    run.signal(SIGINT);  // as timeout(1) does: the same request
+    EXPECT_EQ(run.wait(Seconds(0.5)), -1);
+    run.signal(SIGTERM);
+    EXPECT_EQ(run.wait(Seconds(10)), 130) << run.errors();
 }
 
 }  // namespace

@@ -1,10 +1,6 @@
 // That no message is lost, whatever dies: brokers and hosts in processes of their own.
 #include "tests/endtoend/Delivery.h"
 
-#include <poll.h>
-
-#include <array>
-
 namespace {
 
 using namespace endtoend;
@@ -73,19 +69,13 @@ TEST_F(Killed, AReaderThatDoesNotReadHoldsUpNoStopAndLosesNothing) {
         HostProcess subscriber(scratch, run(config, {"--idle", "0.1"}));
         ASSERT_EQ(subscriber.wait(), 0) << subscriber.errors();
         send(scratch, config, numbered(1, kMessages));
-        std::array<int, 2> ends;
-        ASSERT_EQ(::pipe(ends.data()), 0);
-        HostProcess host(scratch, {"run", "--config", config}, "exec >&" + std::to_string(ends[1]));
-        pollfd room{ends[1], POLLOUT, 0};
-        EXPECT_TRUE(within(Seconds(30), [&] { return ::poll(&room, 1, 0) == 0; }));
+        const UnreadPipe pipe;
+        HostProcess host(scratch, {"run", "--config", config}, pipe.setup());
+        EXPECT_TRUE(within(Seconds(30), [&] { return pipe.isFull(); }));
         host.signal(SIGTERM);
         EXPECT_EQ(host.wait(Seconds(30)), 1) << host.errors();
         EXPECT_NE(host.errors().find("took nothing for 3 s after the stop"), std::string::npos) << host.errors();
-        ::close(ends[1]);
-        std::string taken(1 << 16, ' ');  // as much as a pipe takes
-        taken.resize(static_cast<size_t>(::read(ends[0], taken.data(), taken.size())));
-        ::close(ends[0]);
-        std::ofstream(rows) << taken;  // its torn row is cut off
+        std::ofstream(rows) << pipe.taken();  // its torn row is cut off
         HostProcess next(scratch, run(config, {"--idle", "2"}));
         EXPECT_EQ(next.wait(), 0) << next.errors();
         report("nobody reads", kMessages, 1);

@@ -3,6 +3,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/resource.h>
@@ -10,6 +11,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
@@ -111,6 +113,32 @@ private:
     const std::string out_;
     const std::string err_;
     pid_t pid_ = -1;
+};
+
+// A pipe at which nobody reads, for a host's standard output.
+class UnreadPipe {
+public:
+    UnreadPipe() { EXPECT_EQ(::pipe2(ends_.data(), O_CLOEXEC | O_NONBLOCK), 0); }
+    ~UnreadPipe() {
+        ::close(ends_[0]);
+        ::close(ends_[1]);
+    }
+    UnreadPipe(const UnreadPipe&) = delete;
+    UnreadPipe& operator=(const UnreadPipe&) = delete;
+
+    std::string setup() const { return "exec >/proc/" + std::to_string(::getpid()) + "/fd/" + std::to_string(ends_[1]); }
+    bool isFull() const {
+        pollfd room{ends_[1], POLLOUT, 0};
+        return ::poll(&room, 1, 0) == 0;
+    }
+    std::string taken() const {
+        std::string text(1 << 16, ' ');
+        text.resize(static_cast<size_t>(std::max<ssize_t>(::read(ends_[0], text.data(), text.size()), 0)));
+        return text;
+    }
+
+private:
+    std::array<int, 2> ends_;
 };
 
 // ActiveMQ at an address, without a destination.
