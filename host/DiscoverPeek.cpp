@@ -8,7 +8,7 @@
 #include "fix/NewFixUtils.h"
 #include "host/StoppableReset.h"
 #include "jms/JmsUtils.h"
-#include "jmsin/XmlPatterns.h"
+#include "jmsin/XmlScanner.h"
 
 namespace host {
 
@@ -99,15 +99,13 @@ const std::string* PeekedMessage::find(const std::string& name) const {
 }
 
 std::optional<PeekedMessage> readXmlMessage(std::string_view text) {
-    static const xml::Pattern elementPattern(xml::kElement, xml::scanElement);
-    static const xml::Pattern attributePattern(xml::kAttribute, xml::scanAttribute);
-    const auto element = elementPattern.match(text);
+    const auto element = xml::findElement(text);
     if (!element) return std::nullopt;
     PeekedMessage message{std::string(xml::nameOf(text, *element)), {}};
     const auto add = [&](std::string_view name, std::string_view value) {
         if (name != xml::kOpcodeAttribute) message.fields.emplace_back(name, value);
     };
-    const size_t failed = xml::walkAttributes(text, *element, attributePattern, add);
+    const size_t failed = xml::walkAttributes(text, *element, add);
     if (failed != std::string_view::npos) return std::nullopt;
     return message;
 }

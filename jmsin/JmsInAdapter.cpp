@@ -7,7 +7,6 @@
 #include "fix/NewFixUtils.h"
 #include "jms/JmsUtils.h"
 #include "jmsin/MessageKeys.h"
-#include "jmsin/XmlPatterns.h"
 #include "util/KeptText.h"
 
 namespace {
@@ -20,11 +19,7 @@ void count(int64_t& counter) { shared::store(counter, counter + 1); }
 
 }  // namespace
 
-JmsInAdapter::JmsInAdapter()
-    : fix_(std::make_unique<NewFixUtils>()),
-      jms_(std::make_unique<JmsUtils>()),
-      elementPattern_(std::make_unique<xml::Pattern>(xml::kElement, xml::scanElement)),
-      attributePattern_(std::make_unique<xml::Pattern>(xml::kAttribute, xml::scanAttribute)) {
+JmsInAdapter::JmsInAdapter() : fix_(std::make_unique<NewFixUtils>()), jms_(std::make_unique<JmsUtils>()) {
     connectionErrors = createConnectionErrors();
 }
 

@@ -15,9 +15,6 @@
 
 class JmsUtils;
 class NewFixUtils;
-namespace xml {
-class Pattern;
-}
 
 enum class DataFormat { kCsv = 0, kXml = 1, kFix = 2, kObjectArray = 3, kCustom = 4 };
 
@@ -124,8 +121,6 @@ private:
 
     std::unique_ptr<NewFixUtils> fix_;
     std::unique_ptr<JmsUtils> jms_;
-    std::unique_ptr<xml::Pattern> elementPattern_;
-    std::unique_ptr<xml::Pattern> attributePattern_;
     void* row_ = nullptr;  // the connection row, cleared and filled for every message
     std::map<std::string, std::string> columnMap_;  // no parameter fills it
     // The message and the token in hand; kept for their capacity, unless a message made it large.

@@ -1,7 +1,7 @@
 // CSV and XML messages into the connection row.
 #include "jmsin/JmsInAdapter.h"
 #include "jmsin/MessageKeys.h"
-#include "jmsin/XmlPatterns.h"
+#include "jmsin/XmlScanner.h"
 #include "toolkit/kel_intl.h"
 
 namespace {
@@ -49,7 +49,7 @@ bool JmsInAdapter::placeToken(const std::string& token, int field, const std::st
 
 bool JmsInAdapter::parseXmlMessage(std::string& text, std::vector<std::string>* names) {
     trace(keys::kParseXml);
-    const auto element = elementPattern_->match(text);
+    const auto element = xml::findElement(text);
     if (!element) return refuse(keys::kParseXmlFailed);
     if (matchStreamName_ && !matchesStream(xml::nameOf(text, *element))) return false;
 
@@ -57,7 +57,7 @@ bool JmsInAdapter::parseXmlMessage(std::string& text, std::vector<std::string>* 
         setFieldAsStringWithKey(row_, std::string(name).c_str(), std::string(value).c_str());
         if (names != nullptr && name != xml::kOpcodeAttribute) names->emplace_back(name);
     };
-    const size_t failed = xml::walkAttributes(text, *element, *attributePattern_, setField);
+    const size_t failed = xml::walkAttributes(text, *element, setField);
     if (failed == std::string_view::npos) return true;
     char offset[25];
     MORVEX::Kel::intl_snprintf(offset, sizeof offset, "%d", static_cast<int>(failed));
