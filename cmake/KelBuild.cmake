@@ -18,18 +18,37 @@ if(KEL_SANITIZE)
     target_link_options(kel_options INTERFACE -fsanitize=address,undefined)
 endif()
 
-# kel_objects(NAME SOURCE...): one folder's code, compiled once; the plug-in, the tests and the host take
-# its objects by linking NAME.
+# kel_objects(NAME SOURCE... [DEPENDS target...]): one folder's code, compiled once, and what it needs; the
+# plug-in, the tests and the host take its objects by kel_link.
 function(kel_objects name)
-    add_library(${name} OBJECT ${ARGN})
-    set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE ON)
-    target_link_libraries(${name} PUBLIC kel_options)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "DEPENDS")
+    add_library(${name} OBJECT ${arg_UNPARSED_ARGUMENTS})
+    set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE ON KEL_DEPENDS "${arg_DEPENDS}")
+    target_link_libraries(${name} PUBLIC kel_options ${arg_DEPENDS})
+endfunction()
+
+# kel_link(TARGET target...): links these and all that they depend on; CMake by itself passes on an object
+# library's requirements, but not its objects.
+function(kel_link target)
+    set(open ${ARGN})
+    while(open)
+        list(POP_FRONT open next)
+        if(next IN_LIST all)
+            continue()
+        endif()
+        list(APPEND all ${next})
+        get_target_property(depends ${next} KEL_DEPENDS)
+        if(depends)
+            list(APPEND open ${depends})
+        endif()
+    endwhile()
+    target_link_libraries(${target} PRIVATE kel_options ${all})
 endfunction()
 
 # kel_test(NAME SOURCES file... LIBRARIES target...): a GoogleTest program, one CTest test per program.
 function(kel_test name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES")
     add_executable(${name} ${arg_SOURCES})
-    target_link_libraries(${name} PRIVATE kel_options ${arg_LIBRARIES} GTest::gtest_main)
+    kel_link(${name} ${arg_LIBRARIES} GTest::gtest_main)
     add_test(NAME ${name} COMMAND ${name})
 endfunction()

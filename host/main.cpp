@@ -8,14 +8,15 @@
 #include <functional>
 #include <sstream>
 
-#include "host/Broker.h"
-#include "host/Check.h"
-#include "host/Console.h"
-#include "host/Discover.h"
-#include "host/Output.h"
-#include "host/Run.h"
-#include "host/Send.h"
-#include "host/Signals.h"
+#include "host/commands/Broker.h"
+#include "host/commands/Discover.h"
+#include "host/commands/Run.h"
+#include "host/commands/Send.h"
+#include "host/configuration/Rules.h"
+#include "host/process/Console.h"
+#include "host/process/Failure.h"
+#include "host/process/Output.h"
+#include "host/process/Signals.h"
 
 namespace {
 

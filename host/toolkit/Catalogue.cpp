@@ -3,9 +3,10 @@
 #include <array>
 #include <fstream>
 
-#include "host/toolkit/HostContext.h"
-#include "host/toolkit/ModifiedUtf8.h"
+#include "host/toolkit/Context.h"
 #include "host/toolkit/NewText.h"
+#include "host/toolkit/RowType.h"
+#include "host/values/ModifiedUtf8.h"
 #include "toolkit/kel_adapter_util.h"
 
 namespace host {

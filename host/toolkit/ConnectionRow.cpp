@@ -5,7 +5,7 @@
 #include <memory>
 
 #include "host/toolkit/ErrorList.h"
-#include "host/toolkit/HostContext.h"
+#include "host/toolkit/RowType.h"
 #include "toolkit/kel_adapter_util.h"
 
 namespace host {

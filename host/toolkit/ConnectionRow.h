@@ -12,8 +12,8 @@
 #include <string_view>
 #include <vector>
 
-#include "host/toolkit/ServerRow.h"
-#include "host/toolkit/ValueTyping.h"
+#include "host/values/ServerRow.h"
+#include "host/values/ValueTyping.h"
 
 namespace host {
 

@@ -1,8 +1,9 @@
 // Logging, state, parameters, row types and statistics.
 #include <charconv>
 
-#include "host/toolkit/HostContext.h"
+#include "host/toolkit/Context.h"
 #include "host/toolkit/NewText.h"
+#include "host/toolkit/RowType.h"
 #include "toolkit/kel_adapter_util.h"
 
 namespace host {
@@ -27,21 +28,6 @@ std::string_view parameter(void* handle, const char* name) {
 }
 
 }  // namespace
-
-RowType::RowType(std::string name, std::vector<Column> all)
-    : streamName(std::move(name)), columns(std::move(all)) {
-    for (size_t i = 0; i < columns.size(); ++i) indexes_.emplace(columns[i].name, static_cast<int>(i));
-}
-
-const Column* RowType::at(int index) const {
-    const bool isThere = index >= 0 && static_cast<size_t>(index) < columns.size();
-    return isThere ? &columns[static_cast<size_t>(index)] : nullptr;
-}
-
-int RowType::indexOf(std::string_view columnName) const {
-    const auto found = indexes_.find(columnName);
-    return found != indexes_.end() ? found->second : -1;
-}
 
 }  // namespace host
 

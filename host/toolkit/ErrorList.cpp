@@ -1,6 +1,6 @@
 #include "host/toolkit/ErrorList.h"
 
-#include "host/toolkit/HostContext.h"
+#include "host/toolkit/Context.h"
 #include "host/toolkit/NewText.h"
 #include "toolkit/kel_adapter_util.h"
 

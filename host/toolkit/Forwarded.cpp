@@ -2,7 +2,7 @@
 // pools, permutations, sessions, guaranteed delivery and the like. They store and return what they are given;
 // nothing is reordered, delivered or connected.
 #include "host/toolkit/ConnectionRow.h"
-#include "host/toolkit/HostContext.h"
+#include "host/toolkit/Context.h"
 #include "host/toolkit/NewText.h"
 #include "toolkit/kel_adapter_util.h"
 

@@ -3,8 +3,8 @@
 
 #include "host/toolkit/ConnectionRow.h"
 #include "host/toolkit/ErrorList.h"
-#include "host/toolkit/HostContext.h"
-#include "host/toolkit/Text.h"
+#include "host/toolkit/RowType.h"
+#include "host/values/Text.h"
 
 namespace host {
 

@@ -1,6 +1,6 @@
 // Transactions: a handle is a host::Transaction, which shares its rows with the stream they are posted to.
-#include "host/toolkit/HostContext.h"
-#include "host/toolkit/ServerRow.h"
+#include "host/toolkit/Context.h"
+#include "host/values/ServerRow.h"
 #include "toolkit/kel_adapter_util.h"
 
 namespace {

@@ -4,7 +4,7 @@
 
 #include <utility>
 
-#include "host/toolkit/ValueTyping.h"
+#include "host/values/ValueTyping.h"
 #include "toolkit/kel_adapter_util.h"
 
 namespace fake {

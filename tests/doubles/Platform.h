@@ -9,8 +9,9 @@
 #include <vector>
 
 #include "adapter/Adapter.h"
-#include "host/toolkit/HostContext.h"
-#include "host/toolkit/ServerRow.h"
+#include "host/toolkit/Context.h"
+#include "host/toolkit/RowType.h"
+#include "host/values/ServerRow.h"
 
 namespace fake {
 

@@ -1,15 +1,16 @@
 // A configuration read: what comes of a good one, and the sentence for each fault of a bad one.
-#include "host/Configuration.h"
+#include "host/configuration/ConfigurationFile.h"
+#include "host/process/Failure.h"
 
 #include <gtest/gtest.h>
 
 #include <fstream>
 
-#include "host/Check.h"
-#include "host/ClassPath.h"
-#include "host/Console.h"
-#include "host/Plugin.h"
-#include "host/toolkit/ValueTyping.h"
+#include "host/configuration/Rules.h"
+#include "host/connection/Plugin.h"
+#include "host/process/ClassPath.h"
+#include "host/process/Console.h"
+#include "host/values/ValueTyping.h"
 
 namespace {
 

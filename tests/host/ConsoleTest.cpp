@@ -1,9 +1,9 @@
 // What is shown to people: no password, and nothing that steers a terminal.
-#include "host/Console.h"
+#include "host/process/Console.h"
 
 #include <gtest/gtest.h>
 
-#include "host/Secrets.h"
+#include "host/process/Secrets.h"
 
 namespace {
 

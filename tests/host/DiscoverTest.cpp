@@ -1,10 +1,11 @@
 // What discover makes of the entry points' answers: the explanation of a type, and the stream that is proposed.
 #include <gtest/gtest.h>
 
-#include "host/Console.h"
-#include "host/DiscoverExplain.h"
-#include "host/DiscoverPeek.h"
-#include "host/DiscoverProposal.h"
+#include "host/discovery/Explanation.h"
+#include "host/discovery/Proposal.h"
+#include "host/discovery/SecondLook.h"
+#include "host/process/Console.h"
+#include "host/process/Failure.h"
 
 namespace {
 

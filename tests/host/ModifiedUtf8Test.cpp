@@ -1,4 +1,4 @@
-#include "host/toolkit/ModifiedUtf8.h"
+#include "host/values/ModifiedUtf8.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,6 @@
 // Where rows go: what a file holds after a full disk or a kill, and readers that do not read.
-#include "host/Output.h"
+#include "host/process/Failure.h"
+#include "host/process/Output.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -15,7 +16,7 @@
 #include <thread>
 #include <vector>
 
-#include "host/Console.h"
+#include "host/process/Console.h"
 
 namespace {
 

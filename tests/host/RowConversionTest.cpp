@@ -6,9 +6,10 @@
 #include <sstream>
 #include <tuple>
 
-#include "host/RowFormat.h"
-#include "host/toolkit/HostContext.h"
-#include "host/toolkit/ValueTyping.h"
+#include "host/process/Failure.h"
+#include "host/rows/RowFormat.h"
+#include "host/toolkit/RowType.h"
+#include "host/values/ValueTyping.h"
 #include "toolkit/kel_adapter_util.h"
 
 namespace {

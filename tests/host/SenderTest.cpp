@@ -1,5 +1,6 @@
 // Messages out: lines from files and from pipes that stay open, and which calls of the connector they become.
-#include "host/Sender.h"
+#include "host/connection/Sender.h"
+#include "host/process/Failure.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -9,9 +10,9 @@
 #include <fstream>
 #include <thread>
 
-#include "host/Console.h"
-#include "host/LineSource.h"
-#include "host/StoppableReset.h"
+#include "host/connection/StoppableReset.h"
+#include "host/process/Console.h"
+#include "host/process/LineSource.h"
 #include "tests/doubles/FakeJvm.h"
 
 namespace {

@@ -7,8 +7,9 @@
 #include <fstream>
 #include <memory>
 
-#include "host/toolkit/HostContext.h"
-#include "host/toolkit/ServerRow.h"
+#include "host/toolkit/Context.h"
+#include "host/toolkit/RowType.h"
+#include "host/values/ServerRow.h"
 #include "jmsin/MessageKeys.h"
 #include "toolkit/kel_adapter_util.h"
 #include "toolkit/kel_intl.h"

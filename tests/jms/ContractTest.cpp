@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <string>
 
-#include "host/ConnectionState.h"
+#include "host/connection/ConnectionState.h"
 #include "jms/ConnectorMethods.h"
 
 namespace {

@@ -1,0 +1,50 @@
+// What the discovery entry points do not tell of XML and FIX messages: the XML element's name, attributes
+// that only later messages have, and whether a sample's blank text is a blank value or none at all.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "host/connection/Session.h"
+
+namespace host {
+
+// Texts in modified UTF-8.
+struct PeekedMessage {
+    std::string element;  // of XML; "" otherwise
+    // Attributes or named FIX fields with their texts, without the opcode's; of those with one name the last
+    // counts.
+    std::vector<std::pair<std::string, std::string>> fields;
+
+    const std::string* find(const std::string& name) const;  // null: the message has none
+};
+
+// As the adapter reads an XML message; none for one that it refuses.
+std::optional<PeekedMessage> readXmlMessage(std::string_view text);
+
+// A second look at the messages of XML or FIX that the session's adapter took for samples.
+class SecondLook {
+public:
+    explicit SecondLook(Session& session);
+    ~SecondLook();
+    SecondLook(const SecondLook&) = delete;
+    SecondLook& operator=(const SecondLook&) = delete;
+
+    // At most `limit` messages, in the adapter's order. Browses the destination over a connection of its own,
+    // which is closed at the end; of a topic it hears later messages than any browse before. On the thread
+    // that drives the adapter. Empty when nothing is waiting or can be browsed.
+    std::vector<PeekedMessage> messages(size_t limit);
+
+    // Ends a look that goes on, or comes later. Any thread.
+    void stop();
+
+private:
+    class Peeker;
+    std::unique_ptr<Peeker> peeker_;
+};
+
+}  // namespace host

@@ -1,0 +1,56 @@
+#include "host/rows/RunReport.h"
+
+#include <array>
+#include <cstdio>
+
+#include "host/connection/ConnectionState.h"
+#include "host/process/Console.h"
+
+namespace host {
+
+namespace {
+
+constexpr std::chrono::milliseconds kRedraw(500);
+
+}  // namespace
+
+void sayTotals(const Totals& totals, double seconds) {
+    const double rate = seconds > 0 ? static_cast<double>(totals.good) / seconds : 0;
+    std::array<char, 160> text;
+    std::snprintf(text.data(), text.size(), "total %lld, good %lld, bad %lld, %.3f s, %.0f rows/s",
+                  static_cast<long long>(totals.total), static_cast<long long>(totals.good),
+                  static_cast<long long>(totals.bad), seconds, rate);
+    say(text.data());
+}
+
+void SilentBadMessages::add(std::int64_t count, Clock::time_point now) {
+    untold_ += count;
+    if (now - told_ >= std::chrono::seconds(1)) tell(now);
+}
+
+void SilentBadMessages::tell(Clock::time_point now) {
+    if (untold_ == 0) return;
+    say(std::to_string(untold_) + (untold_ == 1 ? " message was" : " messages were") +
+        " counted as bad without a reason from the adapter: for another stream than \"" + stream_ +
+        "\", or refused by the connector, which then says so above.");
+    untold_ = 0;
+    told_ = now;
+}
+
+StatusLine::StatusLine(Clock::time_point start) : isShown_(canShowStatus()), drawn_(start) {}
+
+StatusLine::~StatusLine() { hideStatus(); }
+
+void StatusLine::update(const Totals& totals, Clock::time_point now) {
+    if (!isShown_ || now - drawn_ < kRedraw) return;
+    const double rate = static_cast<double>(totals.good - goodThen_) / secondsBetween(drawn_, now);
+    std::array<char, 160> text;
+    std::snprintf(text.data(), text.size(), "good %lld, bad %lld, %.0f rows/s%s",
+                  static_cast<long long>(totals.good), static_cast<long long>(totals.bad), rate,
+                  connectionState() == ConnectionState::kOpen ? "" : ", no connection");
+    showStatus(text.data());
+    drawn_ = now;
+    goodThen_ = totals.good;
+}
+
+}  // namespace host

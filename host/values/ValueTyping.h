@@ -1,0 +1,40 @@
+// From a field's text to the value of a row, and back, by the data type library.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "host/values/ServerRow.h"
+
+namespace host {
+
+inline constexpr char kDefaultTimeFormat[] = "%H:%M:%S";
+inline constexpr char kDefaultDateFormat[] = "%Y-%m-%dT%H:%M:%S";  // timestamps too
+inline constexpr char kSecondsFormat[] = "%s";                     // takes no others beside it
+
+struct TemporalFormats {
+    std::string time;
+    std::string date;
+    std::string timestamp;
+};
+
+// The code of a type's lower-case server name, ordinary or legacy; none for a name that no column can have.
+std::optional<std::uint32_t> typeCode(std::string_view name);
+
+// The reverse, in the ordinary spelling.
+std::string typeName(std::uint32_t type);
+
+// The names that typeCode knows, as a list for messages.
+std::string typeNames();
+
+// Reads `text` as a value of the type. On failure false, with what is wrong in `reason`, to follow a colon;
+// `value` is untouched.
+bool readValue(std::uint32_t type, const std::string& text, const TemporalFormats& formats, Value& value,
+               std::string& reason);
+
+// The value as text; null is the empty one.
+std::string writeValue(const Value& value);
+
+}  // namespace host
