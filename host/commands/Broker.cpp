@@ -18,6 +18,7 @@ namespace host {
 namespace {
 
 const std::string kAddress = "tcp://127.0.0.1:";
+constexpr std::chrono::seconds kLookEvery(1);
 constexpr std::chrono::seconds kLongestBrokerStop(60);  // it has a store to leave in order
 
 // One Java object and calls of its methods by name; a Java exception becomes a Failure with its text.
@@ -47,6 +48,12 @@ public:
         const jobject result = env_->CallObjectMethod(object_, method, arguments...);
         check();
         return result;
+    }
+
+    bool isTrue(const char* name) const {
+        const jboolean result = env_->CallBooleanMethod(object_, find(name, "()Z"));
+        check();
+        return result == JNI_TRUE;
     }
 
     int getInt(const char* name) const {
@@ -141,7 +148,14 @@ int runBroker(const BrokerOptions& options) {
         kLongestBrokerStop);
     const JavaObject uri(env, connector.get("getConnectUri", "()Ljava/net/URI;"));
     output.write(kAddress + std::to_string(uri.getInt("getPort")) + '\n');
-    stopped.get_future().wait();
+    const std::future<void> stop = stopped.get_future();
+    while (stop.wait_for(kLookEvery) == std::future_status::timeout) {
+        if (broker.isTrue("isStopped"))
+            throw Failure(
+                "The broker has stopped by itself, as it does when its store fails; see whether the disk "
+                "of " +
+                (options.data.empty() ? std::string("its temporary files") : options.data) + " is full.");
+    }
     broker.call("stop", "()V");
     return kDone;
 }

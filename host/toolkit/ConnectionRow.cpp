@@ -1,7 +1,6 @@
 #include "host/toolkit/ConnectionRow.h"
 
 #include <algorithm>
-#include <limits>
 #include <memory>
 
 #include "host/toolkit/ErrorList.h"
@@ -32,7 +31,8 @@ void ConnectionRow::clear() {
 void ConnectionRow::setType(const RowType* newType) {
     type_ = newType;
     const size_t columns = type_ != nullptr ? type_->columns.size() : 0;
-    most_ = columns > 0 ? columns + kMostSurplus : std::numeric_limits<size_t>::max();
+    hasColumns_ = columns > 0;
+    most_ = hasColumns_ ? columns + kMostSurplus : kMostFields;
     if (!byNames_) return;
     positions_.assign(columns + 1, kNone);
     others_.clear();
@@ -60,6 +60,7 @@ void ConnectionRow::assign(Field& field, const char* value) {
 bool ConnectionRow::set(int index, const char* value) {
     if (byNames_ || index < 0) return false;
     const auto at = static_cast<size_t>(index);
+    if (at >= most_ && !hasColumns_) return false;
     if (at >= kept_) {
         const size_t kept = std::min(at + 1, most_);
         while (kept_ < kept) next();
@@ -74,6 +75,7 @@ bool ConnectionRow::set(const char* name, const char* value) {
     const int slot = slotOf(name);
     int position = positionOf(name, slot);
     if (position == kNone) {
+        if (kept_ >= most_ && !hasColumns_) return false;
         ++count_;
         if (slot == kNone && kept_ >= most_) return true;
         position = static_cast<int>(kept_);

@@ -31,6 +31,7 @@ public:
     };
 
     static constexpr char kOpcodeField[] = "KEL_OPS";  // of rows by names
+    static constexpr size_t kMostFields = 100'000;     // of a row whose type has no columns
     static constexpr size_t kMostSurplus = 4096;       // fields kept beyond the columns of the type
     static constexpr size_t kMostMemory = 1 << 20;     // kept from message to message, in bytes
 
@@ -70,7 +71,8 @@ private:
 
     bool byNames_;
     const RowType* type_;
-    size_t most_;                // fields that are kept
+    size_t most_;  // fields that are kept
+    bool hasColumns_ = false;
     std::vector<Field> fields_;  // the first kept_ count
     size_t kept_ = 0;
     size_t count_ = 0;  // with those that are not kept

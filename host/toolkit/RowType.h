@@ -1,4 +1,5 @@
-// A stream's name and columns, and a set of parameters. The handles of the C interface are addresses of these.
+// A stream's name and columns, and a set of parameters. The handles of the C interface are addresses of
+// these.
 //
 // Texts are in the JVM's modified UTF-8, because the adapter compares and passes them on as they are
 // (host/values/ModifiedUtf8.h converts).

@@ -175,6 +175,7 @@ public:
         process_->signal(SIGKILL);
         process_->wait();
     }
+    HostProcess& process() { return *process_; }
     const std::string& port() const { return port_; }
     std::string url() const { return "tcp://127.0.0.1:" + port_; }
 

@@ -179,6 +179,23 @@ TEST_F(UnderFire, AFullDisk) {
     report("full disk", messages, ends);
 }
 
+TEST_F(UnderFire, ABrokerWhoseDiskIsFullEndsWithASentenceAndLosesNothing) {
+    Broker stored(scratch, true);
+    config = scratch.write("c.toml", trades(stored.url()));
+    sendMore(100);
+    stored.process().limit(RLIMIT_FSIZE, {1 << 16, RLIM_INFINITY});
+    HostProcess sender(scratch, {"send", "--config", config, scratch.write("more", numbered(101, 5000))});
+    EXPECT_EQ(stored.process().wait(Seconds(60)), 1) << stored.process().errors();
+    EXPECT_NE(stored.process().errors().find("stopped by itself"), std::string::npos) << stored.process().errors();
+    EXPECT_EQ(sender.wait(Seconds(60)), 1) << sender.errors();
+    const std::string said = sender.errors();  // the line that failed
+    messages = std::atoi(said.c_str() + said.find("more:") + 5) + 100 - 1;
+    stored.start();
+    drain();
+    const auto [different, repeats] = counted();
+    EXPECT_TRUE(different >= messages && different <= messages + 1 && repeats == 0) << different << " of " << messages << said;
+}
+
 // Large messages between small ones: each is a row, or with the dead letters, and no small one is lost.
 TEST_F(UnderFire, AHeapThatIsTooSmall) {
     const int rounds = kSoak ? 20 : 1;

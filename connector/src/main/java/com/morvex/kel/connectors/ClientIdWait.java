@@ -54,6 +54,7 @@ final class ClientIdWait {
 
     private boolean isLeftAlone(long nanos) {
         if (holder.isForgotten()) return true;
+        if (holder.isReadBy(Thread.currentThread())) return false;   // which cannot call while it waits here
         boolean isSilent = callsThen % 2 == 0 && holder.calls() == callsThen;
         return isSilent && nanos > (holder.hasMessageInHand() ? BUSY_NANOS : SILENT_NANOS);
     }

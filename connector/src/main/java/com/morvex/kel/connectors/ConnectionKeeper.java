@@ -174,6 +174,8 @@ final class ConnectionKeeper {
                 && other.settings().isSameClient(settings());
     }
 
+    boolean isReadBy(Thread thread) { return reader == thread; }
+
     boolean isForgotten() { return owner.refersTo(null); }
 
     private ConnectionSettings settings() { return opener.settings(); }

@@ -31,14 +31,14 @@ final class ConverterHolder {
         } catch (NoSuchMethodException | IllegalAccessException | InstantiationException e) {
             throw new ConnectorException(
                     name + "must be public, not abstract, with a public constructor without arguments.", e);
-        } catch (Exception | Error e) {
+        } catch (Throwable e) {
             Throwable own = e.getCause() == null ? e : e.getCause();
             throw new ConnectorException(name + "could not be made: " + Log.reason(own) + ".", e);
         }
         ConverterHolder holder = new ConverterHolder(className, converter);
         try {
             converter.init(parameter);
-        } catch (Exception | Error e) {
+        } catch (Throwable e) {
             String refused = "%srefused \"%s\" (parameter converterParam): %s.";
             throw new ConnectorException(refused.formatted(name, parameter, Log.reason(e)), e);
         } finally {
@@ -51,7 +51,7 @@ final class ConverterHolder {
         String[] row;
         try {
             row = converter.toRow(message);
-        } catch (Exception | Error e) {
+        } catch (Throwable e) {
             throw failed("toRow", e);
         } finally {
             clearInterruption();
@@ -65,7 +65,7 @@ final class ConverterHolder {
         Message message;
         try {
             message = converter.toMessage(row, session);
-        } catch (Exception | Error e) {
+        } catch (Throwable e) {
             throw failed("toMessage", e);
         } finally {
             clearInterruption();

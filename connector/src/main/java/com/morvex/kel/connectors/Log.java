@@ -43,6 +43,13 @@ final class Log {
         return text.endsWith(".") ? text.substring(0, text.length() - 1) : text;
     }
 
-    /** The reason at the bottom of a failure, which stays the same whatever is wrapped around it. */
-    static String rootReason(Throwable cause) { return reason(ConnectorException.root(cause)); }
+    /**
+     * The reason at the bottom of a failure, which stays the same whatever is wrapped around it. The text of a
+     * programming error, such as "-1", says nothing without its class.
+     */
+    static String rootReason(Throwable cause) {
+        Throwable root = ConnectorException.root(cause);
+        boolean isMistake = root instanceof RuntimeException && !(root instanceof ConnectorException);
+        return isMistake ? root.getClass().getSimpleName() + ": " + reason(root) : reason(root);
+    }
 }

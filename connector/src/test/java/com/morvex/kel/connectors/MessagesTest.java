@@ -38,6 +38,8 @@ public class MessagesTest extends BrokerFixture {
             String text = ((TextMessage) message).getText();
             if (text.equals("throws")) throw new IOException("no such luck");
             if (text.equals("overflows")) return toRow(message);
+            if (text.equals("sneaks")) MessagesTest.<RuntimeException>sneak(new Throwable("past the compiler"));
+            if (text.equals("circles")) throw circle();
             if (text.equals("no row")) return null;
             if (text.equals("nulls")) return new String[3];
             if (!text.equals("properties")) return text.split(",");
@@ -49,6 +51,15 @@ public class MessagesTest extends BrokerFixture {
         public Message toMessage(String[] row, Session session) throws Exception {
             return row.length == 2 ? null : session.createTextMessage(String.join("|", row));
         }
+    }
+
+    @SuppressWarnings("unchecked")
+    private static <T extends Throwable> void sneak(Throwable any) throws T { throw (T) any; }
+
+    private static Exception circle() {
+        Exception one = new Exception("round and round"), other = new Exception("the other", one);
+        one.initCause(other);
+        return one;
     }
 
     /** Cannot be made. */
@@ -181,6 +192,8 @@ public class MessagesTest extends BrokerFixture {
         Object[][] refused = {
                 {"no such luck", text("throws")},
                 {"StackOverflowError", text("overflows")},
+                {"past the compiler", text("sneaks")},
+                {"round and round", text("circles")},
                 {"made no row", text("no row")},
                 {"has 2 elements", text("T,i")},
                 {"has 1001 bytes", text("x".repeat(1001))},

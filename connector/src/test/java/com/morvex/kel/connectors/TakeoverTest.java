@@ -39,6 +39,8 @@ public class TakeoverTest extends BrokerFixture {
     public void onlyAConnectorThatIsLeftAloneMakesWayForItsClientId() throws Exception {
         System.setProperty("kel.jms.clientIdWaitMillis", "1500");
         JmsConnector first = receiver("id");
+        assertFalse("its reader is busy connecting", connector(url(), "id").connectForInput(true));
+        assertTrue(takeLog().contains("must be free"));
         var newcomer = CompletableFuture.supplyAsync(() -> connector(url(), "id").connectForInput(true));
         while (!newcomer.isDone()) first.receiveTextMessage();
         assertFalse("as at the broker", newcomer.join());
@@ -51,7 +53,7 @@ public class TakeoverTest extends BrokerFixture {
         assertEquals("it goes on, whoever else failed", numbers(1, 2), receive(first, 2));
         first.commitTransaction();
         System.setProperty("kel.jms.clientIdWaitMillis", "20000");
-        JmsConnector next = receiver("id");   // nobody reads from the first meanwhile
+        JmsConnector next = CompletableFuture.supplyAsync(() -> receiver("id")).join();   // nobody reads meanwhile
         assertTrue(takeLog().contains("nobody reads from it any more"));
         assertEquals("", first.receiveTextMessage());
         sendNumbers(TOPIC, 3, 4);
