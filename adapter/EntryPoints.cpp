@@ -6,7 +6,6 @@
 
 #include "adapter/Adapter.h"
 #include "adapter/Shared.h"
-#include "jmsin/JmsInAdapter.h"
 #include "toolkit/kel_intl.h"
 
 namespace {
@@ -40,7 +39,6 @@ bool runDiscovery(Adapter& adapter, const char* table, const char* schema) {
 
 extern "C" {
 
-void* createAdapter() { return static_cast<Adapter*>(new JmsInAdapter); }  // a handle is always an Adapter*
 void deleteAdapter(void* handle) { delete static_cast<Adapter*>(handle); }
 void setCallBackReference(void* handle, void* reference) {
     adapterOf(handle).setCallbackReference(reference);
