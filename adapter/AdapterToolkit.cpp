@@ -71,7 +71,7 @@ char Adapter::getOp(void* row) { return ::getOp(row); }
 char* Adapter::getFlagsAsString(void* row) { return ::getFlagsAsString(row); }
 void Adapter::clearData(void* row) { ::clearData(row); }
 int Adapter::size(void* row) { return ::size(row); }
-void Adapter::setStreamType(void* row, void* rowType, bool flag) { ::setStreamType(row, rowType, flag); }
+void Adapter::setStreamType(void* row, void* rowType, bool option) { ::setStreamType(row, rowType, option); }
 void Adapter::setStreamName(void* row, const char* name) { ::setStreamName(row, name); }
 void* Adapter::toRow(void* row, int64_t sequence, void* errors) { return ::toRow(row, sequence, errors); }
 bool Adapter::fromRow(void* row, void* serverRow) { return ::fromRow(row, serverRow); }
@@ -79,7 +79,7 @@ char* Adapter::allocBuffer(void* row, size_t bytes) { return ::allocBuffer(row, 
 bool Adapter::permuteCsvIn(void* row, void* permutation, const char* csv) { return ::permuteCsvIn(row, permutation, csv); }
 void Adapter::setExternalCount(void* row, int count) { ::setExternalCount(row, count); }
 void Adapter::setSeparator(void* row, char separator) { ::setSeparator(row, separator); }
-void Adapter::setWithService(void* row, bool flag) { ::setWithService(row, flag); }
+void Adapter::setWithService(void* row, bool withService) { ::setWithService(row, withService); }
 bool Adapter::isFailed(void* row) { return ::isFailed(row); }
 bool Adapter::isDirect(void* row) { return ::isDirect(row); }
 void Adapter::setPrototype(void* row, void* prototype) { ::setPrototype(row, prototype); }

@@ -108,8 +108,9 @@ int getSampleRow(void* handle, char*** values, const char* table, const char* sc
 }
 
 int createTable(void* handle, const char* schema, const char* table, unsigned long count, const char** names,
-                const char** types, const bool* keys, bool flag1, bool flag2) {
-    return adapterOf(handle).createTable(schema, table, count, names, types, keys, flag1, flag2) ? 1 : 0;
+                const char** types, const bool* keys, bool firstOption, bool secondOption) {
+    Adapter& adapter = adapterOf(handle);
+    return adapter.createTable(schema, table, count, names, types, keys, firstOption, secondOption) ? 1 : 0;
 }
 
 void setDiscovery(void* handle) { adapterOf(handle).discoveryMode = true; }

@@ -2,7 +2,8 @@
 #include "adapter/Adapter.h"
 #include "datatypes/DataTypes.h"
 
-uint32_t Adapter::testValue(const char* value, const char* f1, const char* f2, const char* f3) {
+uint32_t Adapter::testValue(const char* value, const char* dateFormat, const char* timestampFormat,
+                            const char* timeFormat) {
     DataTypes::DataValue ignored;
     const char* error = nullptr;
     for (const unsigned int type : {DataTypes::kInteger, DataTypes::kLong, DataTypes::kFloat}) {
@@ -10,7 +11,9 @@ uint32_t Adapter::testValue(const char* value, const char* f1, const char* f2, c
             return type;
     }
     for (const unsigned int type : {DataTypes::kDate, DataTypes::kTimestamp, DataTypes::kTime}) {
-        if (DataTypes::convertFromString(type, value, ignored, error, f1, f2, nullptr, f3)) return type;
+        if (DataTypes::convertFromString(type, value, ignored, error, dateFormat, timestampFormat, nullptr,
+                                         timeFormat))
+            return type;
     }
     return DataTypes::kString;
 }

@@ -12,8 +12,6 @@
 namespace {
 
 constexpr int kTraceLevel = 7;
-constexpr int kStateRunning = 2;
-constexpr int kStateStopped = 4;
 
 void count(int64_t& counter) { shared::store(counter, counter + 1); }
 
