@@ -11,6 +11,7 @@
 #include "fix/NewFixUtils.h"
 #include "jms/JmsUtils.h"
 #include "jmsin/MessageKeys.h"
+#include "jmsin/Parameters.h"
 #include "util/StringUtils.h"
 
 namespace {
@@ -56,22 +57,6 @@ bool JmsInAdapter::discover(std::string /*name*/) {
     discovered = row_ != nullptr && discoverByFormat();  // no row: there was no successful reset
     jms_->disconnect();
     return discovered;
-}
-
-bool JmsInAdapter::discoverByFormat() {
-    switch (dataFormat_) {
-        case DataFormat::kCsv:
-            return discoverCsv();
-        case DataFormat::kXml:
-            return discoverXml();
-        case DataFormat::kFix:
-            return discoverFix();
-        case DataFormat::kObjectArray:
-            return discoverObjectArray();
-        case DataFormat::kCustom:
-            return discoverCustom();
-    }
-    return false;
 }
 
 bool JmsInAdapter::discoverCsv() {
@@ -134,7 +119,7 @@ void JmsInAdapter::addRowToDiscovery(std::vector<unsigned int>& types, Rows& row
 }
 
 uint32_t JmsInAdapter::typeOf(const char* value) {
-    return testValue(value, dateFormat_.c_str(), timestampFormat_.c_str(), nullptr);
+    return testValue(value, params_->dateFormat.c_str(), params_->timestampFormat.c_str(), nullptr);
 }
 
 void JmsInAdapter::makeNumberedColumns(std::vector<unsigned int>& types, Rows& rows) {
