@@ -9,12 +9,8 @@ enum class DataFormat { kCsv = 0, kXml = 1, kFix = 2, kObjectArray = 3, kCustom 
 
 namespace jmsin {
 
-// Whether the stream's name and the opcode stand before a message's fields.
+// Whether the stream's name and the opcode stand before a message's fields (jms/MessageLayout.h).
 enum class Prefix { kNever, kAsConfigured, kAlways };
-inline constexpr int kPrefixLength = 2;
-
-// Dates without a format of their own: seconds since 1970-01-01 UTC.
-inline constexpr char kSecondsFormat[] = "%s";
 
 struct DataFormatInfo {
     DataFormat format;
@@ -23,7 +19,7 @@ struct DataFormatInfo {
     bool isByNames;       // its connection row is "RowByNames"
     bool namesFields;     // a message names its fields, so that an absent one is not a blank one
     bool canDiscover;     // as the server is told
-    bool datesAsSeconds;  // its dates are in kSecondsFormat, else the format parameters are read
+    bool datesAsSeconds;  // its dates are counts of seconds, else the format parameters are read
     Prefix prefix;
 };
 
@@ -45,7 +41,9 @@ constexpr bool rowNumbersAreFormats(const Row (&rows)[kCount]) {
 }
 static_assert(rowNumbersAreFormats(kDataFormats), "the row number is the format");
 
-constexpr const DataFormatInfo& infoOf(DataFormat format) { return kDataFormats[static_cast<size_t>(format)]; }
+constexpr const DataFormatInfo& infoOf(DataFormat format) {
+    return kDataFormats[static_cast<size_t>(format)];
+}
 
 // Null: there is no format of that name.
 constexpr const DataFormatInfo* findDataFormat(std::string_view name) {

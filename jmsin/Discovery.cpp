@@ -18,17 +18,6 @@ namespace {
 
 using Rows = std::vector<std::vector<std::string>>;
 
-constexpr uint32_t kNotSeen = ~0U;  // no type code: a column without a value so far
-
-void widen(uint32_t& column, uint32_t value) {
-    if (column == kNotSeen) {
-        column = value;
-        return;
-    }
-    DataTypes::maximizeAnyType(value, column);
-    column = value;
-}
-
 // Tags by number; what is no number comes last, by its characters.
 struct TagOrder {
     bool operator()(const std::string& a, const std::string& b) const { return rank(a) < rank(b); }
@@ -112,8 +101,8 @@ void JmsInAdapter::addRowToDiscovery(std::vector<unsigned int>& types, Rows& row
         const char* value = nullptr;
         if (!getFieldAsStringWithIndex(row_, i, &value) || value == nullptr) value = "";
         row.emplace_back(value);
-        if (static_cast<size_t>(i) == types.size()) types.push_back(kNotSeen);
-        widen(types[static_cast<size_t>(i)], typeOf(value));
+        if (static_cast<size_t>(i) == types.size()) types.push_back(DataTypes::kNotInferred);
+        DataTypes::widenColumn(types[static_cast<size_t>(i)], typeOf(value));
     }
     rows.push_back(std::move(row));
 }
@@ -158,7 +147,7 @@ bool JmsInAdapter::discoverXml() {
             for (const std::string& name : names) {
                 if (std::find(columns.begin(), columns.end(), name) == columns.end()) columns.push_back(name);
             }
-            types.assign(columns.size(), kNotSeen);
+            types.assign(columns.size(), DataTypes::kNotInferred);
         }
         std::vector<std::string>& row = rows.emplace_back();
         for (size_t i = 0; i < columns.size(); ++i) {
@@ -166,7 +155,7 @@ bool JmsInAdapter::discoverXml() {
             const bool present =
                 getFieldAsStringWithKey(row_, columns[i].c_str(), &value) && value != nullptr;
             row.emplace_back(present ? value : "");
-            if (present) widen(types[i], typeOf(value));
+            if (present) DataTypes::widenColumn(types[i], typeOf(value));
         }
     }
     fieldNames.insert(fieldNames.end(), columns.begin(), columns.end());
@@ -192,7 +181,8 @@ bool JmsInAdapter::discoverFix() {
         }
         for (const auto& [tag, value] : fields) {
             if (!isFramingTag(*fix_, tag))
-                widen(types.try_emplace(tag, kNotSeen).first->second, typeOf(value.c_str()));
+                DataTypes::widenColumn(types.try_emplace(tag, DataTypes::kNotInferred).first->second,
+                                       typeOf(value.c_str()));
         }
         samples.push_back(std::move(fields));
     }

@@ -96,7 +96,7 @@ private:
             values_.expectStreamNameOpcode = readFlag(parameter::kExpectStreamNameOpcode);
         if (info.isByNames) values_.matchStreamName = readFlag(parameter::kMatchStreamName);
         if (info.datesAsSeconds) {
-            values_.timeFormat = values_.dateFormat = values_.timestampFormat = kSecondsFormat;
+            values_.timeFormat = values_.dateFormat = values_.timestampFormat = DataTypes::kSecondsFormat;
             return;
         }
         get(parameter::kTimeFormat, values_.timeFormat);

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 
+#include "datatypes/Settings.h"
 #include "jmsin/DataFormats.h"
 
 class Adapter;
@@ -62,9 +63,9 @@ struct Parameters {
     int64_t batchSize = 1;  // messages a commit
     bool expectStreamNameOpcode = true;
     bool matchStreamName = true;
-    std::string timeFormat = kSecondsFormat;
-    std::string dateFormat = kSecondsFormat;
-    std::string timestampFormat = kSecondsFormat;
+    std::string timeFormat = DataTypes::kSecondsFormat;
+    std::string dateFormat = DataTypes::kSecondsFormat;
+    std::string timestampFormat = DataTypes::kSecondsFormat;
 };
 
 }  // namespace jmsin

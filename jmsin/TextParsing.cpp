@@ -1,4 +1,5 @@
 // CSV and XML messages into the connection row.
+#include "jms/MessageLayout.h"
 #include "jmsin/JmsInAdapter.h"
 #include "jmsin/MessageKeys.h"
 #include "jmsin/Parameters.h"
@@ -8,7 +9,7 @@
 namespace {
 
 // Where a CSV token goes when it is no field.
-constexpr int kStreamName = -jmsin::kPrefixLength;
+constexpr int kStreamName = -jms::kPrefixLength;
 constexpr int kOpcode = kStreamName + 1;
 
 }  // namespace
