@@ -298,7 +298,7 @@ public final class JmsConnector {
     private boolean send(Link.MessageMaker maker) {
         return attempt(() -> {
             Link link = keeper.await(tuning.receiveTimeoutMillis());
-            if (link == null) throw new ConnectorException("The message was not sent: no connection.");
+            if (link == null) throw new ConnectorException("The message was not sent: there is no connection.");
             try {
                 link.send(maker);
             } catch (ConnectorException e) {
