@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <stdexcept>
 
-#include "bench/fix/QuickFix.h"
+#include "peers/QuickFix.h"
 #include "fix/NewFixUtils.h"
 #include "tests/doubles/IdleAdapter.h"
 
