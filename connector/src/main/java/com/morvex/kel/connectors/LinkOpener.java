@@ -23,9 +23,8 @@ final class LinkOpener {
     /** What a connection is for. */
     enum Purpose { CONSUME, BROWSE, PRODUCE }
 
-    private static final List<Class<? extends IOException>> NOBODY_THERE =
-            List.of(ConnectException.class, NoRouteToHostException.class, UnknownHostException.class,
-                    SocketTimeoutException.class);
+    private static final List<Class<? extends IOException>> NOBODY_THERE = List.of(ConnectException.class,
+            NoRouteToHostException.class, UnknownHostException.class, SocketTimeoutException.class);
 
     private final ConnectionSettings settings;
     private final Purpose purpose;
@@ -50,16 +49,14 @@ final class LinkOpener {
      */
     Link open(Consumer<Connection> onConnection) {
         if (usesClientId() && settings.isQueue()) {
-            throw new ConnectorException(
-                    "A durable subscription needs a topic, but destinationType is QUEUE.");
+            throw new ConnectorException("A durable subscription needs a topic, but destinationType is QUEUE.");
         }
         JndiLookup.Found found = new JndiLookup(settings).lookUp();
         Connection connection = null;
         Link link = null;
         try {
-            connection = found.user() == null
-                    ? found.factory().createConnection()
-                    : found.factory().createConnection(found.user(), found.password());
+            connection = found.user() == null ? found.factory().createConnection()
+                                              : found.factory().createConnection(found.user(), found.password());
             onConnection.accept(connection);
             link = openOn(connection, found);
             return link;
