@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <functional>
@@ -13,10 +14,13 @@
 #include "host/commands/Run.h"
 #include "host/commands/Send.h"
 #include "host/configuration/Rules.h"
+#include "host/discovery/Report.h"
 #include "host/process/Console.h"
 #include "host/process/Failure.h"
 #include "host/process/Output.h"
 #include "host/process/Signals.h"
+#include "host/rows/RowForms.h"
+#include "host/values/Text.h"
 
 namespace {
 
@@ -27,6 +31,31 @@ CLI::Validator aboveZero() {
         return isAllowed ? std::string() : text + " is not a number above 0";
     };
     return {check, ""};
+}
+
+// The option that takes one of the forms, the first when absent; --output is its former name.
+template <typename Forms>
+void addForm(CLI::App& command, const char* of, Forms forms, std::string& chosen) {
+    std::string names;
+    for (const auto& form : forms) {
+        if (chosen.empty()) chosen = form.name;
+        host::addToList(names, form.name);
+    }
+    const auto check = [forms, names](const std::string& text) {
+        const bool isKnown = std::any_of(std::begin(forms), std::end(forms),
+                                         [&text](const auto& form) { return text == form.name; });
+        return isKnown ? std::string() : host::inQuotes(text) + " is no form; the forms are " + names;
+    };
+    std::string help = std::string("form of the ") + of + ':';
+    const char* separator = " ";
+    for (const auto& form : forms) {
+        help.append(separator).append(form.name).append(" (").append(form.help).append(")");
+        separator = ", ";
+    }
+    command.add_option("--format,--output", chosen, help)
+        ->type_name("FORM")
+        ->check(CLI::Validator(check, ""))
+        ->capture_default_str();
 }
 
 void addConfiguration(CLI::App& command, host::SessionOptions& options) {
@@ -52,10 +81,7 @@ void addRun(CLI::App& run, host::RunOptions& options) {
     run.add_option("--idle", options.idle, "end after so many seconds with nothing waiting")
         ->type_name("SECONDS")
         ->check(aboveZero());
-    run.add_option("--output", options.output, "form of the rows")
-        ->type_name("FORM")
-        ->check(CLI::IsMember({"jsonl", "csv", "table"}))
-        ->capture_default_str();
+    addForm(run, "rows", host::rowForms(), options.format);
     run.add_option("--out", options.out, "append the rows to this file instead of standard output")
         ->type_name("FILE");
 }
@@ -88,10 +114,7 @@ void addDiscover(CLI::App& discover, host::DiscoverOptions& options) {
     constexpr int kMostSamples = 10;  // the adapter collects no more
     addConfiguration(discover, options.session);
     addLogLevel(discover, options.session);
-    discover.add_option("--output", options.output, "form of the proposal")
-        ->type_name("FORM")
-        ->check(CLI::IsMember({"table", "json", "toml"}))
-        ->capture_default_str();
+    addForm(discover, "proposal", host::discoveryForms(), options.format);
     discover.add_option("--samples", options.samples, "show at most N samples")
         ->type_name("0..10")
         ->check(CLI::Range(0, kMostSamples).description(""))

@@ -121,7 +121,7 @@ std::vector<std::string> remarks(const Discovery& found, const Settings& setting
 // with blank texts that a second look can find again.
 bool needsSecondLook(const Session& session, const Discovery& found, const DiscoverOptions& options) {
     const std::string format = parameter(session, "dataFormat");
-    if (format == "XML" && options.output != "table") return true;
+    if (format == "XML" && options.format != "table") return true;
     const bool holdsAbsent = format == "XML" || format == "FIX";
     return holdsAbsent && parameter(session, "destinationType") == "QUEUE" && holdsBlanks(found);
 }
@@ -176,9 +176,7 @@ int runDiscovery(const DiscoverOptions& options) {
     }
     const Findings findings{found, proposal, explanations, static_cast<size_t>(options.samples),
                             options.explain ? remarks(found, asConfigured) : std::vector<std::string>()};
-    output.write(options.output == "json"   ? discoveryJson(findings)
-                 : options.output == "toml" ? discoveryToml(findings)
-                                            : discoveryTable(findings));
+    output.write(writeReport(options.format, findings));
     return kDone;
 }
 

@@ -14,7 +14,7 @@ struct RunOptions {
     std::string feed;              // "": nothing is fed
     std::int64_t rows = 0;         // end after so many good rows; 0: no such end
     double idle = 0;               // end after so many seconds with nothing waiting; 0: no such end
-    std::string output = "jsonl";  // jsonl, csv, table
+    std::string format;            // the name of one of rowForms
     std::string out;               // "": standard output
 };
 

@@ -5,7 +5,8 @@
 #include <charconv>
 #include <cmath>
 
-#include "host/rows/RowFormat.h"
+#include "host/rows/RowForms.h"
+#include "host/rows/TextSink.h"
 #include "host/values/ModifiedUtf8.h"
 
 namespace host {
@@ -74,6 +75,12 @@ private:
 
 }  // namespace
 
+const RowShape kJsonShape = {"jsonl", {R"({"stream":)"}};
+
 std::unique_ptr<RowFormat> makeJsonLines(const RowType& type) { return std::make_unique<JsonLines>(type); }
+
+std::unique_ptr<RowSink> makeJsonSink(const RowType& type, const std::string& file) {
+    return std::make_unique<TextSink>(file, kJsonShape, [&type](bool) { return makeJsonLines(type); });
+}
 
 }  // namespace host

@@ -127,7 +127,7 @@ bool ConnectionRow::fromServerRow(const ServerRow& row) {
     op = row.op;
     for (size_t i = 0; i < row.values.size(); ++i) {
         const std::string text = writeValue(row.values[i]);
-        const char* value = std::holds_alternative<std::monostate>(row.values[i]) ? nullptr : text.c_str();
+        const char* value = isNull(row.values[i]) ? nullptr : text.c_str();
         byNames_ ? set(row.type->columns[i].name.c_str(), value) : set(static_cast<int>(i), value);
     }
     return true;

@@ -11,7 +11,7 @@ constexpr char kLines[] = "Trades,i,IBM,1,2.5\nTrades,p,NOVA,,\n";
 constexpr char kCsv[] = "op,seq,Symbol,Shares,Price\ni,0,IBM,1,2.5\np,1,NOVA,,\ni,2,IBM,1,2.5\np,3,NOVA,,\n";
 constexpr char kTable[] =
     "op  seq       Symbol    Shares    Price\n--  --------  --------  --------  --------\n"
-    "u          0  two?lines         3         4\n";
+    "u          0  two\\nlines         3         4\n";
 // The answers of discovery as they stand, whatever its TOML makes of them.
 constexpr char kSamples[] = "column_0  column_1\ndate      string\n--------  --------\n1         a\xC3\xA4\n-20       b\n";
 constexpr char kJson[] =
@@ -33,7 +33,7 @@ TEST(CommandLine, EachOptionAndExitCode) {
     // Configuration, arguments, exit code, all of standard output, a text within standard error.
     const std::tuple<const std::string*, Texts, int, const char*, const char*> rows[] = {
         {&config, {"send", "--repeat", "2", lines}, 0, "", "sent 4 messages"},
-        {&config, {"run", "--rows", "4", "--output", "csv"}, 0, kCsv, "good 4"},
+        {&config, {"run", "--rows", "4", "--format", "csv"}, 0, kCsv, "good 4"},
         {&config, {"send", "--whole", whole}, 0, "", "sent 1 message in"},
         {&config, {"run", "--rows", "1", "--output", "table"}, 0, kTable, "good 1"},
         {&config, {"send", "--repeat", "2", "-"}, 2, "", "--repeat needs a file"},
@@ -47,7 +47,7 @@ TEST(CommandLine, EachOptionAndExitCode) {
         {&config, {"run", "--sett", "connection.jndiURL=tcp://h?jms.password=secret"}, 2, "", "jms.password=***"},
         {&config, {"run", "--feed", "/no/feed"}, 1, "", "/no/feed"},
         {&config, {"run", "--rows", "0"}, 2, "", "--rows"},
-        {&config, {"run", "--output", "xml"}, 2, "", "--output"},
+        {&config, {"run", "--format", "xml"}, 2, "", "\"xml\" is no form; the forms are jsonl, csv, table"},
         {&config, {"run", "--set", "connection.jndiURL=tcp://127.0.0.1:1"}, 1, "", "is not reachable"},
         {&config, {"run", "--set", "host.classPath=[\"/no/such.jar\"]"}, 78, "", "/no/such.jar"},
         {&config, {"run", "--set", "host.classPath=[\"geronimo-jms_1.1_spec.jar\"]"}, 1, "", "jndiContextFactory"},
@@ -55,7 +55,7 @@ TEST(CommandLine, EachOptionAndExitCode) {
         {&config, {"run", "--set", "connection.dataFormat=CVS"}, 78, "", "CVS"},
         {&config, {"run", "--set", "host.jvmOptions=[\"-Xmx1\"]"}, 1, "", "Too small maximum heap"},
         {&forms, {"discover", "--samples", "2"}, 0, kSamples, "warnings about column_0."},
-        {&forms, {"discover", "--output", "json", "--samples", "1"}, 0, kJson, ""},
+        {&forms, {"discover", "--format", "json", "--samples", "1"}, 0, kJson, ""},
         {&forms, {"discover", "--set", "connection.destinationName=empty"}, 1, "", "No message of \"empty\""},
         {&forms, {"discover", "--set", "connection.jndiURL=vm://localhost"}, 78, "", "a broker of its own"},
         {&forms, {"discover", "--samples", "11"}, 2, "", "--samples"},

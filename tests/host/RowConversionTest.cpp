@@ -158,7 +158,7 @@ TEST(RowFormats, TableAlignsAndNeverSteersTheTerminal) {
     const auto format = host::makeTable(type);
     EXPECT_EQ(rendered(*format, type, {std::string("\xC3\xA4\x1B[2J\xC2\x9B\xE2\x80\xAE"), int64_t{-5}}),
               "op  seq       Name      N\n--  --------  --------  --------\n"
-              "u          7  \xC3\xA4?[2J??         -5\n");
+              "u          7  \xC3\xA4\\x1B[2J\\u009B\\u202E         -5\n");
     EXPECT_EQ(rendered(*format, type, {host::Value(), host::Value()}), "u          7  -         -\n");
 }
 
