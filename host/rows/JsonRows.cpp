@@ -49,6 +49,7 @@ private:
     }
 
     void write(std::monostate) { writer_.Null(); }
+    void write(bool value) { writer_.Bool(value); }
     void write(std::int64_t value) { writer_.Int64(value); }
     void write(const std::string& modified) {
         utf8_.clear();

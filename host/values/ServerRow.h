@@ -10,8 +10,8 @@ namespace host {
 
 class RowType;
 
-// Null; int16, integer and long; float; every other type as the data type library writes it.
-using Value = std::variant<std::monostate, std::int64_t, double, std::string>;
+// Null; boolean; int16, integer and long; float; every other type as the data type library writes it.
+using Value = std::variant<std::monostate, bool, std::int64_t, double, std::string>;
 
 inline bool isNull(const Value& value) { return std::holds_alternative<std::monostate>(value); }
 inline bool isNumber(const Value& value) {
