@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "host/toolkit/ErrorList.h"
+#include "host/toolkit/NewText.h"
 #include "host/toolkit/RowType.h"
 #include "toolkit/kel_adapter_util.h"
 
@@ -142,8 +143,6 @@ bool handOut(const ConnectionRow::Field* field, const char** value) {
     *value = field->null ? nullptr : field->text.c_str();
     return true;
 }
-
-const char* orEmpty(const char* text) { return text != nullptr ? text : ""; }
 
 // An empty format means the default one.
 void setFormat(std::string& format, const char* text, const char* byDefault) {
