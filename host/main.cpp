@@ -10,10 +10,10 @@
 #include <sstream>
 
 #include "host/commands/Broker.h"
+#include "host/commands/Check.h"
 #include "host/commands/Discover.h"
 #include "host/commands/Run.h"
 #include "host/commands/Send.h"
-#include "host/configuration/Rules.h"
 #include "host/discovery/Report.h"
 #include "host/process/Console.h"
 #include "host/process/Failure.h"
@@ -58,7 +58,8 @@ void addForm(CLI::App& command, const char* of, Forms forms, std::string& chosen
         ->capture_default_str();
 }
 
-void addConfiguration(CLI::App& command, host::SessionOptions& options) {
+template <typename Options>
+void addConfiguration(CLI::App& command, Options& options) {
     command.add_option("--config", options.config, "configuration file")->required()->type_name("FILE");
     command.add_option("--set", options.overrides, "use this value instead of the file's; may be repeated")
         ->type_name("section.name=value")
@@ -145,7 +146,7 @@ int execute(int argc, char** argv) {
     host::DiscoverOptions discoverOptions;
     host::SendOptions sendOptions;
     host::BrokerOptions brokerOptions;
-    host::SessionOptions checkOptions;
+    host::CheckOptions checkOptions;
     const auto add = [&app](const char* name, const char* help) { return app.add_subcommand(name, help); };
     const Command commands[] = {
         {add("run", "feed the stream from the destination and write its rows"),
@@ -156,7 +157,7 @@ int execute(int argc, char** argv) {
         {add("broker", "serve as an ActiveMQ broker on 127.0.0.1 and print its URL"),
          [&] { return host::runBroker(brokerOptions); }},
         {add("check", "name every problem of a configuration; connects nothing"),
-         [&] { return host::checkConfiguration(checkOptions.config, checkOptions.overrides); }},
+         [&] { return host::checkConfiguration(checkOptions); }},
     };
     addRun(*commands[0].parser, runOptions);
     addDiscover(*commands[1].parser, discoverOptions);

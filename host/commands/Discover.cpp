@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <memory>
 
-#include "host/configuration/Rules.h"
+#include "host/configuration/Gate.h"
 #include "host/connection/LoadedAdapter.h"
 #include "host/discovery/Explanation.h"
 #include "host/discovery/Proposal.h"
@@ -144,11 +144,11 @@ void hintAtWarnings(const Discovery& found, const Settings& settings) {
 
 int runDiscovery(const DiscoverOptions& options) {
     const Settings asConfigured =
-        soundSettings(options.session.config, options.session.overrides, StreamSection::kOptional, "here");
+        soundSettings(options.session.config, options.session.overrides, Purpose::kDiscover);
     std::string streamName;
     if (!appendModifiedUtf8(options.stream, streamName)) throw Failure("--stream is no UTF-8.", kUsage);
     Output output;
-    const Plugin plugin(pluginFor(asConfigured, ""));
+    const Plugin plugin(pluginFor(asConfigured));
     Session session(asConfigured, options.session.logLevel);
     acceptAnyElement(session);
 

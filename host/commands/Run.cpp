@@ -4,7 +4,7 @@
 #include <memory>
 #include <optional>
 
-#include "host/configuration/Rules.h"
+#include "host/configuration/Gate.h"
 #include "host/connection/ConnectionState.h"
 #include "host/connection/Feeder.h"
 #include "host/connection/LoadedAdapter.h"
@@ -104,7 +104,7 @@ private:
 }  // namespace
 
 int runRows(const RunOptions& options) {
-    Settings settings = soundSettings(options.session.config, options.session.overrides);
+    Settings settings = soundSettings(options.session.config, options.session.overrides, Purpose::kRun);
     std::optional<LineSource> feed;
     if (!options.feed.empty()) feed.emplace(options.feed);
     const std::unique_ptr<RowSink> sink =

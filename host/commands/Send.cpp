@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <atomic>
 
-#include "host/configuration/Rules.h"
+#include "host/configuration/Gate.h"
 #include "host/connection/Sender.h"
 #include "host/process/Console.h"
 #include "host/process/Failure.h"
@@ -68,9 +68,8 @@ void saySent(int64_t count, double seconds) {
 int sendMessages(const SendOptions& options) {
     if (options.file == kStandardInput && options.repeat > 1)
         throw Failure("Standard input can be read only once; --repeat needs a file.", kUsage);
-    // What is sent stands in the file, down to the stream's name, so there may be no stream yet.
-    Settings settings = soundSettings(options.session.config, options.session.overrides,
-                                      StreamSection::kOptional, "run --feed FILE there, or");
+    Settings settings =
+        soundSettings(options.session.config, options.session.overrides, Purpose::kSend);
     LineSource source(options.file);
     Session session(std::move(settings), options.session.logLevel);
     Sender sender(session.context, session.rowType, session.settings.connection);

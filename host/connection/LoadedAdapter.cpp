@@ -1,14 +1,8 @@
 #include "host/connection/LoadedAdapter.h"
 
 #include "host/process/Failure.h"
-#include "host/process/Installation.h"
 
 namespace host {
-
-std::string pluginFor(const Settings& settings, const std::string& asked) {
-    if (!asked.empty()) return asked;
-    return !settings.plugin.empty() ? settings.plugin : pluginFile().string();
-}
 
 LoadedAdapter::LoadedAdapter(const Plugin& plugin, Session& session)
     : plugin_(plugin), session_(session), handle_(plugin.createAdapter()) {
