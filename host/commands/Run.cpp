@@ -14,6 +14,7 @@
 #include "host/process/Signals.h"
 #include "host/rows/RowForms.h"
 #include "host/rows/RunReport.h"
+#include "host/rows/SilentBadMessages.h"
 #include "host/values/ModifiedUtf8.h"
 
 namespace host {
@@ -34,7 +35,7 @@ public:
         const Clock::time_point start = Clock::now();
         lastMessage_ = idleSince_ = start;
         {
-            StatusLine status(start);
+            StatusLine status(start, [] { return connectionState() == ConnectionState::kOpen; });
             while (!adapter_.isStopped() && !isAtEnd()) {
                 const Clock::time_point now = step();
                 status.update(totals_, now);

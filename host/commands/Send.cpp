@@ -5,12 +5,12 @@
 
 #include "host/configuration/Gate.h"
 #include "host/connection/Sender.h"
+#include "host/process/Clock.h"
 #include "host/process/Console.h"
 #include "host/process/Failure.h"
 #include "host/process/Jvm.h"
 #include "host/process/LineSource.h"
 #include "host/process/Signals.h"
-#include "host/rows/RunReport.h"
 
 namespace host {
 
@@ -68,8 +68,7 @@ void saySent(int64_t count, double seconds) {
 int sendMessages(const SendOptions& options) {
     if (options.file == kStandardInput && options.repeat > 1)
         throw Failure("Standard input can be read only once; --repeat needs a file.", kUsage);
-    Settings settings =
-        soundSettings(options.session.config, options.session.overrides, Purpose::kSend);
+    Settings settings = soundSettings(options.session.config, options.session.overrides, Purpose::kSend);
     LineSource source(options.file);
     Session session(std::move(settings), options.session.logLevel);
     Sender sender(session.context, session.rowType, session.settings.connection);

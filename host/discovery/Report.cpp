@@ -48,8 +48,8 @@ private:
     std::vector<TextTable::Cell> cells(const std::vector<std::string>& row, bool isHeading) const {
         std::vector<TextTable::Cell> cells;
         for (size_t i = 0; i < row.size(); ++i)
-            cells.push_back({toUtf8(row[i]), isNumber(i) && !isHeading ? TextTable::Side::kRight
-                                                                       : TextTable::Side::kLeft});
+            cells.push_back({toUtf8(row[i]),
+                             isNumber(i) && !isHeading ? TextTable::Side::kRight : TextTable::Side::kLeft});
         return cells;
     }
 

@@ -13,9 +13,9 @@ namespace host {
 class Output {
 public:
     // "" is standard output, which from then on is this object's alone: whatever else this process prints
-    // there, such as the JVM, comes out on standard error. `rows`: how they look; null for other results. A file
-    // is appended to, because a run that takes up a durable subscription continues it; a row at its end that
-    // was not written whole is cut off. Waits for a pipe's reader. Throws Failure.
+    // there, such as the JVM, comes out on standard error. `rows`: how they look; null for other results. A
+    // file is appended to, because a run that takes up a durable subscription continues it; a row at its end
+    // that was not written whole is cut off. Waits for a pipe's reader. Throws Failure.
     explicit Output(const std::string& file = "", const RowShape* rows = nullptr);
     ~Output();
     Output(const Output&) = delete;

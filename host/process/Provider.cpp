@@ -70,7 +70,8 @@ bool isContextFactory(std::string_view javaClass) { return javaClass.starts_with
 
 bool isInJvmBroker(std::string_view url) {
     constexpr std::string_view kScheme = "vm:";
-    constexpr std::string_view kBeforeUrl = "(,: ";  // as in failover:(tcp://a,vm://b); a host may be named vm
+    constexpr std::string_view kBeforeUrl =
+        "(,: ";  // as in failover:(tcp://a,vm://b); a host may be named vm
     for (size_t at = url.find(kScheme); at != std::string_view::npos; at = url.find(kScheme, at + 1)) {
         if (at == 0 || kBeforeUrl.find(url[at - 1]) != std::string_view::npos) return true;
     }

@@ -129,7 +129,9 @@ void* getConnectionRowType(void* /*callback*/, const char* /*streamName*/) { ret
 void* createGDSupport(void* /*callback*/) { return new GuaranteedDelivery; }
 void deleteGDSupport(void* support) { delete static_cast<GuaranteedDelivery*>(support); }
 bool enableGDMode(void* /*support*/) { return false; }
-void setGDKeyColumnName(void* support, const char* name) { deliveryOf(support).keyColumn = host::orEmpty(name); }
+void setGDKeyColumnName(void* support, const char* name) {
+    deliveryOf(support).keyColumn = host::orEmpty(name);
+}
 void setOpcodeColumnName(void* support, const char* name) {
     deliveryOf(support).opcodeColumn = host::orEmpty(name);
 }

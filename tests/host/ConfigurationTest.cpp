@@ -159,9 +159,12 @@ TEST(Files, EveryMissingOneIsNamed) {
               "The Java class path lacks /a/kel-connectors.jar, /a/activemq-client.jar (Debian package libactivemq-java), absent.jar.");
     const std::string longName(300, 'x');
     settings.addClassPath = {"/" + longName, longName};
-    EXPECT_TRUE(failureOf([&] { host::classPath(settings.classPath, settings.addClassPath); }).ends_with(", absent.jar, /" + longName + ", " + longName + "."));
+    EXPECT_TRUE(failureOf([&] {
+                    host::classPath(settings.classPath, settings.addClassPath);
+                }).ends_with(", absent.jar, /" + longName + ", " + longName + "."));
     settings.classPath = {"/"};
-    EXPECT_THROW(host::classPath(settings.classPath, settings.addClassPath), host::Failure) << "the connector is added, and is not beside this test";
+    EXPECT_THROW(host::classPath(settings.classPath, settings.addClassPath), host::Failure)
+        << "the connector is added, and is not beside this test";
     const std::string text = failureOf([] { const host::Plugin plugin(KEL_NO_PLUGIN); });
     EXPECT_TRUE(text.starts_with("The plug-in " KEL_NO_PLUGIN " lacks the entry points createAdapter, ")) << text;
     EXPECT_TRUE(text.ends_with(", getSampleRow.")) << text;
