@@ -19,7 +19,7 @@ int checkConfiguration(const CheckOptions& options) {
         }
     }
     std::vector<std::string> lines = result.problems;
-    if (lines.empty()) lines.push_back(options.config + ": no problems");
+    if (lines.empty()) lines.push_back(options.config + ": the configuration has no problems.");
     lines.insert(lines.end(), result.notes.begin(), result.notes.end());
     std::string text;
     for (const std::string& line : lines) text += shown(line) + '\n';

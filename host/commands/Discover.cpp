@@ -48,7 +48,7 @@ std::vector<bool> takeKeys(const LoadedAdapter& adapter) {
     return keys;
 }
 
-[[noreturn]] void failAsStopped() { throw Failure("Stopped before the discovery was done."); }
+[[noreturn]] void failAsStopped() { throw Failure(kStoppedEarly); }
 
 // A configured stream's name is what discovery takes too; --stream only names the proposal.
 std::string elementAskedFor(const Session& session) {
@@ -67,7 +67,7 @@ std::string elementAskedFor(const Session& session) {
     throw Failure(
         "No message of " + inQuotes(parameter(session, "destinationName")) +
         " could be taken for a sample, so nothing is proposed: none waits there, or none is of the format " +
-        parameter(session, "dataFormat") + elementAskedFor(session) + ", or a reason stands above.");
+        parameter(session, "dataFormat") + elementAskedFor(session) + ", or the reason stands above.");
 }
 
 // The first of the entry points discovers, the others answer from what it found.

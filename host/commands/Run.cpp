@@ -84,7 +84,7 @@ private:
         const ConnectionState state = connectionState();
         if (state == ConnectionState::kGivenUp && !adapter_.isStopped())
             throw Failure(
-                "The run ends, because the connector has given up its connection, as it says above.");
+                "The connector has given up its connection, so the run ends; the reason stands above.");
         if (state != ConnectionState::kOpen) idleSince_ = now;
         idle_ = secondsBetween(idleSince_, now);
         silent_.add(0, now);

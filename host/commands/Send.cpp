@@ -80,10 +80,8 @@ int sendMessages(const SendOptions& options) {
         sender.stop();
     });
     if (!sender.reset())
-        throw Failure(
-            isStopped
-                ? kStoppedEarly
-                : "The destination takes no sender; the connector's warning or exception above says why.");
+        throw Failure(isStopped ? kStoppedEarly
+                                : "The destination takes no sender; the reason stands above.");
     Sending sending(sender, source, options, isStopped);
     const Clock::time_point start = Clock::now();
     try {

@@ -19,7 +19,7 @@ std::optional<Column> readColumn(const toml::table& table, Problems& problems) {
         const std::string nearest = nearestColumnKey(key.str());
         if (nearest != key.str())
             problems.add(value, "a column has no key " + std::string(key.str()) +
-                               "; the nearest known one is " + nearest + ".");
+                                    "; the nearest known one is " + nearest + ".");
     }
     const auto name = table["name"].value_exact<std::string>().value_or("");
     if (name.empty()) {
@@ -31,17 +31,17 @@ std::optional<Column> readColumn(const toml::table& table, Problems& problems) {
     const auto code = typeText != nullptr ? typeCode(typeText->get()) : std::nullopt;
     if (!code) {
         problems.add(type != nullptr ? *type : table,
-                "column " + inQuotes(name) + " has " +
-                    (type == nullptr       ? "no type"
-                     : typeText == nullptr ? "as its type " + describe(*type)
-                                           : "the unknown type " + inQuotes(typeText->get())) +
-                    "; the types are " + typeNames() + ".");
+                     "column " + inQuotes(name) + " has " +
+                         (type == nullptr       ? "no type"
+                          : typeText == nullptr ? "as its type " + describe(*type)
+                                                : "the unknown type " + inQuotes(typeText->get())) +
+                         "; the types are " + typeNames() + ".");
         return std::nullopt;
     }
     const toml::node* key = table.get("key");
     if (key != nullptr && !key->is_boolean())
         problems.add(*key, "key of column " + inQuotes(name) + " is " + describe(*key) +
-                          "; allowed are true and false without quotes.");
+                               "; allowed are true and false without quotes.");
     return Column{modifiedText(table, name, problems), *code, table["key"].value_or(false)};
 }
 
@@ -66,7 +66,7 @@ std::vector<Column> readColumns(const toml::node& value, Problems& problems) {
         if (const auto column = readColumn(*table, problems)) {
             if (!names.insert(column->name).second)
                 problems.add(element, "there are two columns " + inQuotes(toUtf8(column->name)) +
-                                     "; every name must be different.");
+                                          "; every name must be different.");
             columns.push_back(*column);
         } else {
             problems.markMalformed(kKey);

@@ -31,8 +31,7 @@ void applyOverride(const std::string& override, toml::table& document, Problems&
     const std::string section = override.substr(0, dot);
     const std::string name = override.substr(dot + 1, equals - dot - 1);
     const std::string text = override.substr(equals + 1);
-    if (document.get_as<toml::table>(section) == nullptr)
-        document.insert_or_assign(section, toml::table());
+    if (document.get_as<toml::table>(section) == nullptr) document.insert_or_assign(section, toml::table());
     toml::table& target = *document.get_as<toml::table>(section);
     const ConfigurationKey* key = findKey(section, name);
     const bool isText = key == nullptr || key->kind == ValueKind::kText || key->kind == ValueKind::kPath;

@@ -66,7 +66,7 @@ void Sender::send(const std::string& text) {
     if (isObjectArray_ ? sendObjectArray(text) : sendText(text)) return;
     JmsUtils& bridge = client_.bridge();
     bridge.exceptionOccurred(bridge.getJniEnv());
-    throw Failure("the message could not be sent; the connector's warning above says why.");
+    throw Failure("the message could not be sent; the reason stands above.");
 }
 
 bool Sender::sendText(const std::string& text) {

@@ -46,7 +46,7 @@ int openFile(const std::string& file) {
             errno = error;
             return descriptor;
         }
-        if (looks == kLooksBeforeWord) say("The pipe " + file + " has no reader; waiting for one.");
+        if (looks == kLooksBeforeWord) say("The pipe " + file + " has no reader; the command waits for one.");
         std::this_thread::sleep_for(kLookAgain);
     }
 }

@@ -114,8 +114,8 @@ void cutTornRow(int descriptor, const std::string& name, const RowShape& shape) 
     if (::ftruncate(descriptor, whole) != 0)
         throw Failure("The torn row at the end of " + name + " cannot be cut off: " +
                       std::generic_category().message(errno) + "; cut it off, or name another file.");
-    say("Cut off the last " + std::to_string(file.size() - whole) + " bytes of " + name +
-        ", a row that was not written whole; its message comes again.");
+    say("The last " + std::to_string(file.size() - whole) + " bytes of " + name +
+        " were a row that was not written whole and are cut off; its message comes again.");
 }
 
 }  // namespace host

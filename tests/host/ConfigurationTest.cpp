@@ -116,7 +116,7 @@ TEST_F(Configuration, IsSmallAndFlat) {
     read(std::string(1 << 20, '\n'));
     EXPECT_EQ(problems.size(), 2U) << "no name, no columns";
     read(std::string((1 << 20) + 1, '\n'));
-    EXPECT_EQ(problems, Texts{file + " is too long; a configuration may have 1048576 bytes."});
+    EXPECT_EQ(problems, Texts{file + " is longer than 1048576 bytes, the most that a configuration may have."});
 }
 
 TEST_F(Configuration, EveryColumnFaultNamesTheColumn) {
