@@ -2,15 +2,7 @@
 #include "adapter/Adapter.h"
 #include "datatypes/DataTypes.h"
 
-uint32_t Adapter::testValue(const char* value, const char* f1, const char* f2, const char* f3) {
-    DataTypes::DataValue ignored;
-    const char* error = nullptr;
-    for (const unsigned int type : {DataTypes::kInteger, DataTypes::kLong, DataTypes::kFloat}) {
-        if (DataTypes::convertFromString(type, value, ignored, error, nullptr, nullptr, nullptr, nullptr))
-            return type;
-    }
-    for (const unsigned int type : {DataTypes::kDate, DataTypes::kTimestamp, DataTypes::kTime}) {
-        if (DataTypes::convertFromString(type, value, ignored, error, f1, f2, nullptr, f3)) return type;
-    }
-    return DataTypes::kString;
+uint32_t Adapter::testValue(const char* value, const char* dateFormat, const char* timestampFormat,
+                            const char* timeFormat) {
+    return DataTypes::inferType(value, dateFormat, timestampFormat, timeFormat);
 }

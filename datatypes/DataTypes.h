@@ -10,6 +10,7 @@
 #include "datatypes/Settings.h"
 #include "datatypes/TimeUnits.h"
 #include "datatypes/TypeCodes.h"
+#include "datatypes/TypeInference.h"
 #include "datatypes/TypeWidening.h"
 #include "datatypes/ValueFormatting.h"
 #include "datatypes/ValueParsing.h"

@@ -15,8 +15,8 @@ constinit size_t g_decimalSize = 6;
 constinit double g_tolerance = 1e-06;
 constinit size_t g_dateSize = 8;
 constinit size_t g_timeSize = 8;
-constinit const char* g_date_format = "%Y-%m-%dT%H:%M:%S";
-constinit const char* g_time_format = "%H:%M:%S";
+constinit const char* g_date_format = kDefaultDateFormat;
+constinit const char* g_time_format = kDefaultTimeFormat;
 constinit bool g_date_format_allocated = false;
 
 void setLegacyMoneyPrecision(size_t places) {

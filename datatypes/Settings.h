@@ -8,14 +8,20 @@
 
 namespace DataTypes {
 
+inline constexpr char kDefaultDateFormat[] = "%Y-%m-%dT%H:%M:%S";  // of timestamps too
+inline constexpr char kDefaultTimeFormat[] = "%H:%M:%S";
+// Not of strptime: a count of seconds since 1970-01-01 UTC, whatever follows the digits. Nothing stands
+// beside it.
+inline constexpr char kSecondsFormat[] = "%s";
+
 extern size_t g_legacyMoneyPrecision;  // places of plain money; 4
 extern long g_legacyMoneyFactor;       // 10 to that power; 10000
 extern size_t g_decimalSize;           // digits after the point of a float written as text; 6
 extern double g_tolerance;             // floats of a smaller magnitude are written as zero; 1e-06
 extern size_t g_dateSize;              // bytes of a packed date when it is formatted, 4 or 8; 8
 extern size_t g_timeSize;              // the same of a packed time; 8
-extern const char* g_date_format;      // default date format; "%Y-%m-%dT%H:%M:%S"
-extern const char* g_time_format;      // default time format; "%H:%M:%S"
+extern const char* g_date_format;      // default date format; kDefaultDateFormat
+extern const char* g_time_format;      // default time format; kDefaultTimeFormat
 extern bool g_date_format_allocated;   // g_date_format is a heap copy that the library frees
 
 // Sets the places of plain money and their factor; 19 places or more are ignored.

@@ -6,6 +6,7 @@
 #include "datatypes/DateParsing.h"
 #include "datatypes/DateReading.h"
 #include "datatypes/NumberReading.h"
+#include "datatypes/Settings.h"
 #include "datatypes/TextReading.h"
 #include "datatypes/ValueParsing.h"
 
@@ -49,8 +50,7 @@ SplitText split(const char* text, const FractionKind& kind) {
     return parts;
 }
 
-// "%s" is no conversion of the parser: it takes seconds, whatever follows them.
-bool isSecondsFormat(const char* format) { return format[0] == '%' && format[1] == 's' && format[2] == '\0'; }
+bool isSecondsFormat(const char* format) { return std::strcmp(format, kSecondsFormat) == 0; }
 
 bool readSeconds(const char* text, int64_t& seconds) {
     const LongReading reading = internal::scanLong(text);

@@ -122,7 +122,6 @@ public:
     const int32_t checkSumMarkerLength;
 
 private:
-    class LinePattern;
     class WantedFields;
     struct Column;
 
@@ -138,7 +137,6 @@ private:
     bool appendColumns(void* row, fix::MessageWriter& writer);
     bool refuseColumn(const Column& unknown) const;
 
-    std::unique_ptr<LinePattern> linePattern_;
     Adapter* adapter_ = nullptr;
     std::string fixVersion_;
     std::map<std::string, std::string> nameByTag_;

@@ -5,10 +5,11 @@
 #include "adapter/Adapter.h"
 #include "jms/ConnectorMethods.h"
 #include "jms/JniReferences.h"
+#include "jms/MessageLayout.h"
 
 namespace {
 
-constexpr jsize kPrefixLength = 2;  // stream name, opcode
+constexpr jsize kPrefixLength = jms::kPrefixLength;
 constexpr char kDefaultCustomOp = 'p';
 
 // A string element of an array with its characters; both null for a null element.

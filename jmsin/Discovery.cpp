@@ -11,22 +11,12 @@
 #include "fix/NewFixUtils.h"
 #include "jms/JmsUtils.h"
 #include "jmsin/MessageKeys.h"
+#include "jmsin/Parameters.h"
 #include "util/StringUtils.h"
 
 namespace {
 
 using Rows = std::vector<std::vector<std::string>>;
-
-constexpr uint32_t kNotSeen = ~0U;  // no type code: a column without a value so far
-
-void widen(uint32_t& column, uint32_t value) {
-    if (column == kNotSeen) {
-        column = value;
-        return;
-    }
-    DataTypes::maximizeAnyType(value, column);
-    column = value;
-}
 
 // Tags by number; what is no number comes last, by its characters.
 struct TagOrder {
@@ -56,22 +46,6 @@ bool JmsInAdapter::discover(std::string /*name*/) {
     discovered = row_ != nullptr && discoverByFormat();  // no row: there was no successful reset
     jms_->disconnect();
     return discovered;
-}
-
-bool JmsInAdapter::discoverByFormat() {
-    switch (dataFormat_) {
-        case DataFormat::kCsv:
-            return discoverCsv();
-        case DataFormat::kXml:
-            return discoverXml();
-        case DataFormat::kFix:
-            return discoverFix();
-        case DataFormat::kObjectArray:
-            return discoverObjectArray();
-        case DataFormat::kCustom:
-            return discoverCustom();
-    }
-    return false;
 }
 
 bool JmsInAdapter::discoverCsv() {
@@ -127,14 +101,14 @@ void JmsInAdapter::addRowToDiscovery(std::vector<unsigned int>& types, Rows& row
         const char* value = nullptr;
         if (!getFieldAsStringWithIndex(row_, i, &value) || value == nullptr) value = "";
         row.emplace_back(value);
-        if (static_cast<size_t>(i) == types.size()) types.push_back(kNotSeen);
-        widen(types[static_cast<size_t>(i)], typeOf(value));
+        if (static_cast<size_t>(i) == types.size()) types.push_back(DataTypes::kNotInferred);
+        DataTypes::widenColumn(types[static_cast<size_t>(i)], typeOf(value));
     }
     rows.push_back(std::move(row));
 }
 
 uint32_t JmsInAdapter::typeOf(const char* value) {
-    return testValue(value, dateFormat_.c_str(), timestampFormat_.c_str(), nullptr);
+    return testValue(value, params_->dateFormat.c_str(), params_->timestampFormat.c_str(), nullptr);
 }
 
 void JmsInAdapter::makeNumberedColumns(std::vector<unsigned int>& types, Rows& rows) {
@@ -173,7 +147,7 @@ bool JmsInAdapter::discoverXml() {
             for (const std::string& name : names) {
                 if (std::find(columns.begin(), columns.end(), name) == columns.end()) columns.push_back(name);
             }
-            types.assign(columns.size(), kNotSeen);
+            types.assign(columns.size(), DataTypes::kNotInferred);
         }
         std::vector<std::string>& row = rows.emplace_back();
         for (size_t i = 0; i < columns.size(); ++i) {
@@ -181,7 +155,7 @@ bool JmsInAdapter::discoverXml() {
             const bool present =
                 getFieldAsStringWithKey(row_, columns[i].c_str(), &value) && value != nullptr;
             row.emplace_back(present ? value : "");
-            if (present) widen(types[i], typeOf(value));
+            if (present) DataTypes::widenColumn(types[i], typeOf(value));
         }
     }
     fieldNames.insert(fieldNames.end(), columns.begin(), columns.end());
@@ -207,7 +181,8 @@ bool JmsInAdapter::discoverFix() {
         }
         for (const auto& [tag, value] : fields) {
             if (!isFramingTag(*fix_, tag))
-                widen(types.try_emplace(tag, kNotSeen).first->second, typeOf(value.c_str()));
+                DataTypes::widenColumn(types.try_emplace(tag, DataTypes::kNotInferred).first->second,
+                                       typeOf(value.c_str()));
         }
         samples.push_back(std::move(fields));
     }

@@ -1,12 +1,14 @@
 // The adapter's life and its receive loop.
 #include "jmsin/JmsInAdapter.h"
 
+#include <iterator>
 #include <stdexcept>
 
 #include "adapter/Shared.h"
 #include "fix/NewFixUtils.h"
 #include "jms/JmsUtils.h"
 #include "jmsin/MessageKeys.h"
+#include "jmsin/Parameters.h"
 #include "util/KeptText.h"
 
 namespace {
@@ -14,12 +16,38 @@ namespace {
 constexpr int kTraceLevel = 7;
 constexpr int kStateRunning = 2;
 constexpr int kStateStopped = 4;
+constexpr bool kForInput = true;
 
 void count(int64_t& counter) { shared::store(counter, counter + 1); }
 
 }  // namespace
 
-JmsInAdapter::JmsInAdapter() : fix_(std::make_unique<NewFixUtils>()), jms_(std::make_unique<JmsUtils>()) {
+struct JmsInAdapter::Operations {
+    DataFormat format;
+    bool (JmsInAdapter::*prepare)();  // behind connecting; null: there is nothing to prepare
+    Received (JmsInAdapter::*receive)();
+    bool (JmsInAdapter::*discover)();
+};
+
+// One row a data format.
+const JmsInAdapter::Operations& JmsInAdapter::operations() const {
+    using Self = JmsInAdapter;
+    static constexpr Operations kOperations[] = {
+        {DataFormat::kCsv, nullptr, &Self::receiveCsv, &Self::discoverCsv},
+        {DataFormat::kXml, nullptr, &Self::receiveXml, &Self::discoverXml},
+        {DataFormat::kFix, &Self::prepareFix, &Self::receiveFix, &Self::discoverFix},
+        {DataFormat::kObjectArray, nullptr, &Self::receiveObjectArray, &Self::discoverObjectArray},
+        {DataFormat::kCustom, &Self::prepareCustom, &Self::receiveCustom, &Self::discoverCustom},
+    };
+    static_assert(jmsin::rowNumbersAreFormats(kOperations), "the row number is the format");
+    static_assert(std::size(kOperations) == std::size(jmsin::kDataFormats), "every format has a row");
+    return kOperations[static_cast<size_t>(params_->dataFormat)];
+}
+
+JmsInAdapter::JmsInAdapter()
+    : params_(std::make_unique<jmsin::Parameters>()),
+      fix_(std::make_unique<NewFixUtils>()),
+      jms_(std::make_unique<JmsUtils>()) {
     connectionErrors = createConnectionErrors();
 }
 
@@ -45,30 +73,38 @@ bool JmsInAdapter::reset() {
     resetCommon();
     if (!getParams()) return false;
 
-    constexpr bool kForInput = true;
     jms_->reset(this);
-    if (!jms_->init(connectionFactory_, destinationType_, destinationName_, durable_, kForInput,
-                    !discoveryMode, columnMap_, jndiContextFactory_, jndiURL_, clientID_,
-                    subscriptionName_)) {
+    if (!jms_->init(params_->connectionFactory, params_->destinationType, params_->destinationName,
+                    params_->durable, kForInput, !discoveryMode, columnMap_, params_->jndiContextFactory,
+                    params_->jndiURL, params_->clientID, params_->subscriptionName)) {
         return false;
     }
-    if (dataFormat_ == DataFormat::kFix) {
-        fix_->reset(this);
-        fix_->makeDictionary(fixVersion_);  // what it lacks stands in the errors; then every message is bad
-    }
-    if (dataFormat_ == DataFormat::kCustom &&
-        !jms_->initConverter(converterClassName_, converterParam_, kForInput)) {
-        return false;
-    }
+    if (operations().prepare != nullptr && !(this->*operations().prepare)()) return false;
 
     if (row_ != nullptr) deleteConnectionRow(row_);
-    row_ = createConnectionRow(dataFormat_ == DataFormat::kXml ? "RowByNames" : "RowByOrder");
-    setTimeFormat(row_, timeFormat_.c_str());
-    setDateFormat(row_, dateFormat_.c_str());
-    setTimestampFormat(row_, timestampFormat_.c_str());
+    row_ = createConnectionRow(jmsin::infoOf(params_->dataFormat).isByNames ? "RowByNames" : "RowByOrder");
+    setTimeFormat(row_, params_->timeFormat.c_str());
+    setDateFormat(row_, params_->dateFormat.c_str());
+    setTimestampFormat(row_, params_->timestampFormat.c_str());
     setStreamType(row_, connectionRowType, false);
     setState(kStateRunning);
     return true;
+}
+
+bool JmsInAdapter::getParams() {
+    trace(keys::kGetParam);
+    return params_->read(*this);
+}
+
+bool JmsInAdapter::prepareFix() {
+    fix_->reset(this);
+    fix_->makeDictionary(
+        params_->fixVersion);  // what it lacks stands in the errors; then every message is bad
+    return true;
+}
+
+bool JmsInAdapter::prepareCustom() {
+    return jms_->initConverter(params_->converterClassName, params_->converterParam, kForInput);
 }
 
 void* JmsInAdapter::getNext() {
@@ -79,27 +115,12 @@ void* JmsInAdapter::getNext() {
     }
     if (row_ == nullptr) return nullptr;  // never connected: no message, no count
     clearData(row_);
-    const Received received = receive();
+    const Received received = (this->*operations().receive)();
     if (received == Received::kNothing) return nullptr;
     void* serverRow = received == Received::kRow ? toRow(row_, totalRows, connectionErrors) : nullptr;
     count(serverRow != nullptr ? goodRows : badRows);
     count(totalRows);
     return serverRow;
-}
-
-JmsInAdapter::Received JmsInAdapter::receive() {
-    switch (dataFormat_) {
-        case DataFormat::kCsv:
-        case DataFormat::kXml:
-            return receiveText();
-        case DataFormat::kFix:
-            return receiveFix();
-        case DataFormat::kObjectArray:
-            return receiveObjectArray();
-        case DataFormat::kCustom:
-            return receiveCustom();
-    }
-    return Received::kBad;
 }
 
 bool JmsInAdapter::takeText() {
@@ -108,12 +129,16 @@ bool JmsInAdapter::takeText() {
     return jms_->receiveTextMessage(text_);
 }
 
-JmsInAdapter::Received JmsInAdapter::receiveText() {
+JmsInAdapter::Received JmsInAdapter::receiveCsv() {
     if (!takeText()) return Received::kBad;
     if (text_.empty()) return Received::kNothing;
-    const bool parsed =
-        dataFormat_ == DataFormat::kXml ? parseXmlMessage(text_, nullptr) : parseCsvMessage(text_, false);
-    return parsed ? Received::kRow : Received::kBad;
+    return parseCsvMessage(text_, false) ? Received::kRow : Received::kBad;
+}
+
+JmsInAdapter::Received JmsInAdapter::receiveXml() {
+    if (!takeText()) return Received::kBad;
+    if (text_.empty()) return Received::kNothing;
+    return parseXmlMessage(text_, nullptr) ? Received::kRow : Received::kBad;
 }
 
 // Messages of another type are counted and passed over.
@@ -122,7 +147,7 @@ JmsInAdapter::Received JmsInAdapter::receiveFix() {
         if (!takeText()) return Received::kBad;
         if (text_.empty()) return Received::kNothing;
         try {
-            switch (fix_->messageToRow(text_, fixMessageType_, row_)) {
+            switch (fix_->messageToRow(text_, params_->fixMessageType, row_)) {
                 case NewFixUtils::Outcome::kRow:
                     return Received::kRow;
                 case NewFixUtils::Outcome::kBad:
@@ -138,7 +163,7 @@ JmsInAdapter::Received JmsInAdapter::receiveFix() {
 }
 
 JmsInAdapter::Received JmsInAdapter::receiveObjectArray() {
-    if (!jms_->receiveObjectArrayMessage(callGetStreamName(), row_, expectStreamNameOpcode_))
+    if (!jms_->receiveObjectArrayMessage(callGetStreamName(), row_, params_->expectStreamNameOpcode))
         return Received::kBad;
     return size(row_) == 0 ? Received::kNothing : Received::kRow;
 }
@@ -149,6 +174,8 @@ JmsInAdapter::Received JmsInAdapter::receiveCustom() {
     trace(keys::kRowBufSize);
     return Received::kNothing;
 }
+
+bool JmsInAdapter::discoverByFormat() { return (this->*operations().discover)(); }
 
 void JmsInAdapter::putNext(void* /*row*/) { trace(keys::kPutNext); }
 
@@ -161,13 +188,13 @@ void JmsInAdapter::stop() {
 
 int64_t JmsInAdapter::commitTransaction() {
     trace(keys::kCommit);
-    if (!durable_) return 0;
-    if (totalRows % batchSize_ != 0) return totalRows / batchSize_;
+    if (!params_->durable) return 0;
+    if (totalRows % params_->batchSize != 0) return totalRows / params_->batchSize;
     trace(keys::kCommitDurable);
     return jms_->commitTransaction() ? 1 : 0;
 }
 
 bool JmsInAdapter::canDiscover() {
     trace(keys::kCanDiscover);
-    return dataFormat_ != DataFormat::kFix && dataFormat_ != DataFormat::kCustom;
+    return jmsin::infoOf(params_->dataFormat).canDiscover;
 }

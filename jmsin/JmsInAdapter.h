@@ -16,7 +16,9 @@
 class JmsUtils;
 class NewFixUtils;
 
-enum class DataFormat { kCsv = 0, kXml = 1, kFix = 2, kObjectArray = 3, kCustom = 4 };
+namespace jmsin {
+struct Parameters;
+}
 
 class JmsInAdapter : public Adapter {
 public:
@@ -66,9 +68,13 @@ public:
 
 private:
     enum class Received { kRow, kNothing, kBad };
-    Received receive();
+    struct Operations;  // what is done for one data format
+    const Operations& operations() const;
+    bool prepareFix();
+    bool prepareCustom();
+    Received receiveCsv();
+    Received receiveXml();
     bool takeText();  // the next message's, or "", into text_
-    Received receiveText();
     Received receiveFix();
     Received receiveObjectArray();
     Received receiveCustom();
@@ -81,44 +87,11 @@ private:
     bool placeToken(const std::string& token, int field, const std::string& text);
     bool matchesStream(std::string_view name);
 
-    bool readDataFormat();
-    bool readFormatParams();
-    bool readJndi();
-    bool readSubscription();
-    void readMessageLayout();
-    bool readFlag(const char* name);
-
     void trace(const char* key);   // logs the key's text at level 7
     bool refuse(const char* key);  // appends it to the errors; false
     bool refuse(const char* key, const std::string& parameter);
 
-    // ---- configuration, as the connection parameters give it
-    std::string dataFormatName_;
-    DataFormat dataFormat_ = DataFormat::kCsv;
-    std::string delimiter_;
-    std::string fixMessageType_;
-    std::string fixVersion_;
-    std::string converterClassName_;
-    std::string converterParam_;
-    std::string connectionFactory_;
-    std::string jndiContextFactory_;
-    std::string jndiURL_;
-    std::string destinationType_;
-    std::string destinationName_;
-    std::string subscriptionMode_;
-    bool durable_ = false;
-    std::string clientID_;
-    std::string subscriptionName_;
-    int64_t batchSize_ = 1;  // messages a commit
-    bool expectStreamNameOpcode_ = true;
-    bool matchStreamName_ = true;
-    // Seconds since the epoch, which is what object arrays and custom messages carry; other formats have
-    // parameters.
-    static constexpr char kSecondsFormat[] = "%s";
-    std::string timeFormat_ = kSecondsFormat;
-    std::string dateFormat_ = kSecondsFormat;
-    std::string timestampFormat_ = kSecondsFormat;
-
+    std::unique_ptr<jmsin::Parameters> params_;
     std::unique_ptr<NewFixUtils> fix_;
     std::unique_ptr<JmsUtils> jms_;
     void* row_ = nullptr;  // the connection row, cleared and filled for every message

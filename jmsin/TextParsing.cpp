@@ -1,14 +1,16 @@
 // CSV and XML messages into the connection row.
+#include "jms/MessageLayout.h"
 #include "jmsin/JmsInAdapter.h"
 #include "jmsin/MessageKeys.h"
+#include "jmsin/Parameters.h"
 #include "jmsin/XmlScanner.h"
 #include "toolkit/kel_intl.h"
 
 namespace {
 
 // Where a CSV token goes when it is no field.
-constexpr int kStreamName = -2;
-constexpr int kOpcode = -1;
+constexpr int kStreamName = -jms::kPrefixLength;
+constexpr int kOpcode = kStreamName + 1;
 
 }  // namespace
 
@@ -16,15 +18,16 @@ bool JmsInAdapter::matchesStream(std::string_view name) { return name == callGet
 
 bool JmsInAdapter::parseCsvMessage(std::string& text, bool allFields) {
     trace(keys::kParseCsv);
-    int field = allFields || !expectStreamNameOpcode_ ? 0 : kStreamName;
+    int field = allFields || !params_->expectStreamNameOpcode ? 0 : kStreamName;
     for (size_t begin = 0;;) {
-        const size_t found = delimiter_.empty() ? std::string::npos : text.find(delimiter_, begin);
+        const size_t found =
+            params_->delimiter.empty() ? std::string::npos : text.find(params_->delimiter, begin);
         const bool isLast = found == std::string::npos;
         token_.assign(text, begin, isLast ? found : found - begin);
         if (!placeToken(token_, field, text)) return false;
         ++field;
         if (isLast) break;
-        begin = found + delimiter_.size();
+        begin = found + params_->delimiter.size();
         if (begin == text.size()) {
             // A delimiter at the very end: one more, null field. Behind the stream name alone that is field
             // -1, which the toolkit refuses without harm.
@@ -51,7 +54,7 @@ bool JmsInAdapter::parseXmlMessage(std::string& text, std::vector<std::string>* 
     trace(keys::kParseXml);
     const auto element = xml::findElement(text);
     if (!element) return refuse(keys::kParseXmlFailed);
-    if (matchStreamName_ && !matchesStream(xml::nameOf(text, *element))) return false;
+    if (params_->matchStreamName && !matchesStream(xml::nameOf(text, *element))) return false;
 
     const auto setField = [&](std::string_view name, std::string_view value) {
         setFieldAsStringWithKey(row_, std::string(name).c_str(), std::string(value).c_str());

@@ -33,7 +33,7 @@ public final class JmsConnector {
      * Remembers what to connect to; connects nothing.
      *
      * @param destinationType "QUEUE" for a queue, anything else for a topic
-     * @param columnTypes type code of each column; null, like the names, for discovery
+     * @param columnTypes kind of each column's type, which nothing here needs; null, like the names, for discovery
      * @param mappedNames name of a column in messages where it differs from the column's own, else null
      * @param clientId used for a durable subscription only, as is the subscription's name
      * @throws ConnectorException when a limit that is set as a system property is no positive integer
@@ -298,7 +298,7 @@ public final class JmsConnector {
     private boolean send(Link.MessageMaker maker) {
         return attempt(() -> {
             Link link = keeper.await(tuning.receiveTimeoutMillis());
-            if (link == null) throw new ConnectorException("The message was not sent: no connection.");
+            if (link == null) throw new ConnectorException("The message was not sent: there is no connection.");
             try {
                 link.send(maker);
             } catch (ConnectorException e) {

@@ -122,7 +122,7 @@ final class JndiLookup {
 
     private static void requireText(String parameter, String value) {
         if (value == null || value.isEmpty()) {
-            throw new ConnectorException("The parameter " + parameter + " is empty.");
+            throw new ConnectorException("The parameter " + parameter + " is empty, but must be set.");
         }
     }
 

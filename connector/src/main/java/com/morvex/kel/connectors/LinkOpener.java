@@ -51,7 +51,7 @@ final class LinkOpener {
     Link open(Consumer<Connection> onConnection) {
         if (usesClientId() && settings.isQueue()) {
             throw new ConnectorException(
-                    "A durable subscription needs a topic, but destinationType is QUEUE.");
+                    "A durable subscription needs a topic, but the parameter destinationType is QUEUE.");
         }
         JndiLookup.Found found = new JndiLookup(settings).lookUp();
         Connection connection = null;

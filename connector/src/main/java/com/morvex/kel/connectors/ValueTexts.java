@@ -29,8 +29,8 @@ final class ValueTexts {
 
     void add(Object value) {
         if (count >= tuning.maxElements()) {
-            throw new ConnectorException("it has more than " + tuning.maxElements()
-                    + " elements (system property kel.jms.maxElements)");
+            throw new ConnectorException("it has more than " + tuning.maxElements() + " elements, but at most "
+                    + tuning.maxElements() + " are allowed (system property kel.jms.maxElements)");
         }
         String text = valueText(value, count);
         if (count == texts.length) texts = Arrays.copyOf(texts, 2 * count);
@@ -73,7 +73,7 @@ final class ValueTexts {
     private static void checkDigits(long digits, int index) {
         if (digits <= MOST_DIGITS) return;
         throw new ConnectorException("its element " + index + " is a number of more than " + MOST_DIGITS
-                + " digits");
+                + " digits, but at most " + MOST_DIGITS + " are allowed");
     }
 
     /** Near enough, and without writing it out. */
