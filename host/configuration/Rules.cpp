@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
-#include <fstream>
 #include <initializer_list>
+#include <map>
 #include <set>
 
+#include "fix/DictionaryFile.h"
 #include "host/configuration/ConnectorLimits.h"
 #include "host/process/Installation.h"
 #include "host/process/Provider.h"
@@ -110,13 +111,15 @@ private:
     void fix() {
         needed("fixMessageType", "the type of the messages wanted, such as \"D\": all others are skipped");
         const std::string dictionary = dictionaryFile(text("fixVersion")).string();
-        std::ifstream in(dictionary);
-        if (!in) {
+        const auto entries = ::fix::readDictionary(dictionary);
+        if (!entries) {
             problem("fixVersion", "its dictionary " + dictionary + " cannot be read");
             return;
         }
+        std::map<std::string, std::string> fieldsByTag;
+        for (const auto& [tag, field] : *entries) fieldsByTag[tag] = field;
         std::set<std::string> fields;
-        for (std::string line; std::getline(in, line);) fields.insert(line.substr(line.find('=') + 1));
+        for (const auto& [tag, field] : fieldsByTag) fields.insert(field);
         for (const Column& column : settings_.columns) {
             const std::string name = toUtf8(column.name);
             if (!fields.contains(name))
