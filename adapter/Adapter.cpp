@@ -24,7 +24,7 @@ Adapter::Adapter() { pthread_mutex_init(&lock, nullptr); }
 
 Adapter::~Adapter() = default;
 
-void Adapter::putNextBlock(void** rows, int count, bool /*flag*/) {
+void Adapter::putNextBlock(void** rows, int count, bool /*option*/) {
     for (int i = 0; i < count; ++i) putNext(rows[i]);
 }
 
@@ -68,7 +68,7 @@ bool Adapter::discover(const char* /*schema*/, std::string /*table*/) {
 
 bool Adapter::createTable(const char* /*schema*/, const char* /*table*/, unsigned long /*count*/,
                           const char** /*names*/, const char** /*types*/, const bool* /*keys*/,
-                          bool /*flag1*/, bool /*flag2*/) {
+                          bool /*firstOption*/, bool /*secondOption*/) {
     addGeneral(connectionErrors, kCreateTableUnsupported);
     return false;
 }

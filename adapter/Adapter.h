@@ -2,9 +2,12 @@
 // discovery results, guaranteed-delivery settings, and a forwarding layer over the server's toolkit, so that
 // adapters never call the toolkit directly.
 //
-// Threads: nothing here takes a lock. Everything runs on the thread that the server calls on; only
-// stopRequested may come from another thread, and the row counters may be read from one (not during reset).
-// Flags and counters that two threads touch are accessed through adapter/Shared.h.
+// Threads: nothing here takes a lock. The server serialises its calls; stop and stopRequested may come from
+// another thread at any time, and the three row counters may be read from one, but not during reset. A
+// subclass accesses the flags and counters that two threads touch as atomics.
+//
+// End: a server calls stop before it deletes an adapter. The destructor does not stop: what is connected
+// stays connected.
 #pragma once
 
 #include <pthread.h>
@@ -18,6 +21,10 @@
 
 class Adapter {
 public:
+    // What an adapter tells the server by setState.
+    static constexpr int kStateRunning = 2;  // a reset has connected
+    static constexpr int kStateStopped = 4;  // stop was called, or getNext found that it had been
+
     Adapter();
     Adapter(const Adapter&) = delete;
     Adapter& operator=(const Adapter&) = delete;
@@ -26,8 +33,8 @@ public:
     virtual ~Adapter();
     virtual void* getNext() = 0;          // the next server row, or null
     virtual void putNext(void* row) = 0;  // takes a row, in an output adapter
-    // putNext for each of the first `count` rows.
-    virtual void putNextBlock(void** rows, int count, bool flag);
+    // Calls putNext on each of the first `count` rows; the base ignores the server's option.
+    virtual void putNextBlock(void** rows, int count, bool option);
     virtual void start();
     virtual void stop() = 0;
     virtual void stopRequested();  // raises stopRequestedFlag; any thread
@@ -49,22 +56,23 @@ public:
     virtual bool discover(std::string table);  // fills the discovery results; the base refuses
     virtual bool discoverTables(const char* schema);
     virtual bool discover(const char* schema, std::string table);
+    // The base refuses. The two options are the server's own and are handed through.
     virtual bool createTable(const char* schema, const char* table, unsigned long count, const char** names,
-                             const char** types, const bool* keys, bool flag1, bool flag2);
-    // Whether a strftime-style format has only known conversions and at least one that concerns the date.
+                             const char** types, const bool* keys, bool firstOption, bool secondOption);
+    // Tells whether a strftime-style format has only known conversions and at least one for the date.
     virtual bool validateDatetimeFormat(std::string format);
 
     // ---- members with a rule of their own (Adapter.cpp)
 
-    // Every subclass' reset begins with it: counters, flags, discovery lists and guaranteed delivery go back
-    // to their start values; the discovered flag and the connection errors stay.
+    // Sets counters, flags, discovery lists and guaranteed delivery to their start values; the discovered
+    // flag and the connection errors stay. Every subclass' reset begins with it.
     void resetCommon();
 
     // Reads a connection parameter; true when it is not empty. An absent one reads as empty.
     bool getParam(const std::string& name, std::string& value);
 
-    // The connection row type's columns; in PSP GD mode without the two hidden ones, which the toolkit places
-    // last.
+    // These answer for the connection row type's columns; in PSP GD mode they leave out the two hidden ones,
+    // which the toolkit places last.
     int getColumnCount();
     const char* getColumnName(int index);  // null when out of range; borrowed from the row type
     uint32_t getColumnDatatype(int index);
@@ -77,18 +85,22 @@ public:
     bool hasError();            // whether the connection errors hold a text
     int getError(char** text);  // as the toolkit's getAdapterError on the connection errors
 
-    // The key in the control stream's current transaction: -1 without a transaction, 0 when it is empty.
+    // Returns the key in the control stream's current transaction: -1 without a transaction, 0 when it is
+    // empty.
     int64_t getLastProcessedGDKeyFromControlStream();
-    // Posts the key and the flag to the control stream; false when the toolkit refuses the row or the post.
+    // Posts a row with the key and the flag to the control stream; false when the toolkit refuses the row or
+    // the post.
     bool updateTruncateStream(long long key, bool flag);
     void addAdapterStatistics(AdapterStatistics* statistics, std::string name, std::string value);
 
-    // The type of a field's text: the first of integer, long, float, date, timestamp and time that it reads
-    // as, else string. The date, timestamp and time formats may be null for the data type library's defaults
-    // (ValueTesting.cpp).
-    uint32_t testValue(const char* value, const char* f1, const char* f2, const char* f3);
+    // Returns the type code of a field's text: the first of integer, long, float, date, timestamp and time
+    // that it reads as, else string. A null format is the data type library's default
+    // (datatypes/ValueParsing.h).
+    uint32_t testValue(const char* value, const char* dateFormat, const char* timestampFormat,
+                       const char* timeFormat);
 
-    // ---- localised messages: the caller owns the buffer (array delete, or deleteL10NMessage)
+    // ---- localised messages: a key's text with the parameters in its places. The caller owns the buffer
+    // (array delete, or deleteL10NMessage).
     char* getL10NMessage(const char* key);
     char* getL10NMessage(const char* key, const char* p1);
     char* getL10NMessage(const char* key, const char* p1, const char* p2);
@@ -146,7 +158,7 @@ public:
     char* getFlagsAsString(void* row);
     void clearData(void* row);
     int size(void* row);
-    void setStreamType(void* row, void* rowType, bool flag);
+    void setStreamType(void* row, void* rowType, bool option);
     void setStreamName(void* row, const char* name);
     void* toRow(void* row, int64_t sequence, void* errors);
     bool fromRow(void* row, void* serverRow);
@@ -154,7 +166,7 @@ public:
     bool permuteCsvIn(void* row, void* permutation, const char* csv);
     void setExternalCount(void* row, int count);
     void setSeparator(void* row, char separator);
-    void setWithService(void* row, bool flag);
+    void setWithService(void* row, bool withService);
     bool isFailed(void* row);
     bool isDirect(void* row);
     void setPrototype(void* row, void* prototype);

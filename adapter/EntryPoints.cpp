@@ -6,7 +6,6 @@
 
 #include "adapter/Adapter.h"
 #include "adapter/Shared.h"
-#include "jmsin/JmsInAdapter.h"
 #include "toolkit/kel_intl.h"
 
 namespace {
@@ -40,7 +39,6 @@ bool runDiscovery(Adapter& adapter, const char* table, const char* schema) {
 
 extern "C" {
 
-void* createAdapter() { return static_cast<Adapter*>(new JmsInAdapter); }  // a handle is always an Adapter*
 void deleteAdapter(void* handle) { delete static_cast<Adapter*>(handle); }
 void setCallBackReference(void* handle, void* reference) {
     adapterOf(handle).setCallbackReference(reference);
@@ -110,8 +108,9 @@ int getSampleRow(void* handle, char*** values, const char* table, const char* sc
 }
 
 int createTable(void* handle, const char* schema, const char* table, unsigned long count, const char** names,
-                const char** types, const bool* keys, bool flag1, bool flag2) {
-    return adapterOf(handle).createTable(schema, table, count, names, types, keys, flag1, flag2) ? 1 : 0;
+                const char** types, const bool* keys, bool firstOption, bool secondOption) {
+    Adapter& adapter = adapterOf(handle);
+    return adapter.createTable(schema, table, count, names, types, keys, firstOption, secondOption) ? 1 : 0;
 }
 
 void setDiscovery(void* handle) { adapterOf(handle).discoveryMode = true; }

@@ -2,8 +2,11 @@
 //
 // Conventions for all of them:
 // - `handle` is what createAdapter returned. Only deleteAdapter takes a null handle.
-// - The server serialises its calls; stop and stopRequested may come from another thread, and so may the
-//   three row counters, but not during reset.
+// - The server serialises its calls. stop and stopRequested may come from another thread at any time; the
+//   three row counters may be read from one, but not during reset.
+// - The order: createAdapter, the three setters, reset, start, getNext again and again, stop, deleteAdapter.
+//   Without stop the connector stays connected for as long as the process lives, and what the provider hands
+//   it reaches no other reader.
 // - An array of strings handed out is a malloc block of exactly as many pointers as the result says, each
 //   string an array-new buffer: release the elements with array delete, the array with free. getCapability
 //   differs: there both levels are from array new.
@@ -19,7 +22,7 @@ extern "C" {
 
 // ---- life cycle
 void* createAdapter();
-void deleteAdapter(void* handle);  // null: nothing happens
+void deleteAdapter(void* handle);  // after stop, unless reset was never called; null: nothing happens
 void setCallBackReference(void* handle, void* reference);
 void setConnectionRowType(void* handle, void* rowType);
 void setConnectionParams(void* handle, void* params);
@@ -37,7 +40,7 @@ void purgePending(void* handle);
 void cleanup(void* handle);
 void getStatistics(void* handle, AdapterStatistics* statistics);
 int64_t getLatency(void* handle);
-int getState(void* handle);
+int getState(void* handle);  // as the server's toolkit keeps it; see the constants of adapter/Adapter.h
 void setState(void* handle, int state);
 bool hasError(void* handle);
 int getError(void* handle, char** text);  // number of texts; *text: an array-new buffer with one text a line
@@ -59,7 +62,7 @@ int getFieldKeys(void* handle, bool** flags, const char* table,
 // negative.
 int getSampleRow(void* handle, char*** values, const char* table, const char* schema, int row);
 int createTable(void* handle, const char* schema, const char* table, unsigned long count, const char** names,
-                const char** types, const bool* keys, bool flag1, bool flag2);
+                const char** types, const bool* keys, bool firstOption, bool secondOption);
 void setDiscovery(void* handle);
 
 // ---- guaranteed delivery

@@ -18,9 +18,9 @@ namespace DataTypes {
 // any run of it, even none.
 const char* strptime(const char* text, const char* format, tm* result);
 
-// Seconds since 1970-01-01 00:00:00 of a broken-down UTC time whose fields are taken as they are; -1 for a
-// month that is none and for a negative result. Years before 1970 go through mktime, in the process' local
-// time zone.
+// Returns the seconds since 1970-01-01 00:00:00 of a broken-down UTC time whose fields are taken as they are;
+// -1 for a month that is none and for a negative result. Years before 1970 go through mktime, in the process'
+// local time zone.
 int64_t tm2sec(const tm* time);
 
 }  // namespace DataTypes

@@ -19,7 +19,7 @@ struct FixedDecimalValue {
     int precision() const { return static_cast<int>(shape >> 8 & 0xff); }
     bool isNegative() const { return high >> 63 != 0; }
 
-    // Whether the coefficient has more digits than the precision.
+    // Tells whether the coefficient has more digits than the precision.
     bool checkPrecisionOverflow() const;
 
     // Sets the number under a precision and a scale, each 0 to 34; false when it needs more digits than the
@@ -32,7 +32,7 @@ struct FixedDecimalValue {
     bool setDecimalValue(int precision, int scale, const char* text);
     bool setDecimalValue(int precision, int scale, double value);
 
-    // Bring this value, the left operand, to the scale and precision of the result of an operation with
+    // These bring this value, the left operand, to the scale and precision of the result of an operation with
     // `other`, keeping the number; the caller then combines the coefficients. False when the precision would
     // exceed 34 or the coefficient 127 bits.
     bool toAdditionResultType(const FixedDecimalValue& other);
@@ -48,8 +48,8 @@ struct FixedDecimalValue {
     static unsigned int toMaxScale(FixedDecimalValue& a, FixedDecimalValue& b);
 };
 
-// Type-code level: the decimal code of an operation's result from two decimal codes whose scale is at most
-// their precision; false, with `result` untouched, when its precision exceeds 34.
+// These set the decimal code of an operation's result from two decimal codes whose scale is at most their
+// precision; false, with `result` untouched, when its precision exceeds 34.
 bool getFixedDecimalAdditionResultType(unsigned int& result, const unsigned int& a, const unsigned int& b);
 bool getFixedDecimalSubtractionResultType(unsigned int& result, const unsigned int& a, const unsigned int& b);
 bool getFixedDecimalMultiplicationResultType(unsigned int& result, const unsigned int& a,
@@ -64,16 +64,17 @@ void maximizeTypeToFixedDecimal(unsigned int& code);
 // reaches 2^127; zero takes any n.
 bool decimal_shift(uint64_t& high, uint64_t& low, int n);
 
-// The coefficient value * 10^scale.
+// These set the coefficient value * 10^scale; false when it does not fit in 127 bits.
 bool decimal_setFromInt(uint64_t& high, uint64_t& low, int value, int scale);
 bool decimal_setFromInt64(uint64_t& high, uint64_t& low, long value, int scale);
 
-// The number without its fraction; false when it does not fit. A date is its count of seconds.
+// These set the number without its fraction; false when it does not fit. A date is its count of seconds.
 bool decimal_getInt(uint64_t high, uint64_t low, int scale, int& out);
 bool decimal_getInt64(uint64_t high, uint64_t low, int scale, long& out);
 bool decimal_getDate(uint64_t high, uint64_t low, int scale, long& out);
 
-// The double nearest to the number; false for a scale outside 0 to 63, the scales that a type code can carry.
+// Sets the double nearest to the number; false for a scale outside 0 to 63, the scales that a type code can
+// carry.
 bool decimal_getDouble(uint64_t high, uint64_t low, int scale, double& out);
 
 // An IEEE 754-2008 decimal128 in its binary-integer-decimal encoding.
@@ -82,10 +83,11 @@ struct BID_UINT128 {
     uint64_t low;
 };
 
-// False when the magnitude takes more than 113 bits or the scale has no exponent in the encoding.
+// Encodes a decimal; false when the magnitude takes more than 113 bits or the scale has no exponent in the
+// encoding.
 bool toBID128(uint64_t high, uint64_t low, int scale, BID_UINT128& out);
 
-// The coefficient alone: the caller must know the scale. Always true.
+// Decodes the coefficient alone: the caller must know the scale. Always true.
 bool fromBID128(uint64_t& high, uint64_t& low, const BID_UINT128& in);
 
 }  // namespace DataTypes

@@ -16,22 +16,23 @@ enum TimeUnit : int {
     DAY = 7,
 };
 
-// The unit of an upper-case name: singular, plural, or short ("MICROS", "MILLIS", "SEC", "MIN", "HR").
+// Returns the unit of an upper-case name: singular, plural, or short ("MICROS", "MILLIS", "SEC", "MIN",
+// "HR").
 TimeUnit getTimeUnit(const char* name);
 
-// "MICROSECOND" to "DAY"; "UNKNOWN" for anything else.
+// Returns the name, "MICROSECOND" to "DAY"; "UNKNOWN" for anything else.
 std::string getTimeUnitStr(TimeUnit unit);
 
-// Whole seconds in `count` units; -1 for a negative count, for no unit, for less than one second in the two
-// units below it, and for more than an int holds.
+// Returns the whole seconds in `count` units; -1 for a negative count, for no unit, for less than one second
+// in the two units below it, and for more than an int holds.
 int getSeconds(TimeUnit unit, int count);
 
-// Microseconds in `count` units of either sign; false, with `micros` untouched, for no unit and for a
-// magnitude above the unit's maximum.
+// Sets the microseconds in `count` units of either sign; false, with `micros` untouched, for no unit and for
+// a magnitude above the unit's maximum.
 bool getMicroSeconds(TimeUnit unit, long count, long& micros);
 
-// The largest count of the unit whose length in microseconds a long holds, 0 for no unit; the same and its
-// negation as text.
+// These return the largest count of the unit whose length in microseconds a long holds, 0 for no unit; the
+// same and its negation as text.
 long getTimeUnitMax(TimeUnit unit);
 std::string getTimeUnitMaxStr(TimeUnit unit);
 std::string getTimeUnitMinStr(TimeUnit unit);

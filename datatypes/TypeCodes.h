@@ -50,28 +50,29 @@ extern const std::array<unsigned int, kKinds> g_column_lengths;
 extern const std::array<const char*, kDecimalNames * kDecimalNames> decimalLower;
 extern const std::array<const char*, kDecimalNames * kDecimalNames> decimalUpper;
 
-// The names of a type. Kinds without one are "N/A", "UNKNOWN" in upper case; a decimal whose scale exceeds
-// its precision, or with either above 34, is "". The legacy spellings differ for integer, long and float
-// only: "int32", "int64", "double". Pointers are to static texts.
+// These return the names of a type. Kinds without one are "N/A", "UNKNOWN" in upper case; a decimal whose
+// scale exceeds its precision, or with either above 34, is "". The legacy spellings differ for integer, long
+// and float only: "int32", "int64", "double". Pointers are to static texts.
 std::string typeToString(const unsigned int& code);
 const char* typeToStringUpper(const unsigned int& code);
 std::string typeToLegacyString(const unsigned int& code);
 const char* typeToLegacyStringUpper(const unsigned int& code);
 std::string typeToTypeConstString(const unsigned int& code);  // "&intConst" and the like
 
-// The code of a lower-case name, ordinary or legacy; kUntyped for a name not known. Any other name that
-// contains "decimal" is a decimal code: the numbers between "(", "," and ")" are its precision and scale,
-// unchecked, 0 for what cannot be read.
+// Returns the code of a lower-case name, ordinary or legacy; kUntyped for a name not known. Any other name
+// that contains "decimal" is a decimal code: the numbers between "(", "," and ")" are its precision and
+// scale, unchecked, 0 for what cannot be read.
 unsigned int stringToType(const std::string& name);
 
-// A decimal code; the scale is cut to 6 bits and the precision to 14.
+// Makes a decimal code; the scale is cut to 6 bits and the precision to 14.
 unsigned int createFixedDecimal(int precision, int scale);
 
-// The packed width, 1 where that is 0. A decimal's is 24 and its mask 23: no power of two, and kept so.
+// The alignment is the packed width, 1 where that is 0. A decimal's is 24 and its mask 23: no power of two,
+// and kept so.
 unsigned int getAlignment(const unsigned int& code);
 unsigned int getAlignmentMask(const unsigned int& code);
 
-// Classes of kinds; the untyped kind is in all three, kinds above 30 in none.
+// These tell the classes of kinds; the untyped kind is in all three, kinds above 30 in none.
 bool numericType(const unsigned int& code);      // all with values but string and binary
 bool integerType(const unsigned int& code);      // int16, integer, long, boolean
 bool genericDateType(const unsigned int& code);  // date and bigdatetime, but neither timestamp nor time

@@ -6,13 +6,14 @@
 
 namespace DataTypes {
 
-// The lenient rule, never failing: the wider type wins, up to string and binary, which hold anything. Money
-// kinds go to the one with fewer places. Types that do not combine leave the target as it is.
+// Widens by the lenient rule, which never fails: the wider type wins, up to string and binary, which hold
+// anything. Money kinds go to the one with fewer places. Types that do not combine leave the target as it is.
 void maximizeAnyType(unsigned int& target, const unsigned int& other);
 
-// The strict rule: false, with `target` untouched, when the two types cannot share a column: string or binary
-// with any other type; a money kind with anything but itself, boolean, float, a decimal and, up to 9 places,
-// integer; int16 as the target with boolean; the reserved kind with anything. The untyped kind gives way.
+// Widens by the strict rule: false, with `target` untouched, when the two types cannot share a column: string
+// or binary with any other type; a money kind with anything but itself, boolean, float, a decimal and, up to
+// 9 places, integer; int16 as the target with boolean; the reserved kind with anything. The untyped kind
+// gives way.
 bool maximizeType(unsigned int& target, const unsigned int& other);
 
 }  // namespace DataTypes

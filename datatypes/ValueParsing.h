@@ -1,5 +1,22 @@
 // Field texts to typed values.
 //
+// What each kind takes; any other text fails:
+// - int16, integer, long, interval: a sign or none, digits, nothing else.
+// - float: a number as strtod reads one that begins with a sign, a digit or a point, such as "-1.5e3", "0x10"
+//   and "-inf".
+// - boolean: t true y yes on 1, f false n no off 0, in either case; blanks before and, but for a single
+//   letter, behind.
+// - money: a number without an exponent. Digits beyond the places are dropped, and what follows them is not
+//   looked at.
+// - decimal: as FixedDecimalValue::setDecimalValue.
+// - date, time: what the format reads.
+// - timestamp, bigdatetime: what the format reads up to the last point; behind that three (six) digits, of
+//   which missing ones are 0.
+// - string: every text.
+// - binary: hexadecimal digits in pairs, in either case, with one blank at most.
+//
+// The kinds without values take nothing.
+//
 // Texts are NUL-terminated; a null text counts as the empty one, except that it cannot be split. Every
 // failure sets `error` to a static English message and leaves everything else as it was, unless a comment
 // says otherwise; after a success `error` is as it was before. Formats are strptime's (DateParsing.h) or
@@ -34,10 +51,10 @@ bool convertFromString(const unsigned int& type, const char* text, DataValue& va
 // count, -1 on failure.
 int convertBinaryFromHexString(const char* hex, unsigned char* out, unsigned int outSize, const char*& error);
 
-// Half the length of the text, blanks included; 0 for a null pointer.
+// Returns half the length of the text, blanks included; 0 for a null pointer.
 unsigned int getBinaryDataSizeFromHexString(const char* hex);
 
-// The length that a packed binary value begins with; 0 for a null pointer.
+// Returns the length that a packed binary value begins with; 0 for a null pointer.
 unsigned int getLengthFromPackedBinary(const unsigned char* packed);
 
 // Splits at the last point into the text before it and the first three (six) characters after it that are no

@@ -191,6 +191,7 @@ bool NewFixUtils::refuseColumn(const Column& unknown) const {
 
 bool NewFixUtils::fixMsgToRowBuf(const FieldMap& fields, void* row) {
     trace("NewFixUtils::fixMsgToRowBuf()");
+    if (adapter_ == nullptr) return false;
     const int count = adapter_->getColumnCount();
     for (int i = 0; i < count; ++i) {
         const Column& wanted = column(i);
@@ -222,6 +223,7 @@ bool NewFixUtils::rowBufToFixMsg(void* row, std::string& message, const std::str
 }
 
 bool NewFixUtils::appendColumns(void* row, fix::MessageWriter& writer) {
+    if (adapter_ == nullptr) return false;
     const int count = adapter_->getColumnCount();
     for (int i = 0; i < count; ++i) {
         const Column& wanted = column(i);

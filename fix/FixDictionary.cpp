@@ -49,10 +49,15 @@ bool NewFixUtils::fieldNameByTag(const std::string& tag, std::string& name) cons
 void NewFixUtils::setExitRequested(bool requested) { exitRequested_ = requested; }
 bool NewFixUtils::isExitRequested() const { return exitRequested_; }
 
-void NewFixUtils::trace(const char* operation) const { adapter_->callLogMessage(fix::kTrace, operation); }
-void NewFixUtils::log(int level, const std::string& text) const { adapter_->callLogMessage(level, text); }
+void NewFixUtils::trace(const char* operation) const {
+    if (adapter_ != nullptr) adapter_->callLogMessage(fix::kTrace, operation);
+}
+
+void NewFixUtils::log(int level, const std::string& text) const {
+    if (adapter_ != nullptr) adapter_->callLogMessage(level, text);
+}
 
 bool NewFixUtils::refuse(const std::string& text) const {
-    adapter_->addGeneral(adapter_->connectionErrors, text.c_str());
+    if (adapter_ != nullptr) adapter_->addGeneral(adapter_->connectionErrors, text.c_str());
     return false;
 }

@@ -83,6 +83,7 @@ NewFixUtils::Outcome NewFixUtils::messageToRow(const std::string& message, const
     if (!isExpected(wanted_->find(version), wanted_->find(type), messageType)) return Outcome::kSkipped;
 
     trace("NewFixUtils::fixMsgToRowBuf()");
+    if (adapter_ == nullptr) return Outcome::kBad;
     const int count = adapter_->getColumnCount();
     for (int i = 0; i < count; ++i) {
         const Column& wanted = column(i);

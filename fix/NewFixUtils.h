@@ -1,9 +1,9 @@
 // The adapter's helper for the FIX tag=value protocol: the dictionary of field names, the codec between
 // message text, field map and connection row, and a reconnecting TCP source.
 //
-// Life: constructed; `reset` binds it to its adapter, before any other operation, since every operation logs
-// there; `makeDictionary` loads the field names. Failures are logged at level 3, or appended to the adapter's
-// connection errors where said so.
+// Life: constructed; `reset` binds it to its adapter; `makeDictionary` loads the field names. Failures are
+// logged at level 3, or appended to the adapter's connection errors where said so. Without an adapter nothing
+// is reported and there are no columns: what lays or reads a row fails, all else works.
 // Threads: one, the adapter's; only the exit flag may be written from another.
 #pragma once
 
@@ -32,7 +32,7 @@ public:
     NewFixUtils(const NewFixUtils&) = delete;
     NewFixUtils& operator=(const NewFixUtils&) = delete;
 
-    // The adapter stays the caller's and must outlive this object's use.
+    // Binds the adapter, which stays the caller's and must outlive this object's use; null binds none.
     void reset(Adapter* adapter);
 
     // ---- dictionary (FixDictionary.cpp)
@@ -52,8 +52,8 @@ public:
     // than one "=" is dropped. Always true: neither body length nor checksum is looked at.
     bool parseFixMessage(const std::string& message, FieldMap& fields) const;
 
-    // Whether the fields are of the dictionary's version and of the message type. Another type is refused
-    // without a log entry. Throws std::out_of_range for a tag 8 of fewer than four characters.
+    // Tells whether the fields are of the dictionary's version and of the message type. Another type is
+    // refused without a log entry. Throws std::out_of_range for a tag 8 of fewer than four characters.
     bool validateFixMessage(const FieldMap& fields, const std::string& messageType) const;
 
     // Sets every column of the row, null where the message has no field for it, and the opcode 'i'. False: a
@@ -64,7 +64,8 @@ public:
     // length and checksum included. False: `message` ends at the column that could not be written.
     bool rowBufToFixMsg(void* row, std::string& message, const std::string& messageType);
 
-    // The sum of the bytes as signed characters, modulo 256 with the sum's sign: 0 to 255 for ASCII text.
+    // Returns the sum of the bytes as signed characters, modulo 256 with the sum's sign: 0 to 255 for ASCII
+    // text.
     int calculateCheckSum(const std::string& text) const;
 
     // Appends the parts of `text` between the delimiters, empty ones included. A text one character shorter
@@ -78,11 +79,11 @@ public:
     enum class Outcome {
         kRow,      // the row is laid
         kSkipped,  // not of the version and type
-        kBad,      // a column has no tag in the dictionary
+        kBad,      // a column has no tag in the dictionary, or there is no adapter
     };
 
-    // parseFixMessage into an empty map, validateFixMessage and fixMsgToRowBuf in one pass without the map:
-    // the same row, logs and exception.
+    // Does what parseFixMessage into an empty map, validateFixMessage and fixMsgToRowBuf do, in one pass
+    // without the map: the same row, logs and exception.
     Outcome messageToRow(const std::string& message, const std::string& messageType, void* row);
 
     // ---- TCP source (FixSocket.cpp); descriptor and address are the caller's
@@ -93,15 +94,15 @@ public:
     bool openSocketSource(int& socket, sockaddr_in& address, const std::string& host, int port,
                           int retryInterval, int maxAttempts) const;
 
-    // One attempt at the address; host and port are for the messages. False: `socket` is -1 and nothing stays
-    // open; a refusal is logged at level 4, the lack of a socket appended to the connection errors. A host
-    // that does not answer is given up like one that refuses when the exit flag is seen, which is looked at
-    // once a second.
+    // Makes one attempt at the address; host and port are for the messages. False: `socket` is -1 and nothing
+    // stays open; a refusal is logged at level 4, the lack of a socket appended to the connection errors. A
+    // host that does not answer is given up like one that refuses when the exit flag is seen, which is looked
+    // at once a second.
     bool connectToSocketSource(int& socket, sockaddr_in& address, const std::string& host, int port) const;
 
-    // Attempts until one succeeds, waiting `retryInterval` seconds after each that does not. False: after
-    // `maxAttempts` (0 or less: no limit), which the connection errors then say, or once the exit flag is
-    // seen, at the latest a second after it was set if the wait goes on.
+    // Attempts to connect until it succeeds, waiting `retryInterval` seconds after each that does not. False:
+    // after `maxAttempts` (0 or less: no limit), which the connection errors then say, or once the exit flag
+    // is seen, at the latest a second after it was set if the wait goes on.
     bool reconnectToSocketSource(int& socket, sockaddr_in& address, const std::string& host, int port,
                                  int retryInterval, int maxAttempts) const;
 

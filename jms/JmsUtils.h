@@ -37,11 +37,11 @@ public:
     // none.
     bool initJvm();
 
-    // The kept environment, else that of the calling thread, which is attached; null, with a text in the
-    // adapter's errors, when it cannot be.
+    // Returns the kept environment, else that of the calling thread, which is attached; null, with a text in
+    // the adapter's errors, when it cannot be.
     JNIEnv* getJniEnv();
 
-    // Whether a Java exception was pending; it is described and cleared.
+    // Tells whether a Java exception was pending; it is described and cleared.
     bool exceptionOccurred(JNIEnv* environment);
 
     // Attaches the calling thread, creates the connector and connects it: as a consumer when `forInput`, else
@@ -71,8 +71,8 @@ public:
     // prefix, element 0 must be the stream's name and element 1 is the opcode (null keeps the row's).
     bool receiveObjectArrayMessage(const std::string& streamName, void* row, bool expectStreamNameOpcode);
 
-    // The same for what the converter makes of a message, always with the prefix: a null stream name passes,
-    // a null opcode is 'p'.
+    // Does the same for what the converter makes of a message, always with the prefix: a null stream name
+    // passes, a null opcode is 'p'.
     bool receiveCustomMessage(const std::string& streamName, void* row);
 
     // ---- one message out. True when the connector took it; a null field is a null element.

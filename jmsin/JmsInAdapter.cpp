@@ -14,8 +14,6 @@
 namespace {
 
 constexpr int kTraceLevel = 7;
-constexpr int kStateRunning = 2;
-constexpr int kStateStopped = 4;
 constexpr bool kForInput = true;
 
 void count(int64_t& counter) { shared::store(counter, counter + 1); }

@@ -15,7 +15,7 @@ extern "C" {
 
 // ---- logging and state
 void logMessage(void* callback, int level, const char* text);
-void setAdapterState(void* callback, int state);
+void setAdapterState(void* callback, int state);  // 2 and 4: see adapter/Adapter.h
 int getAdapterState(void* callback);
 char* getName(void* callback);
 void notifyConnState(void* callback, int state);
@@ -78,7 +78,7 @@ bool setFieldAsStringWithKey(void* row, const char* name, const char* value);
 bool getFieldAsStringWithKey(void* row, const char* name, const char** value);
 void setOp(void* row, char op);
 char getOp(void* row);
-void setStreamType(void* row, void* rowType, bool flag);
+void setStreamType(void* row, void* rowType, bool option);  // the adapter passes false
 void setStreamName(void* row, const char* name);
 void setTimeFormat(void* row, const char* format);
 void setDateFormat(void* row, const char* format);
@@ -90,7 +90,7 @@ char* allocBuffer(void* row, size_t bytes);
 bool permuteCsvIn(void* row, void* permutation, const char* csv);
 void setExternalCount(void* row, int count);
 void setSeparator(void* row, char separator);
-void setWithService(void* row, bool flag);
+void setWithService(void* row, bool withService);
 bool isFailed(void* row);
 bool isDirect(void* row);
 void setPrototype(void* row, void* prototype);

@@ -31,11 +31,11 @@ void trimWhiteSpace(std::string& text);
 // In place: removes leading and trailing spaces (tabs stay); returns a copy of the result.
 std::string trimSpace(std::string& text);
 
-// The text that printf would write, of any length.
+// Returns the text that printf would write, of any length.
 std::string strprintf(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
-// Whether the POSIX extended regular expression matches anywhere in the subject, with regard to case; false
-// for a pattern that does not compile.
+// Tells whether the POSIX extended regular expression matches anywhere in the subject, with regard to case;
+// false for a pattern that does not compile.
 bool regexMatch(std::string& pattern, std::string& subject);
 
 }  // namespace MORVEX::Kel

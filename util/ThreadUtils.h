@@ -5,10 +5,10 @@
 
 namespace pt {
 
-// The calling thread's identifier.
+// Returns the calling thread's identifier.
 unsigned long pthrself();
 
-// 1 if the identifier is the calling thread's, else 0.
+// Returns 1 if the identifier is the calling thread's, else 0.
 int pthrequal(unsigned long thread);
 
 // Sleeps the calling thread; returns what usleep returns. The microseconds are computed in 32 bits, so more

@@ -16,12 +16,19 @@ constexpr char kCatalogue[] = "etc/messages/en.txt";
 
 // Below the prefix: the build tree's places first, then those of an installation.
 constexpr const char* kPluginFolders[] = {"", KEL_INSTALL_LIBDIR, "lib"};
+constexpr char kInstalledHome[] = KEL_INSTALL_DATADIR "/kel";
 constexpr const char* kJarFolders[] = {"connector", "examples/converter", KEL_INSTALL_DATADIR "/java"};
 constexpr char kDistributionJars[] = "/usr/share/java";
 
 const char* kelHome() {
     const char* home = std::getenv("KEL_HOME");
     return home != nullptr ? home : "";
+}
+
+// What KEL_HOME is when nothing else is said.
+fs::path ownHome() {
+    const fs::path installed = prefix() / kInstalledHome;
+    return isThere(installed / kCatalogue) ? installed : prefix();
 }
 
 }  // namespace
@@ -51,13 +58,13 @@ fs::path pluginFile() {
 }
 
 fs::path dictionaryFile(const std::string& fixVersion) {
-    const fs::path home = *kelHome() != '\0' ? fs::path(kelHome()) : prefix();
+    const fs::path home = *kelHome() != '\0' ? fs::path(kelHome()) : ownHome();
     return home / "etc/fix" / ("dictionary" + fixVersion + ".txt");
 }
 
 fs::path catalogueFile() {
     const fs::path ofHome = fs::path(kelHome()) / kCatalogue;
-    return *kelHome() != '\0' && isThere(ofHome) ? ofHome : prefix() / kCatalogue;
+    return *kelHome() != '\0' && isThere(ofHome) ? ofHome : ownHome() / kCatalogue;
 }
 
 fs::path findJar(const std::string& name) {
@@ -70,7 +77,7 @@ fs::path findJar(const std::string& name) {
 }
 
 void provideKelHome() {
-    if (*kelHome() == '\0') ::setenv("KEL_HOME", prefix().c_str(), 1);
+    if (*kelHome() == '\0') ::setenv("KEL_HOME", ownHome().c_str(), 1);
 }
 
 }  // namespace host

@@ -96,6 +96,28 @@ TEST_F(FixCodec, MessageToRow) {
     EXPECT_EQ(fake::show(row), "i 7,null");
 }
 
+// There is nobody to report to, and there are no columns; what needs neither works.
+TEST_F(FixCodec, WithoutAnAdapter) {
+    using enum NewFixUtils::Outcome;
+    NewFixUtils unbound;
+    EXPECT_FALSE(unbound.makeDictionary("none"));
+    ASSERT_TRUE(unbound.makeDictionary("4.2"));
+    const std::string message = soh("8=FIX.4.2|35=D|55=IBM|");
+    Fields fields;
+    ASSERT_TRUE(unbound.parseFixMessage(message, fields));
+    EXPECT_TRUE(fields["55"] == "IBM" && unbound.validateFixMessage(fields, "D") && !unbound.validateFixMessage({}, "D"));
+    std::string text = "replaced";
+    EXPECT_FALSE(unbound.fixMsgToRowBuf(fields, row) || unbound.rowBufToFixMsg(row, text, "D"));
+    EXPECT_EQ(text + fake::show(row), soh("8=FIX.4.2|35=D|-"));
+    EXPECT_TRUE(unbound.messageToRow(message, "D", row) == kBad && unbound.messageToRow(message, "8", row) == kSkipped);
+    int socket = 0;
+    sockaddr_in address;
+    EXPECT_FALSE(unbound.openSocketSource(socket, address, "no host", 1, 0, 1));
+    EXPECT_FALSE(unbound.openSocketSource(socket, address, "127.0.0.1", 1, 0, 1));
+    EXPECT_FALSE(unbound.reconnectToSocketSource(socket, address, "127.0.0.1", 1, 0, 1));
+    EXPECT_TRUE(unbound.closeSocketConnection(socket));
+}
+
 TEST_F(FixCodec, CheckSum) {
     // The bytes are signed, and the sum wraps around like the 32-bit integer it is.
     const std::string wrapping = std::string((size_t{1} << 24) + 1, '\x80') + "A";
