@@ -3,33 +3,78 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <functional>
 #include <sstream>
 
 #include "host/commands/Broker.h"
+#include "host/commands/Check.h"
 #include "host/commands/Discover.h"
 #include "host/commands/Run.h"
 #include "host/commands/Send.h"
-#include "host/configuration/Rules.h"
+#include "host/discovery/Report.h"
 #include "host/process/Console.h"
 #include "host/process/Failure.h"
 #include "host/process/Output.h"
 #include "host/process/Signals.h"
+#include "host/rows/RowForms.h"
+#include "host/values/Text.h"
 
 namespace {
 
-CLI::Validator aboveZero() {
-    const auto check = [](const std::string& text) {
-        double value = 0;
-        const bool isAllowed = CLI::detail::lexical_cast(text, value) && value > 0;
-        return isAllowed ? std::string() : text + " is not a number above 0";
+template <typename Number>
+CLI::Validator number(bool (*isAllowed)(Number), const char* allowed) {
+    const auto check = [isAllowed, allowed](const std::string& text) {
+        Number value = 0;
+        const bool isGood = CLI::detail::lexical_cast(text, value) && isAllowed(value);
+        return isGood ? std::string() : host::inQuotes(text) + " is no " + allowed;
     };
     return {check, ""};
 }
 
-void addConfiguration(CLI::App& command, host::SessionOptions& options) {
+CLI::Validator countAboveZero() {
+    return number<std::int64_t>([](std::int64_t value) { return value > 0; }, "integer above 0");
+}
+
+CLI::Validator numberAboveZero() {
+    return number<double>([](double value) { return value > 0; }, "number above 0");
+}
+
+template <int kHighest>
+CLI::Validator fromZeroTo() {
+    static const std::string allowed = "integer from 0 to " + std::to_string(kHighest);
+    return number<int>([](int value) { return value >= 0 && value <= kHighest; }, allowed.c_str());
+}
+
+// The option that takes one of the forms, the first when absent; --output is its former name.
+template <typename Forms>
+void addForm(CLI::App& command, const char* of, Forms forms, std::string& chosen) {
+    std::string names;
+    for (const auto& form : forms) {
+        if (chosen.empty()) chosen = form.name;
+        host::addToList(names, form.name);
+    }
+    const auto check = [forms, names](const std::string& text) {
+        const bool isKnown = std::any_of(std::begin(forms), std::end(forms),
+                                         [&text](const auto& form) { return text == form.name; });
+        return isKnown ? std::string() : host::inQuotes(text) + " is no form; the forms are " + names;
+    };
+    std::string help = std::string("form of the ") + of + ':';
+    const char* separator = " ";
+    for (const auto& form : forms) {
+        help.append(separator).append(form.name).append(" (").append(form.help).append(")");
+        separator = ", ";
+    }
+    command.add_option("--format,--output", chosen, help)
+        ->type_name("FORM")
+        ->check(CLI::Validator(check, ""))
+        ->capture_default_str();
+}
+
+template <typename Options>
+void addConfiguration(CLI::App& command, Options& options) {
     command.add_option("--config", options.config, "configuration file")->required()->type_name("FILE");
     command.add_option("--set", options.overrides, "use this value instead of the file's; may be repeated")
         ->type_name("section.name=value")
@@ -39,7 +84,7 @@ void addConfiguration(CLI::App& command, host::SessionOptions& options) {
 void addLogLevel(CLI::App& command, host::SessionOptions& options) {
     command.add_option("--log-level", options.logLevel, "show the adapter's log up to this level")
         ->type_name("0..7")
-        ->check(CLI::Range(0, 7).description(""));
+        ->check(fromZeroTo<7>());
 }
 
 void addRun(CLI::App& run, host::RunOptions& options) {
@@ -48,14 +93,11 @@ void addRun(CLI::App& run, host::RunOptions& options) {
     run.add_option("--plugin", options.plugin, "use this plug-in")->type_name("FILE");
     run.add_option("--feed", options.feed, "put this file's lines on the destination meanwhile")
         ->type_name("FILE");
-    run.add_option("--rows", options.rows, "end after N good rows")->type_name("N")->check(aboveZero());
+    run.add_option("--rows", options.rows, "end after N good rows")->type_name("N")->check(countAboveZero());
     run.add_option("--idle", options.idle, "end after so many seconds with nothing waiting")
         ->type_name("SECONDS")
-        ->check(aboveZero());
-    run.add_option("--output", options.output, "form of the rows")
-        ->type_name("FORM")
-        ->check(CLI::IsMember({"jsonl", "csv", "table"}))
-        ->capture_default_str();
+        ->check(numberAboveZero());
+    addForm(run, "rows", host::rowForms(), options.format);
     run.add_option("--out", options.out, "append the rows to this file instead of standard output")
         ->type_name("FILE");
 }
@@ -63,12 +105,16 @@ void addRun(CLI::App& run, host::RunOptions& options) {
 void addSend(CLI::App& send, host::SendOptions& options) {
     addConfiguration(send, options.session);
     addLogLevel(send, options.session);
-    send.add_option("--repeat", options.repeat, "send the file N times")->type_name("N")->check(aboveZero());
+    send.add_option("--repeat", options.repeat, "send the file N times")
+        ->type_name("N")
+        ->check(countAboveZero());
     send.add_flag("--whole", options.whole, "the file is one message; else each line is one");
     send.add_option("--soh", options.soh, "this character in the file stands for the FIX field separator")
         ->type_name("CHARACTER")
         ->check([](const std::string& text) {
-            return text.size() == 1 ? std::string() : "must be one ASCII character, such as |";
+            return text.size() == 1 && text[0] > 0
+                       ? std::string()
+                       : host::inQuotes(text) + " is not one ASCII character, such as |";
         });
     send.add_option("file", options.file, "file to send, - is standard input")
         ->type_name("FILE")
@@ -78,7 +124,7 @@ void addSend(CLI::App& send, host::SendOptions& options) {
 void addBroker(CLI::App& broker, host::BrokerOptions& options) {
     broker.add_option("--port", options.port, "port on 127.0.0.1, 0 is any free one")
         ->type_name("PORT")
-        ->check(CLI::Range(0, 65535).description(""))
+        ->check(fromZeroTo<65535>())
         ->capture_default_str();
     broker.add_option("--data", options.data, "keep messages in this folder; else in memory only")
         ->type_name("DIR");
@@ -88,13 +134,10 @@ void addDiscover(CLI::App& discover, host::DiscoverOptions& options) {
     constexpr int kMostSamples = 10;  // the adapter collects no more
     addConfiguration(discover, options.session);
     addLogLevel(discover, options.session);
-    discover.add_option("--output", options.output, "form of the proposal")
-        ->type_name("FORM")
-        ->check(CLI::IsMember({"table", "json", "toml"}))
-        ->capture_default_str();
+    addForm(discover, "proposal", host::discoveryForms(), options.format);
     discover.add_option("--samples", options.samples, "show at most N samples")
         ->type_name("0..10")
-        ->check(CLI::Range(0, kMostSamples).description(""))
+        ->check(fromZeroTo<kMostSamples>())
         ->capture_default_str();
     discover.add_flag("--explain", options.explain, "tell how each column's type came about");
     discover.add_option("--stream", options.stream, "name the proposed stream so")->type_name("NAME");
@@ -105,14 +148,30 @@ struct Command {
     std::function<int()> run;
 };
 
+// What is wrong with the command line; the parser's own text where that says what is allowed.
+std::string sentenceOf(const CLI::App& app, const CLI::ParseError& error) {
+    std::string text = error.what();
+    if (error.get_name() == "ArgumentMismatch" && text.ends_with("missing"))
+        return text.substr(0, text.find(':')) + " needs a value.";
+    if (text == "A subcommand is required") {
+        std::string names;
+        for (const CLI::App* command : app.get_subcommands({})) host::addToList(names, command->get_name());
+        return "A command is required; the commands are " + names + ".";
+    }
+    return text.ends_with('.') ? text : text + '.';
+}
+
 // The exit code where the command line names no command to run: it asks for help, or is wrong.
 int answer(const CLI::App& app, const CLI::ParseError& error) {
     std::ostringstream help;
-    std::stringstream wrong;
-    const bool isHelp = app.exit(error, help, wrong) == 0;
-    if (isHelp) host::Output().write(help.str());
-    for (std::string line; std::getline(wrong, line);) host::say(line);
-    return isHelp ? host::kDone : host::kUsage;
+    std::ostringstream ignored;
+    if (app.exit(error, help, ignored) == 0) {
+        host::Output().write(help.str());
+        return host::kDone;
+    }
+    host::say(sentenceOf(app, error));
+    host::say("Run with --help for more information.");
+    return host::kUsage;
 }
 
 int execute(int argc, char** argv) {
@@ -122,7 +181,7 @@ int execute(int argc, char** argv) {
     host::DiscoverOptions discoverOptions;
     host::SendOptions sendOptions;
     host::BrokerOptions brokerOptions;
-    host::SessionOptions checkOptions;
+    host::CheckOptions checkOptions;
     const auto add = [&app](const char* name, const char* help) { return app.add_subcommand(name, help); };
     const Command commands[] = {
         {add("run", "feed the stream from the destination and write its rows"),
@@ -133,7 +192,7 @@ int execute(int argc, char** argv) {
         {add("broker", "serve as an ActiveMQ broker on 127.0.0.1 and print its URL"),
          [&] { return host::runBroker(brokerOptions); }},
         {add("check", "name every problem of a configuration; connects nothing"),
-         [&] { return host::checkConfiguration(checkOptions.config, checkOptions.overrides); }},
+         [&] { return host::checkConfiguration(checkOptions); }},
     };
     addRun(*commands[0].parser, runOptions);
     addDiscover(*commands[1].parser, discoverOptions);

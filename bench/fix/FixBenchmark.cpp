@@ -7,8 +7,8 @@
 #include <cstdlib>
 #include <stdexcept>
 
-#include "bench/fix/QuickFix.h"
 #include "fix/NewFixUtils.h"
+#include "peers/QuickFix.h"
 #include "tests/doubles/IdleAdapter.h"
 
 namespace {

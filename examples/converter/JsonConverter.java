@@ -35,8 +35,7 @@ public final class JsonConverter implements MessageConverter {
     @Override
     public void init(String parameter) {
         String columns = parameter.strip();
-        if (columns.isEmpty())
-            throw new IllegalArgumentException("it must list the columns, such as Symbol,Shares");
+        if (columns.isEmpty()) throw new IllegalArgumentException("it must list the columns, such as Symbol,Shares");
         members = (String.join(",", PREFIX) + "," + columns).split("\\s*,\\s*", -1);
         for (String member : members) {
             if (member.isEmpty()) throw new IllegalArgumentException("a column has no name");
@@ -52,18 +51,15 @@ public final class JsonConverter implements MessageConverter {
         if (text.getText() == null) throw new IOException("the body is empty");
         String[] row = new String[members.length];
         try (JsonParser parser = json.createParser(text.getText())) {
-            if (parser.nextToken() != JsonToken.START_OBJECT)
-                throw new IOException("the text is no JSON object");
+            if (parser.nextToken() != JsonToken.START_OBJECT) throw new IOException("the text is no JSON object");
             while (parser.nextToken() == JsonToken.FIELD_NAME) {
                 String member = parser.getCurrentName();
                 Integer element = elements.get(member);
                 if (element == null) {
-                    throw new IOException(
-                            "the member \"" + member + "\" is none of " + Arrays.toString(members));
+                    throw new IOException("the member \"" + member + "\" is none of " + Arrays.toString(members));
                 }
                 JsonToken value = parser.nextToken();
-                if (!value.isScalarValue())
-                    throw new IOException("the member \"" + member + "\" is no single value");
+                if (!value.isScalarValue()) throw new IOException("the member \"" + member + "\" is no single value");
                 row[element] = value == JsonToken.VALUE_NULL ? null : parser.getText();
             }
             if (parser.nextToken() != null) throw new IOException("something follows the JSON object");

@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <memory>
 
-#include "host/configuration/Rules.h"
+#include "host/configuration/Gate.h"
 #include "host/connection/LoadedAdapter.h"
 #include "host/discovery/Explanation.h"
 #include "host/discovery/Proposal.h"
@@ -48,7 +48,7 @@ std::vector<bool> takeKeys(const LoadedAdapter& adapter) {
     return keys;
 }
 
-[[noreturn]] void failAsStopped() { throw Failure("Stopped before the discovery was done."); }
+[[noreturn]] void failAsStopped() { throw Failure(kStoppedEarly); }
 
 // A configured stream's name is what discovery takes too; --stream only names the proposal.
 std::string elementAskedFor(const Session& session) {
@@ -67,7 +67,7 @@ std::string elementAskedFor(const Session& session) {
     throw Failure(
         "No message of " + inQuotes(parameter(session, "destinationName")) +
         " could be taken for a sample, so nothing is proposed: none waits there, or none is of the format " +
-        parameter(session, "dataFormat") + elementAskedFor(session) + ", or a reason stands above.");
+        parameter(session, "dataFormat") + elementAskedFor(session) + ", or the reason stands above.");
 }
 
 // The first of the entry points discovers, the others answer from what it found.
@@ -121,7 +121,7 @@ std::vector<std::string> remarks(const Discovery& found, const Settings& setting
 // with blank texts that a second look can find again.
 bool needsSecondLook(const Session& session, const Discovery& found, const DiscoverOptions& options) {
     const std::string format = parameter(session, "dataFormat");
-    if (format == "XML" && options.output != "table") return true;
+    if (format == "XML" && options.format != "table") return true;
     const bool holdsAbsent = format == "XML" || format == "FIX";
     return holdsAbsent && parameter(session, "destinationType") == "QUEUE" && holdsBlanks(found);
 }
@@ -144,11 +144,11 @@ void hintAtWarnings(const Discovery& found, const Settings& settings) {
 
 int runDiscovery(const DiscoverOptions& options) {
     const Settings asConfigured =
-        soundSettings(options.session.config, options.session.overrides, StreamSection::kOptional, "here");
+        soundSettings(options.session.config, options.session.overrides, Purpose::kDiscover);
     std::string streamName;
     if (!appendModifiedUtf8(options.stream, streamName)) throw Failure("--stream is no UTF-8.", kUsage);
     Output output;
-    const Plugin plugin(pluginFor(asConfigured, ""));
+    const Plugin plugin(pluginFor(asConfigured));
     Session session(asConfigured, options.session.logLevel);
     acceptAnyElement(session);
 
@@ -176,9 +176,7 @@ int runDiscovery(const DiscoverOptions& options) {
     }
     const Findings findings{found, proposal, explanations, static_cast<size_t>(options.samples),
                             options.explain ? remarks(found, asConfigured) : std::vector<std::string>()};
-    output.write(options.output == "json"   ? discoveryJson(findings)
-                 : options.output == "toml" ? discoveryToml(findings)
-                                            : discoveryTable(findings));
+    output.write(writeReport(options.format, findings));
     return kDone;
 }
 

@@ -10,10 +10,10 @@ namespace host {
 
 struct DiscoverOptions {
     SessionOptions session;
-    std::string output = "table";  // table, json, toml
-    int samples = 10;              // show at most so many of the at most ten
-    bool explain = false;          // tell for each column how its type came about
-    std::string stream;            // the proposed stream's name; "": from the configuration or the messages
+    std::string format;    // the name of one of discoveryForms
+    int samples = 10;      // show at most so many of the at most ten
+    bool explain = false;  // tell for each column how its type came about
+    std::string stream;    // the proposed stream's name; "": from the configuration or the messages
 };
 
 // The exit code. Throws Failure.

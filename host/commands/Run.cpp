@@ -4,45 +4,38 @@
 #include <memory>
 #include <optional>
 
-#include "host/configuration/Rules.h"
+#include "host/configuration/Gate.h"
 #include "host/connection/ConnectionState.h"
 #include "host/connection/Feeder.h"
 #include "host/connection/LoadedAdapter.h"
 #include "host/process/Console.h"
 #include "host/process/Failure.h"
 #include "host/process/Jvm.h"
-#include "host/process/Output.h"
 #include "host/process/Signals.h"
-#include "host/rows/RowFormat.h"
+#include "host/rows/RowForms.h"
 #include "host/rows/RunReport.h"
+#include "host/rows/SilentBadMessages.h"
 #include "host/values/ModifiedUtf8.h"
 
 namespace host {
 
 namespace {
 
-std::unique_ptr<RowFormat> makeFormat(const std::string& name, const RowType& type, const Output& output) {
-    if (name == "csv") return makeCsv(type, output.isAtStart());
-    if (name == "table") return makeTable(type);
-    return makeJsonLines(type);
-}
-
 // The input thread's work: next row, write it, commit, until something ends it.
 class Loop {
 public:
-    Loop(LoadedAdapter& adapter, const Session& session, const RunOptions& options, Output& output)
+    Loop(LoadedAdapter& adapter, const Session& session, const RunOptions& options, RowSink& sink)
         : adapter_(adapter),
           session_(session),
           options_(options),
-          output_(output),
-          format_(makeFormat(options.output, session.rowType, output)),
+          sink_(sink),
           silent_(toUtf8(session.rowType.streamName)) {}
 
     void run() {
         const Clock::time_point start = Clock::now();
         lastMessage_ = idleSince_ = start;
         {
-            StatusLine status(start);
+            StatusLine status(start, [] { return connectionState() == ConnectionState::kOpen; });
             while (!adapter_.isStopped() && !isAtEnd()) {
                 const Clock::time_point now = step();
                 status.update(totals_, now);
@@ -64,14 +57,17 @@ private:
         const Plugin& plugin = adapter_.plugin();
         const int64_t errorsBefore = session_.errors;
         const std::unique_ptr<ServerRow> row(static_cast<ServerRow*>(plugin.getNext(adapter_.handle())));
-        if (row) write(*row);
+        // A failure goes up with the adapter running: a stop from this thread would tell the connector that
+        // the row is safe.
+        if (row) sink_.take(*row);
         const Clock::time_point now = Clock::now();
         const int64_t total = plugin.getTotalRowsProcessed(adapter_.handle());
         if (total == totals_.total) {
             waitedInVain(now);
             return now;
         }
-        // The row is in the system's hands: only now may the provider forget its message.
+        // Only now may the provider forget the row's message.
+        sink_.keep();
         plugin.commitTransaction(adapter_.handle());
         totals_.total = total;
         totals_.good = plugin.getNumberOfGoodRows(adapter_.handle());
@@ -88,29 +84,18 @@ private:
         const ConnectionState state = connectionState();
         if (state == ConnectionState::kGivenUp && !adapter_.isStopped())
             throw Failure(
-                "The run ends, because the connector has given up its connection, as it says above.");
+                "The connector has given up its connection, so the run ends; the reason stands above.");
         if (state != ConnectionState::kOpen) idleSince_ = now;
         idle_ = secondsBetween(idleSince_, now);
         silent_.add(0, now);
     }
 
-    void write(const ServerRow& row) {
-        text_.clear();
-        format_->append(row, text_);
-        if (output_.isTerminal()) hideStatus();
-        // A failure goes up with the adapter running: a stop from this thread would tell the connector that
-        // the row is safe.
-        output_.write(text_);
-    }
-
     LoadedAdapter& adapter_;
     const Session& session_;
     const RunOptions& options_;
-    Output& output_;
-    std::unique_ptr<RowFormat> format_;
+    RowSink& sink_;
     SilentBadMessages silent_;
     Totals totals_;
-    std::string text_;
     Clock::time_point lastMessage_;
     Clock::time_point idleSince_;
     double idle_ = 0;
@@ -120,17 +105,18 @@ private:
 }  // namespace
 
 int runRows(const RunOptions& options) {
-    Settings settings = soundSettings(options.session.config, options.session.overrides);
+    Settings settings = soundSettings(options.session.config, options.session.overrides, Purpose::kRun);
     std::optional<LineSource> feed;
     if (!options.feed.empty()) feed.emplace(options.feed);
-    Output output(options.out, options.output);
+    const std::unique_ptr<RowSink> sink =
+        rowForm(options.format).make(RowType(settings.streamName, settings.columns), options.out);
     const Plugin plugin(pluginFor(settings, options.plugin));
     Session session(std::move(settings), options.session.logLevel);
 
     LoadedAdapter adapter(plugin, session);
-    const StopAction onSignal([&adapter, &output] {
+    const StopAction onSignal([&adapter, &sink] {
         const JvmThread thisThread;
-        output.stop();
+        sink->stop();
         adapter.stop();
     });
     adapter.reset();
@@ -147,7 +133,7 @@ int runRows(const RunOptions& options) {
             adapter.stop();
         });
     }
-    Loop loop(adapter, session, options, output);
+    Loop loop(adapter, session, options, *sink);
     loop.run();
     adapter.stop();
     if (feeder) feeder->close();

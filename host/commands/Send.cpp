@@ -3,14 +3,14 @@
 #include <algorithm>
 #include <atomic>
 
-#include "host/configuration/Rules.h"
+#include "host/configuration/Gate.h"
 #include "host/connection/Sender.h"
+#include "host/process/Clock.h"
 #include "host/process/Console.h"
 #include "host/process/Failure.h"
 #include "host/process/Jvm.h"
 #include "host/process/LineSource.h"
 #include "host/process/Signals.h"
-#include "host/rows/RunReport.h"
 
 namespace host {
 
@@ -68,9 +68,7 @@ void saySent(int64_t count, double seconds) {
 int sendMessages(const SendOptions& options) {
     if (options.file == kStandardInput && options.repeat > 1)
         throw Failure("Standard input can be read only once; --repeat needs a file.", kUsage);
-    // What is sent stands in the file, down to the stream's name, so there may be no stream yet.
-    Settings settings = soundSettings(options.session.config, options.session.overrides,
-                                      StreamSection::kOptional, "run --feed FILE there, or");
+    Settings settings = soundSettings(options.session.config, options.session.overrides, Purpose::kSend);
     LineSource source(options.file);
     Session session(std::move(settings), options.session.logLevel);
     Sender sender(session.context, session.rowType, session.settings.connection);
@@ -82,10 +80,8 @@ int sendMessages(const SendOptions& options) {
         sender.stop();
     });
     if (!sender.reset())
-        throw Failure(
-            isStopped
-                ? kStoppedEarly
-                : "The destination takes no sender; the connector's warning or exception above says why.");
+        throw Failure(isStopped ? kStoppedEarly
+                                : "The destination takes no sender; the reason stands above.");
     Sending sending(sender, source, options, isStopped);
     const Clock::time_point start = Clock::now();
     try {

@@ -1,8 +1,9 @@
 #include "host/configuration/ConfigurationKeys.h"
 
 #include <algorithm>
-#include <cctype>
 #include <vector>
+
+#include "host/values/Text.h"
 
 namespace host {
 
@@ -50,9 +51,7 @@ constexpr ConfigurationKey kKeys[] = {
 size_t distance(std::string_view one, std::string_view other) {
     constexpr size_t kLongest = 100;
     other = other.substr(0, kLongest);
-    const auto isSame = [](char a, char b) {
-        return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b));
-    };
+    const auto isSame = [](char a, char b) { return lowerCase(a) == lowerCase(b); };
     std::vector<std::vector<size_t>> table(one.size() + 1, std::vector<size_t>(other.size() + 1));
     for (size_t i = 0; i <= one.size(); ++i) {
         for (size_t j = 0; j <= other.size(); ++j) {

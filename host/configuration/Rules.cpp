@@ -1,21 +1,15 @@
 #include "host/configuration/Rules.h"
 
 #include <algorithm>
-#include <cctype>
 #include <charconv>
 #include <cstdint>
 #include <fstream>
 #include <initializer_list>
-#include <limits>
 #include <set>
 
-#include "host/connection/LoadedAdapter.h"
-#include "host/connection/Plugin.h"
-#include "host/process/ClassPath.h"
-#include "host/process/Console.h"
-#include "host/process/Failure.h"
+#include "host/configuration/ConnectorLimits.h"
 #include "host/process/Installation.h"
-#include "host/process/Output.h"
+#include "host/process/Provider.h"
 #include "host/values/ModifiedUtf8.h"
 #include "host/values/Text.h"
 #include "host/values/ValueTyping.h"
@@ -47,18 +41,6 @@ const UsedFor kUsedFor[] = {
     {"batchsize", "subscriptionMode", {"DURABLE"}},
 };
 
-// The connector's limits, as it reads them.
-constexpr const char* kLimits[] = {"receiveTimeoutMillis", "connectTimeoutMillis", "clientIdWaitMillis",
-                                   "remindMillis",         "maxMessageBytes",      "maxElements",
-                                   "browseLimit",          "browseMillis"};
-constexpr std::string_view kLimitOption = "-Dkel.jms.";
-
-bool isLimit(std::string_view text) {
-    std::int32_t value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    return error == std::errc() && end == text.data() + text.size() && value >= 1;
-}
-
 class Checker {
 public:
     explicit Checker(const Settings& settings) : settings_(settings) {}
@@ -82,7 +64,10 @@ public:
         oneOf("subscriptionMode", {"NONDURABLE", "DURABLE"}, true);
         if (text("subscriptionMode") == "DURABLE") durable();
         inJvmBroker();
-        for (const std::string& option : settings_.jvmOptions) limit(option);
+        for (const std::string& option : settings_.jvmOptions) {
+            const std::string fault = faultOfLimit(option);
+            if (!fault.empty()) result_.problems.push_back("host.jvmOptions has " + fault);
+        }
         for (const UsedFor& use : kUsedFor) unused(use);
         return std::move(result_);
     }
@@ -107,8 +92,7 @@ private:
     void atProvider(const char* name) {
         constexpr std::string_view kSchemes[] = {"ldap", "ldaps",    "rmi",       "dns",
                                                  "iiop", "iiopname", "corbaname", "corbaloc"};
-        std::string scheme = text(name).substr(0, text(name).find(':'));
-        for (char& c : scheme) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        const std::string scheme = lowerCase(text(name).substr(0, text(name).find(':')));
         const bool isRemote =
             std::find(std::begin(kSchemes), std::end(kSchemes), scheme) != std::end(kSchemes);
         if (isRemote && text(name).find(':') != std::string::npos)
@@ -170,48 +154,26 @@ private:
     }
 
     void redelivery() {
-        constexpr char kUnlimited[] = "jms.redeliveryPolicy.maximumRedeliveries=-1";
-        if (!text("jndiContextFactory").starts_with("org.apache.activemq") ||
-            text("jndiURL").find(kUnlimited) != std::string::npos)
-            return;
+        const bool isUnlimited = text("jndiURL").find(provider::kUnlimitedRedelivery) != std::string::npos;
+        if (!provider::isContextFactory(text("jndiContextFactory")) || isUnlimited) return;
         result_.notes.push_back(
-            "connection.jndiURL does not say " + std::string(kUnlimited) +
+            "connection.jndiURL does not say " + std::string(provider::kUnlimitedRedelivery) +
             "; without it ActiveMQ moves messages to its dead-letter queue after six crashes or stops before "
             "their commit.");
     }
 
     void inJvmBroker() {
-        const std::string url = text("jndiURL");
-        if (isInJvmBroker(url) && url.find("broker.persistent=false") == std::string::npos && !hasStore())
+        if (provider::keepsFiles(text("jndiURL")) && !hasStore())
             problem("jndiURL",
-                    "a broker inside the process keeps its messages in files, for which jars are "
-                    "missing, unless the URL says ?broker.persistent=false&broker.useJmx=false");
+                    "a broker inside the process keeps its messages in files, for which jars are missing, "
+                    "unless the URL says " +
+                        std::string(provider::kWithoutFiles));
     }
 
     // Whose jars a class path of its own has, nobody knows.
     bool hasStore() const {
         const std::vector<std::string>& jars = settings_.addClassPath;
-        const auto isStore = [](const std::string& jar) { return jar.find("kahadb") != std::string::npos; };
-        return !settings_.classPath.empty() || std::any_of(jars.begin(), jars.end(), isStore);
-    }
-
-    void limit(const std::string& option) {
-        if (!option.starts_with(kLimitOption)) return;
-        const size_t equals = std::min(option.find('='), option.size());
-        const std::string name = option.substr(kLimitOption.size(), equals - kLimitOption.size());
-        const std::string value = option.substr(std::min(equals + 1, option.size()));
-        if (name == "trustObjectMessages") return;
-        std::string known;
-        for (const char* limit : kLimits) addToList(known, limit);
-        if (std::find(std::begin(kLimits), std::end(kLimits), name) == std::end(kLimits)) {
-            result_.problems.push_back(
-                "host.jvmOptions has " + inQuotes(option) + ", which the connector does not know; after " +
-                std::string(kLimitOption) + " it knows " + known + ", trustObjectMessages.");
-        } else if (!isLimit(value)) {
-            result_.problems.push_back("host.jvmOptions has " + inQuotes(option) +
-                                       "; the value must be an integer from 1 to " +
-                                       std::to_string(std::numeric_limits<std::int32_t>::max()) + ".");
-        }
+        return !settings_.classPath.empty() || std::any_of(jars.begin(), jars.end(), provider::isOfStore);
     }
 
     void unused(const UsedFor& use) {
@@ -230,78 +192,8 @@ private:
     CheckResult result_;
 };
 
-// Everything that is wrong, each with its place; notes come along.
-std::optional<Settings> examined(const std::string& file, const std::vector<std::string>& overrides,
-                                 StreamSection stream, CheckResult& result) {
-    std::optional<Settings> settings = readSettings(file, overrides, result.problems, stream);
-    if (!settings) return settings;
-    const std::string place = file + ": ", notePlace = place + "note: ";
-    const CheckResult found = checkSettings(*settings);
-    for (const std::string& problem : found.problems) result.problems.push_back(place + problem);
-    for (const std::string& note : found.notes) result.notes.push_back(notePlace + note);
-    try {
-        classPath(*settings);
-    } catch (const Failure& failure) {
-        result.problems.push_back(place + failure.what());
-    }
-    return settings;
-}
-
-void refuseInJvmBroker(const Settings& settings, const std::string& instead) {
-    const auto url = settings.connection.find("jndiURL");
-    if (url != settings.connection.end() && isInJvmBroker(url->second))
-        throw Failure("connection.jndiURL is " + inQuotes(url->second) +
-                          ", a broker inside the process that uses it, which no other process sees; use " +
-                          instead + " the URL of a broker of its own, such as tcp://localhost:61616.",
-                      kBadConfiguration);
-}
-
 }  // namespace
 
 CheckResult checkSettings(const Settings& settings) { return Checker(settings).result(); }
-
-bool isInJvmBroker(std::string_view url) {
-    constexpr std::string_view kScheme = "vm:";
-    constexpr std::string_view kBeforeUrl =
-        "(,: ";  // as in failover:(tcp://a,vm://b); a host may be named vm
-    for (size_t at = url.find(kScheme); at != std::string_view::npos; at = url.find(kScheme, at + 1)) {
-        if (at == 0 || kBeforeUrl.find(url[at - 1]) != std::string_view::npos) return true;
-    }
-    return false;
-}
-
-Settings soundSettings(const std::string& file, const std::vector<std::string>& overrides,
-                       StreamSection stream, const char* insteadOfInJvmBroker) {
-    CheckResult result;
-    std::optional<Settings> settings = examined(file, overrides, stream, result);
-    // Ahead of the rest, which would tell how to set up such a broker.
-    if (settings && insteadOfInJvmBroker != nullptr) refuseInJvmBroker(*settings, insteadOfInJvmBroker);
-    const size_t count = result.problems.size();
-    for (const std::string& problem : result.problems) say(problem);
-    if (count > 0)
-        throw Failure(std::to_string(count) + (count == 1 ? " problem" : " problems") +
-                          " in the configuration; nothing was started.",
-                      kBadConfiguration);
-    return std::move(*settings);
-}
-
-int checkConfiguration(const std::string& file, const std::vector<std::string>& overrides) {
-    Output output;
-    CheckResult result;
-    if (const auto settings = examined(file, overrides, StreamSection::kNeeded, result)) {
-        try {
-            const Plugin plugin(pluginFor(*settings, ""));
-        } catch (const Failure& failure) {
-            result.problems.push_back(file + ": host.plugin: " + failure.what());
-        }
-    }
-    std::vector<std::string> lines = result.problems;
-    if (lines.empty()) lines.push_back(file + ": no problems");
-    lines.insert(lines.end(), result.notes.begin(), result.notes.end());
-    std::string text;
-    for (const std::string& line : lines) text += shown(line) + '\n';
-    output.write(text);
-    return result.problems.empty() ? kDone : kBadConfiguration;
-}
 
 }  // namespace host

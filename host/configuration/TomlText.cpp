@@ -82,7 +82,8 @@ std::optional<std::string> readTomlText(const std::string& file, std::string& pr
     if (!in.is_open() || in.bad()) {
         problem = file + " cannot be read; it must be a regular file with a configuration in TOML.";
     } else if (text.size() > kMostBytes) {
-        problem = file + " is too long; a configuration may have " + std::to_string(kMostBytes) + " bytes.";
+        problem = file + " is longer than " + std::to_string(kMostBytes) +
+                  " bytes, the most that a configuration may have.";
     } else if (const size_t line = lineOfDeepKey(text); line > 0) {
         problem = file + ':' + std::to_string(line) + kDeepKey;
     } else {

@@ -61,8 +61,8 @@ void Feeder::run() {
 
 void Feeder::sendAll() {
     if (!sender_.reset())
-        throw Failure("Feeding " + source_.name() +
-                      " failed: the destination takes no sender; the reason stands above.");
+        throw Failure(source_.name() +
+                      " cannot be fed: the destination takes no sender; the reason stands above.");
     std::string line;
     for (int64_t sent = 0; mayGoOn(sent) && source_.next(line); ++sent) {
         try {

@@ -1,14 +1,9 @@
 #include "host/connection/LoadedAdapter.h"
 
 #include "host/process/Failure.h"
-#include "host/process/Installation.h"
+#include "host/process/Signals.h"
 
 namespace host {
-
-std::string pluginFor(const Settings& settings, const std::string& asked) {
-    if (!asked.empty()) return asked;
-    return !settings.plugin.empty() ? settings.plugin : pluginFile().string();
-}
 
 LoadedAdapter::LoadedAdapter(const Plugin& plugin, Session& session)
     : plugin_(plugin), session_(session), handle_(plugin.createAdapter()) {
@@ -22,9 +17,9 @@ LoadedAdapter::~LoadedAdapter() { plugin_.deleteAdapter(handle_); }
 void LoadedAdapter::reset() {
     if (connecting_.run([this] { return plugin_.reset(handle_); })) return;
     if (isStopped()) throw Failure(kStoppedEarly);
-    throw Failure(session_.errors > 0
-                      ? "The adapter refuses to start; the reason stands above."
-                      : "The adapter cannot connect; the connector's warning or exception above says why.");
+    throw Failure(std::string("The adapter ") +
+                  (session_.errors > 0 ? "refuses to start" : "cannot connect") +
+                  "; the reason stands above.");
 }
 
 void LoadedAdapter::stop() {

@@ -1,17 +1,11 @@
 // The plug-in's adapter, driven as a server drives it.
 #pragma once
 
-#include <string>
-
 #include "host/connection/Plugin.h"
 #include "host/connection/Session.h"
 #include "host/connection/StoppableReset.h"
 
 namespace host {
-
-// The file of the plug-in to load: the one asked for, else the configured one, else the one beside this
-// program. Throws Failure.
-std::string pluginFor(const Settings& settings, const std::string& asked);
 
 // An adapter, created, wired and deleted. Plug-in and session stay with the caller and outlive it.
 class LoadedAdapter {

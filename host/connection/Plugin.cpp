@@ -2,7 +2,9 @@
 
 #include <dlfcn.h>
 
+#include "host/configuration/Settings.h"
 #include "host/process/Failure.h"
+#include "host/process/Installation.h"
 #include "host/values/Text.h"
 
 namespace host {
@@ -46,6 +48,11 @@ constexpr EntryPoint kEntryPoints[] = {
 };
 
 }  // namespace
+
+std::string pluginFor(const Settings& settings, const std::string& asked) {
+    if (!asked.empty()) return asked;
+    return !settings.plugin.empty() ? settings.plugin : pluginFile().string();
+}
 
 Plugin::Plugin(const std::string& file) {
     void* library = ::dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);

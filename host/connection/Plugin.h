@@ -7,6 +7,12 @@
 
 namespace host {
 
+struct Settings;
+
+// The file of the plug-in to load: the one asked for, else the configured one, else the one beside this
+// program. Throws Failure.
+std::string pluginFor(const Settings& settings, const std::string& asked = "");
+
 class Plugin {
 public:
     // Throws Failure when the file cannot be loaded, or lacks entry points, all of which it names.

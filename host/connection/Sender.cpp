@@ -52,50 +52,21 @@ Elements readArray(const std::string& line) {
 }  // namespace
 
 Sender::Sender(Context& context, RowType& rowType, Parameters& parameters)
-    : row_(createConnectionRow("RowByOrder")) {
-    connectionErrors = createConnectionErrors();
-    outputAdapter = true;
-    setCallbackReference(&context);
-    setConnectionRowType(&rowType);
-    setConnectionParams(&parameters);
-}
+    : client_(context, rowType, parameters, BridgeClient::Use::kSend),
+      row_(createConnectionRow("RowByOrder")) {}
 
-Sender::~Sender() {
-    deleteConnectionRow(row_);
-    deleteConnectionErrors(connectionErrors);
-}
-
-std::string Sender::parameter(const char* name) {
-    std::string value;
-    getParam(name, value);
-    return value;
-}
+Sender::~Sender() { deleteConnectionRow(row_); }
 
 bool Sender::reset() {
-    return connecting_.run([this] { return connect(); });
-}
-
-bool Sender::connect() {
-    resetCommon();
-    isObjectArray_ = parameter("dataFormat") == "OBJECTARRAY";
-    jms_.reset(this);
-    // The client ID of a durable subscription is its receiver's: a second connection must not bring it.
-    constexpr bool kDurable = false;
-    constexpr bool kForInput = false;
-    constexpr bool kBindSchema = true;
-    return jms_.init(parameter("connectionFactory"), parameter("destinationType"),
-                     parameter("destinationName"), kDurable, kForInput, kBindSchema, columnMap_,
-                     parameter("jndiContextFactory"), parameter("jndiURL"), "", "");
-}
-
-void Sender::stop() {
-    connecting_.stop([this] { jms_.disconnect(); });
+    isObjectArray_ = client_.parameter("dataFormat") == "OBJECTARRAY";
+    return client_.reset();
 }
 
 void Sender::send(const std::string& text) {
     if (isObjectArray_ ? sendObjectArray(text) : sendText(text)) return;
-    jms_.exceptionOccurred(jms_.getJniEnv());
-    throw Failure("the message could not be sent; the connector's warning above says why.");
+    JmsUtils& bridge = client_.bridge();
+    bridge.exceptionOccurred(bridge.getJniEnv());
+    throw Failure("the message could not be sent; the reason stands above.");
 }
 
 bool Sender::sendText(const std::string& text) {
@@ -103,7 +74,7 @@ bool Sender::sendText(const std::string& text) {
     size_t position = 0;
     if (!appendModifiedUtf8(text, modified, &position))
         throw Failure("this is no UTF-8, at byte " + std::to_string(position) + ".");
-    return jms_.sendTextMessage(modified, row_);
+    return client_.bridge().sendTextMessage(modified, row_);
 }
 
 bool Sender::sendObjectArray(const std::string& line) {
@@ -113,7 +84,7 @@ bool Sender::sendObjectArray(const std::string& line) {
         setFieldAsStringWithIndex(row_, index++, element ? element->c_str() : nullptr);
     // The line holds the stream's name and the opcode already, where they belong.
     constexpr bool kAddPrefix = false;
-    return jms_.sendObjectArrayMessage(callGetStreamName(), row_, kAddPrefix);
+    return client_.bridge().sendObjectArrayMessage(client_.callGetStreamName(), row_, kAddPrefix);
 }
 
 }  // namespace host

@@ -9,7 +9,7 @@ namespace host {
 
 Session::Session(Settings sound, std::optional<int> logLevel)
     : settings(std::move(sound)), rowType(settings.streamName, settings.columns) {
-    const std::string path = classPath(settings);
+    const std::string path = classPath(settings.classPath, settings.addClassPath);
     provideKelHome();
     if (std::string error; !loadCatalogue(catalogueFile(), error)) say(error);
     setErrorSink([this](const char* text) {

@@ -8,8 +8,6 @@
 
 namespace host {
 
-inline constexpr char kStoppedEarly[] = "Stopped before the connection was ready.";
-
 class StoppableReset {
 public:
     // False, without `reset` when that can be told in time, once stopped; else what `reset` says, which does

@@ -6,15 +6,14 @@
 #include <algorithm>
 #include <sstream>
 
-#include "host/process/Console.h"
+#include "host/process/SafeText.h"
+#include "host/rows/TextTable.h"
 #include "host/values/ModifiedUtf8.h"
 #include "host/values/Text.h"
 
 namespace host {
 
 namespace {
-
-constexpr char kGap[] = "  ";
 
 std::string line(const std::string& modified) { return oneLine(toUtf8(modified)); }
 
@@ -34,39 +33,32 @@ std::vector<std::string> sentences(const Explanation& explanation) {
 
 class Table {
 public:
-    explicit Table(const Discovery& discovery) : types_(discovery.types) {
-        for (size_t i = 0; i < discovery.names.size(); ++i)
-            widths_.push_back(std::max(cellWidth(line(discovery.names[i])), types_[i].size()));
+    explicit Table(const Discovery& discovery)
+        : types_(discovery.types), table_(std::vector<size_t>(discovery.names.size())) {}
+
+    void fit(const std::vector<std::string>& row) { table_.fit(cells(row, false)); }
+
+    void append(const std::vector<std::string>& row, bool isHeading, std::string& out) {
+        table_.appendLine(cells(row, isHeading), out);
     }
 
-    void fit(const std::vector<std::string>& row) {
-        for (size_t i = 0; i < row.size(); ++i) widths_[i] = std::max(widths_[i], cellWidth(line(row[i])));
-    }
-
-    void append(const std::vector<std::string>& row, bool isHeading, std::string& out) const {
-        std::string text;
-        for (size_t i = 0; i < row.size(); ++i) {
-            const std::string cell = line(row[i]);
-            const std::string padding(widths_[i] - cellWidth(cell), ' ');
-            if (i > 0) text += kGap;
-            text += isNumber(i) && !isHeading ? padding + cell : cell + padding;
-        }
-        out += text.substr(0, text.find_last_not_of(' ') + 1) + '\n';
-    }
-
-    void appendRule(std::string& out) const {
-        std::string text;
-        for (const size_t width : widths_) addToList(text, std::string(width, '-'), kGap);
-        out += text + '\n';
-    }
+    void appendRule(std::string& out) { table_.appendRule(out); }
 
 private:
+    std::vector<TextTable::Cell> cells(const std::vector<std::string>& row, bool isHeading) const {
+        std::vector<TextTable::Cell> cells;
+        for (size_t i = 0; i < row.size(); ++i)
+            cells.push_back({toUtf8(row[i]),
+                             isNumber(i) && !isHeading ? TextTable::Side::kRight : TextTable::Side::kLeft});
+        return cells;
+    }
+
     bool isNumber(size_t column) const {
         return types_[column] == "integer" || types_[column] == "long" || types_[column] == "float";
     }
 
     const std::vector<std::string>& types_;
-    std::vector<size_t> widths_;
+    TextTable table_;
 };
 
 class Json {
@@ -157,12 +149,13 @@ const Explanation* explanationOf(const std::string& column, const Findings& find
     return index < findings.explanations.size() ? &findings.explanations[index] : nullptr;
 }
 
-}  // namespace
-
-std::string discoveryTable(const Findings& findings) {
+// Columns, types and samples as the entry points answered them.
+std::string asTable(const Findings& findings) {
     const Discovery& discovery = findings.discovery;
     const size_t shown = std::min(findings.samples, discovery.samples.size());
     Table table(discovery);
+    table.fit(discovery.names);
+    table.fit(discovery.types);
     for (size_t i = 0; i < shown; ++i) table.fit(discovery.samples[i]);
     std::string out;
     table.append(discovery.names, true, out);
@@ -171,15 +164,16 @@ std::string discoveryTable(const Findings& findings) {
     for (size_t i = 0; i < shown; ++i) table.append(discovery.samples[i], false, out);
     for (size_t i = 0; i < findings.explanations.size(); ++i) {
         out += '\n' + line(discovery.names[i]) + ": " + discovery.types[i] + '\n';
-        for (const std::string& sentence : sentences(findings.explanations[i])) out += kGap + sentence + '\n';
+        for (const std::string& sentence : sentences(findings.explanations[i])) out += "  " + sentence + '\n';
     }
     for (const std::string& remark : findings.remarks) out += '\n' + remark + '\n';
     return out;
 }
 
-std::string discoveryJson(const Findings& findings) { return Json(findings).write(); }
+std::string asJson(const Findings& findings) { return Json(findings).write(); }
 
-std::string discoveryToml(const Findings& findings) {
+// The section [stream] to paste into a configuration, and what [connection] needs besides.
+std::string asToml(const Findings& findings) {
     const Proposal& proposal = findings.proposal;
     std::string out;
     for (const std::string& note : proposal.notes) out += "# " + line(note) + '\n';
@@ -199,6 +193,22 @@ std::string discoveryToml(const Findings& findings) {
         out += "\n# To be put into the [connection] that is there already.\n[connection]\n";
     for (const auto& [name, value] : proposal.connection) ((out += name) += " = ") += value + '\n';
     return out;
+}
+
+constexpr ReportForm kForms[] = {
+    {"table", "aligned for reading", asTable},
+    {"json", "a JSON object", asJson},
+    {"toml", "a section to paste", asToml},
+};
+
+}  // namespace
+
+std::span<const ReportForm> discoveryForms() { return kForms; }
+
+std::string writeReport(std::string_view form, const Findings& findings) {
+    return std::find_if(std::begin(kForms), std::end(kForms),
+                        [form](const ReportForm& one) { return form == one.name; })
+        ->write(findings);
 }
 
 }  // namespace host

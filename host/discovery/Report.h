@@ -1,7 +1,9 @@
 // A proposal as text in UTF-8.
 #pragma once
 
+#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/discovery/Explanation.h"
@@ -18,11 +20,16 @@ struct Findings {
     std::vector<std::string> remarks;  // sentences on the whole, with the explanations
 };
 
-// Columns, types and samples as the entry points answered them, aligned for people.
-std::string discoveryTable(const Findings& findings);
-// The same as one JSON object.
-std::string discoveryJson(const Findings& findings);
-// The section [stream] to paste into a configuration, and what [connection] needs besides.
-std::string discoveryToml(const Findings& findings);
+struct ReportForm {
+    const char* name;
+    const char* help;
+    std::string (*write)(const Findings& findings);
+};
+
+// The first is the one without a choice.
+std::span<const ReportForm> discoveryForms();
+
+// The findings in the form of that name, which is one of them.
+std::string writeReport(std::string_view form, const Findings& findings);
 
 }  // namespace host

@@ -2,13 +2,14 @@
 // that only later messages have, and whether a sample's blank text is a blank value or none at all.
 #pragma once
 
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include "fix/NewFixUtils.h"
+#include "host/connection/BridgeClient.h"
 #include "host/connection/Session.h"
 
 namespace host {
@@ -30,7 +31,6 @@ std::optional<PeekedMessage> readXmlMessage(std::string_view text);
 class SecondLook {
 public:
     explicit SecondLook(Session& session);
-    ~SecondLook();
     SecondLook(const SecondLook&) = delete;
     SecondLook& operator=(const SecondLook&) = delete;
 
@@ -40,11 +40,16 @@ public:
     std::vector<PeekedMessage> messages(size_t limit);
 
     // Ends a look that goes on, or comes later. Any thread.
-    void stop();
+    void stop() { client_.stop(); }
 
 private:
-    class Peeker;
-    std::unique_ptr<Peeker> peeker_;
+    bool isFix() const { return client_.parameter("dataFormat") == "FIX"; }
+    std::optional<PeekedMessage> read(const std::string& text) const;
+    std::optional<PeekedMessage> readFix(const std::string& text) const;
+
+    const Settings& settings_;
+    BridgeClient client_;
+    NewFixUtils fix_;
 };
 
 }  // namespace host

@@ -4,9 +4,9 @@
 #include <filesystem>
 #include <span>
 
-#include "host/configuration/ConfigurationFile.h"
 #include "host/process/Failure.h"
 #include "host/process/Installation.h"
+#include "host/process/Provider.h"
 #include "host/values/Text.h"
 
 namespace fs = std::filesystem;
@@ -17,41 +17,21 @@ namespace {
 
 constexpr char kConnector[] = "kel-connectors.jar";
 
-struct Jar {
-    const char* file;
-    const char* package;
-};
-
-// What an ActiveMQ client over tcp and vm, with a broker in the JVM, needs at run time. slf4j-nop keeps the
-// client from warning that it has nowhere to log to.
-constexpr Jar kProviderJars[] = {
-    {"activemq-client.jar", "libactivemq-java"},
-    {"activemq-broker.jar", "libactivemq-java"},
-    {"geronimo-jms_1.1_spec.jar", "libgeronimo-jms-1.1-spec-java"},
-    {"geronimo-j2ee-management-1.1-spec.jar", "libgeronimo-j2ee-management-1.1-spec-java"},
-    {"hawtbuf.jar", "libhawtbuf-java"},
-    {"slf4j-api.jar", "libslf4j-java"},
-    {"slf4j-nop.jar", "libslf4j-java"},
-};
-constexpr Jar kStoreJars[] = {
-    {"activemq-kahadb-store.jar", "libactivemq-java"},
-    {"activemq-protobuf.jar", "libactivemq-protobuf-java"},
-};
-constexpr Jar kOtherJars[] = {{"jackson-core.jar", "libjackson2-core-java"}};
+// What the converter of the examples reads with.
+constexpr provider::Jar kOtherJars[] = {{"jackson-core.jar", "libjackson2-core-java"}};
 
 std::string packageOf(const std::string& file) {
-    for (const auto& jars : {std::span<const Jar>(kProviderJars), std::span<const Jar>(kStoreJars),
-                             std::span<const Jar>(kOtherJars)}) {
-        for (const Jar& jar : jars) {
+    for (const auto& jars :
+         {provider::clientJars(), provider::storeJars(), std::span<const provider::Jar>(kOtherJars)}) {
+        for (const provider::Jar& jar : jars) {
             if (file == jar.file) return jar.package;
         }
     }
     return {};
 }
 
-template <typename Jars>
-void add(std::vector<std::string>& names, const Jars& jars) {
-    for (const Jar& jar : jars) names.emplace_back(jar.file);
+void add(std::vector<std::string>& names, std::span<const provider::Jar> jars) {
+    for (const provider::Jar& jar : jars) names.emplace_back(jar.file);
 }
 
 std::string located(const std::vector<std::string>& names) {
@@ -73,21 +53,20 @@ std::string located(const std::vector<std::string>& names) {
 
 }  // namespace
 
-std::string classPath(const Settings& settings) {
+std::string classPath(const std::vector<std::string>& jars, const std::vector<std::string>& added) {
     std::vector<std::string> names;
     const auto isConnector = [](const std::string& name) { return fs::path(name).filename() == kConnector; };
-    if (std::none_of(settings.classPath.begin(), settings.classPath.end(), isConnector))
-        names.emplace_back(kConnector);
-    names.insert(names.end(), settings.classPath.begin(), settings.classPath.end());
-    if (settings.classPath.empty()) add(names, kProviderJars);
-    names.insert(names.end(), settings.addClassPath.begin(), settings.addClassPath.end());
+    if (std::none_of(jars.begin(), jars.end(), isConnector)) names.emplace_back(kConnector);
+    names.insert(names.end(), jars.begin(), jars.end());
+    if (jars.empty()) add(names, provider::clientJars());
+    names.insert(names.end(), added.begin(), added.end());
     return located(names);
 }
 
-std::string brokerClassPath(bool store) {
+std::string brokerClassPath(BrokerStore store) {
     std::vector<std::string> names;
-    add(names, kProviderJars);
-    if (store) add(names, kStoreJars);
+    add(names, provider::clientJars());
+    if (store == BrokerStore::kFiles) add(names, provider::storeJars());
     return located(names);
 }
 

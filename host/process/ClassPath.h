@@ -1,4 +1,4 @@
-// The Java class path that a configuration asks for.
+// The Java class path, of jars that are found and there.
 #pragma once
 
 #include <string>
@@ -6,14 +6,15 @@
 
 namespace host {
 
-struct Settings;
+// The connector, the provider's jars (`jars`, else those of ActiveMQ from this distribution) and those that
+// are added, joined by ':'. A name without a folder is looked for where jars are kept. Throws Failure when
+// files are missing; it names each, with the package that holds it where that is known.
+std::string classPath(const std::vector<std::string>& jars, const std::vector<std::string>& added);
 
-// The connector, the provider's jars ([host] classPath, else those of ActiveMQ from this distribution) and
-// [host] addClassPath, joined by ':'. A name without a folder is looked for where jars are kept. Throws
-// Failure when files are missing; it names each, with the package that holds it where that is known.
-std::string classPath(const Settings& settings);
+// Where a broker keeps its messages.
+enum class BrokerStore { kMemory, kFiles };
 
-// The same for the broker of this distribution's ActiveMQ; `store`: with its message store.
-std::string brokerClassPath(bool store);
+// The same for the broker of this distribution's ActiveMQ.
+std::string brokerClassPath(BrokerStore store);
 
 }  // namespace host

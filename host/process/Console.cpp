@@ -2,8 +2,6 @@
 
 #include <unistd.h>
 
-#include <array>
-#include <cstdio>
 #include <mutex>
 
 #include "host/process/SafeText.h"
@@ -29,19 +27,9 @@ void put(const std::string& text) {
 // The cursor goes back to the line's begin: what others print, the JVM say, then replaces the status.
 std::string statusLine() { return shownStatus.empty() ? std::string() : shownStatus + '\r'; }
 
-std::string escaped(char32_t code) {
-    if (code == '\n') return "\\n";
-    if (code == '\t') return "\\t";
-    std::array<char, 12> escape;
-    std::snprintf(escape.data(), escape.size(), code < 0x80 ? "\\x%02X" : "\\u%04X", unsigned{code});
-    return escape.data();
-}
-
 std::string eraseStatus() { return shownStatus.empty() ? std::string() : std::string(kEraseLine); }
 
 }  // namespace
-
-std::string oneLine(std::string_view text) { return withoutSteering(text, escaped); }
 
 std::string shown(std::string_view text) { return oneLine(withoutSecrets(text)); }
 
@@ -62,7 +50,6 @@ void sayModified(const std::string& prefix, const char* text) {
 bool canShowStatus() { return ::isatty(STDERR_FILENO) == 1; }
 
 void showStatus(std::string_view text) {
-    if (!canShowStatus()) return;
     const std::lock_guard guard(terminalLock);
     shownStatus = text;
     put(std::string(kEraseLine) + statusLine());

@@ -8,6 +8,7 @@
 
 #include "host/process/Failure.h"
 #include "host/process/Installation.h"
+#include "host/process/Provider.h"
 #include "toolkit/kel_java_native.h"
 
 namespace fs = std::filesystem;
@@ -21,45 +22,7 @@ constexpr char kLibraryBelowHome[] = "lib/server/libjvm.so";
 constexpr const char* kOwnOptions[] = {
     "-Xrs",  // the process handles SIGINT and SIGTERM itself
     "-Djava.util.logging.SimpleFormatter.format=%4$s: %5$s%6$s%n",
-    // The provider's own list works by packages; the filter below is narrower.
-    "-Dorg.apache.activemq.SERIALIZABLE_PACKAGES=java.lang,java.math,java.util",
 };
-
-// An object message is deserialised by the provider before anybody can look at it, so the JVM itself admits
-// no classes but values, arrays of them, and lists; some lists are written and read as others.
-constexpr const char* kAdmittedClasses[] = {
-    "java.lang.Object",
-    "java.lang.String",
-    "java.lang.Number",
-    "java.lang.Byte",
-    "java.lang.Short",
-    "java.lang.Integer",
-    "java.lang.Long",
-    "java.lang.Float",
-    "java.lang.Double",
-    "java.lang.Boolean",
-    "java.math.BigDecimal",
-    "java.math.BigInteger",
-    "java.util.Date",
-    "java.util.ArrayList",
-    "java.util.LinkedList",
-    "java.util.Vector",
-    "java.util.Arrays$ArrayList",
-    "java.util.CollSer",
-    "java.util.ImmutableCollections$List12",
-    "java.util.ImmutableCollections$ListN",
-    "java.util.Collections$EmptyList",
-    "java.util.Collections$SingletonList",
-    "java.util.Collections$UnmodifiableCollection",
-    "java.util.Collections$UnmodifiableList",
-    "java.util.Collections$UnmodifiableRandomAccessList",
-};
-
-std::string serialFilter() {
-    std::string option = "-Djdk.serialFilter=maxdepth=10;maxarray=100000";
-    for (const char* name : kAdmittedClasses) option.append(";").append(name);
-    return option + ";!*";
-}
 
 std::string libraryFile() {
     const char* home = std::getenv("JAVA_HOME");
@@ -101,7 +64,7 @@ void startJvm(const std::string& classPath, const std::vector<std::string>& opti
         throw Failure(file + " is no Java virtual machine: it has no JNI_CreateJavaVM.");
 
     std::vector<std::string> all(std::begin(kOwnOptions), std::end(kOwnOptions));
-    all.push_back(serialFilter());
+    for (std::string& option : provider::admittedClasses()) all.push_back(std::move(option));
     all.push_back("-Djava.class.path=" + classPath);
     all.insert(all.end(), options.begin(), options.end());
     std::vector<JavaVMOption> jvmOptions;

@@ -22,7 +22,7 @@ constexpr size_t kChunk = 1 << 16;
 constexpr size_t kLongest = 64 << 20;  // what the connector receives by default
 
 [[noreturn]] void fail(const std::string& name, int error) {
-    throw Failure("The file " + name + " cannot be read: " + std::generic_category().message(error) +
+    throw Failure(name + " cannot be read: " + std::generic_category().message(error) +
                   "; it must be a file or pipe with messages.");
 }
 

@@ -17,7 +17,6 @@
 
 #include "host/process/Console.h"
 #include "host/process/Failure.h"
-#include "host/process/RowFile.h"
 
 namespace host {
 
@@ -47,16 +46,16 @@ int openFile(const std::string& file) {
             errno = error;
             return descriptor;
         }
-        if (looks == kLooksBeforeWord) say("The pipe " + file + " has no reader; waiting for one.");
+        if (looks == kLooksBeforeWord) say("The pipe " + file + " has no reader; the command waits for one.");
         std::this_thread::sleep_for(kLookAgain);
     }
 }
 
 }  // namespace
 
-Output::Output(const std::string& file, std::string_view form)
+Output::Output(const std::string& file, const RowShape* rows)
     : name_(file.empty() ? "standard output" : file),
-      isOfRows_(!form.empty()),
+      isOfRows_(rows != nullptr),
       descriptor_(file.empty() ? ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1)
                                : openFile(file)) {
     const int flags = descriptor_ < 0 ? -1 : ::fcntl(descriptor_, F_GETFL);
@@ -68,7 +67,7 @@ Output::Output(const std::string& file, std::string_view form)
     kind_ = S_ISREG(status.st_mode) ? Kind::kFile : S_ISSOCK(status.st_mode) ? Kind::kSocket : Kind::kOther;
     isTerminal_ = ::isatty(descriptor_) == 1;
     const bool isContinued = kind_ == Kind::kFile && (flags & O_APPEND) != 0;
-    if (isContinued && isOfRows_) cutTornRow(descriptor_, name_, form);
+    if (isContinued && isOfRows_) cutTornRow(descriptor_, name_, *rows);
     ::dup2(STDERR_FILENO, STDOUT_FILENO);
 }
 

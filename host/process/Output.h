@@ -5,16 +5,18 @@
 #include <string>
 #include <string_view>
 
+#include "host/process/RowFile.h"
+
 namespace host {
 
 // Belongs to one thread; stop may come from any other.
 class Output {
 public:
     // "" is standard output, which from then on is this object's alone: whatever else this process prints
-    // there, such as the JVM, comes out on standard error. `form`: that of rows, "" for other results. A file
-    // is appended to, because a run that takes up a durable subscription continues it; a row at its end that
-    // was not written whole is cut off. Waits for a pipe's reader. Throws Failure.
-    explicit Output(const std::string& file = "", std::string_view form = "");
+    // there, such as the JVM, comes out on standard error. `rows`: how they look; null for other results. A
+    // file is appended to, because a run that takes up a durable subscription continues it; a row at its end
+    // that was not written whole is cut off. Waits for a pipe's reader. Throws Failure.
+    explicit Output(const std::string& file = "", const RowShape* rows = nullptr);
     ~Output();
     Output(const Output&) = delete;
     Output& operator=(const Output&) = delete;

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <initializer_list>
 #include <system_error>
 
 #include "host/process/Console.h"
@@ -18,21 +17,8 @@ namespace {
 
 constexpr off_t kChunk = 1 << 16;
 
-// How a line begins that a run writes in this form.
-struct Form {
-    std::string_view name;
-    std::initializer_list<std::string_view> beginnings;
-};
-const Form kForms[] = {
-    {"jsonl", {R"({"stream":)"}},
-    {"csv", {"op,seq,", "i,", "u,", "d,", "p,", "s,"}},
-    {"table", {"op  seq ", "--  --------", "i  ", "u  ", "d  ", "p  ", "s  "}},
-};
-
-bool isBeginOfRow(std::string_view text, std::string_view form) {
-    const auto* found = std::find_if(std::begin(kForms), std::end(kForms),
-                                     [form](const Form& one) { return one.name == form; });
-    return std::any_of(found->beginnings.begin(), found->beginnings.end(), [text](std::string_view one) {
+bool isBeginOfRow(std::string_view text, const RowShape& shape) {
+    return std::any_of(shape.beginnings.begin(), shape.beginnings.end(), [text](std::string_view one) {
         return text.starts_with(one) || one.starts_with(text);
     });
 }
@@ -118,18 +104,18 @@ off_t endOfCsv(Reader& file) {
 
 }  // namespace
 
-void cutTornRow(int descriptor, const std::string& name, std::string_view form) {
+void cutTornRow(int descriptor, const std::string& name, const RowShape& shape) {
     Reader file(descriptor, name);
-    const off_t whole = form == "csv" ? endOfCsv(file) : endOfLines(file);
+    const off_t whole = shape.lineFeeds == LineFeeds::kInQuotesToo ? endOfCsv(file) : endOfLines(file);
     if (whole == file.size()) return;
-    if (!isBeginOfRow(file.read(whole, file.size()), form))
+    if (!isBeginOfRow(file.read(whole, file.size()), shape))
         throw Failure("The file " + name + " ends in the middle of a line that is no row in the form " +
-                      std::string(form) + "; end that line, or name another file.");
+                      shape.form + "; end that line, or name another file.");
     if (::ftruncate(descriptor, whole) != 0)
         throw Failure("The torn row at the end of " + name + " cannot be cut off: " +
                       std::generic_category().message(errno) + "; cut it off, or name another file.");
-    say("Cut off the last " + std::to_string(file.size() - whole) + " bytes of " + name +
-        ", a row that was not written whole; its message comes again.");
+    say("The last " + std::to_string(file.size() - whole) + " bytes of " + name +
+        " were a row that was not written whole and are cut off; its message comes again.");
 }
 
 }  // namespace host

@@ -1,6 +1,8 @@
 #include "host/process/SafeText.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdio>
 
 namespace host {
 
@@ -35,14 +37,22 @@ Character firstOf(std::string_view text) {
     return {code, length};
 }
 
+std::string escaped(char32_t code) {
+    if (code == '\n') return "\\n";
+    if (code == '\t') return "\\t";
+    std::array<char, 12> escape;
+    std::snprintf(escape.data(), escape.size(), code < 0x80 ? "\\x%02X" : "\\u%04X", unsigned{code});
+    return escape.data();
+}
+
 }  // namespace
 
-std::string withoutSteering(std::string_view utf8, const std::function<std::string(char32_t)>& replacement) {
+std::string oneLine(std::string_view utf8) {
     std::string result;
     while (!utf8.empty()) {
         const Character character = firstOf(utf8);
         if (isSteering(character.code)) {
-            result += replacement(character.code);
+            result += escaped(character.code);
         } else {
             result += utf8.substr(0, character.length);
         }

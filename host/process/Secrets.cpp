@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cctype>
 
+#include "host/values/Text.h"
+
 namespace host {
 
 namespace {
@@ -18,9 +20,7 @@ bool isOfName(char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0 
 
 // Where the next name begins that has one of the words in it, from the word on.
 size_t findName(std::string_view text, size_t from) {
-    const auto isSame = [](char c, char lower) {
-        return std::tolower(static_cast<unsigned char>(c)) == lower;
-    };
+    const auto isSame = [](char c, char lower) { return lowerCase(c) == lower; };
     size_t first = text.size();
     for (const std::string_view name : kNames) {
         const auto* end = text.data() + first;

@@ -18,7 +18,7 @@ namespace {
 constexpr std::chrono::milliseconds kSameRequest(300);
 
 void leave() {
-    say("Stopped before the command was ready.");
+    say(kStoppedEarly);
     std::_Exit(kFailed);
 }
 

@@ -12,6 +12,8 @@ namespace host {
 // ends the process with one sentence.
 void watchSignals();
 
+inline constexpr char kStoppedEarly[] = "The command was stopped before it was ready.";
+
 // Service managers kill what has not ended ten seconds after their signal.
 inline constexpr std::chrono::seconds kLongestStop(9);
 

@@ -5,7 +5,8 @@
 #include <charconv>
 #include <cmath>
 
-#include "host/rows/RowFormat.h"
+#include "host/rows/RowForms.h"
+#include "host/rows/TextSink.h"
 #include "host/values/ModifiedUtf8.h"
 
 namespace host {
@@ -48,6 +49,7 @@ private:
     }
 
     void write(std::monostate) { writer_.Null(); }
+    void write(bool value) { writer_.Bool(value); }
     void write(std::int64_t value) { writer_.Int64(value); }
     void write(const std::string& modified) {
         utf8_.clear();
@@ -74,6 +76,12 @@ private:
 
 }  // namespace
 
+const RowShape kJsonShape = {"jsonl", {R"({"stream":)"}};
+
 std::unique_ptr<RowFormat> makeJsonLines(const RowType& type) { return std::make_unique<JsonLines>(type); }
+
+std::unique_ptr<RowSink> makeJsonSink(const RowType& type, const std::string& file) {
+    return std::make_unique<TextSink>(file, kJsonShape, [&type](bool) { return makeJsonLines(type); });
+}
 
 }  // namespace host

@@ -3,7 +3,6 @@
 #include <array>
 #include <cstdio>
 
-#include "host/connection/ConnectionState.h"
 #include "host/process/Console.h"
 
 namespace host {
@@ -23,21 +22,8 @@ void sayTotals(const Totals& totals, double seconds) {
     say(text.data());
 }
 
-void SilentBadMessages::add(std::int64_t count, Clock::time_point now) {
-    untold_ += count;
-    if (now - told_ >= std::chrono::seconds(1)) tell(now);
-}
-
-void SilentBadMessages::tell(Clock::time_point now) {
-    if (untold_ == 0) return;
-    say(std::to_string(untold_) + (untold_ == 1 ? " message was" : " messages were") +
-        " counted as bad without a reason from the adapter: for another stream than \"" + stream_ +
-        "\", or refused by the connector, which then says so above.");
-    untold_ = 0;
-    told_ = now;
-}
-
-StatusLine::StatusLine(Clock::time_point start) : isShown_(canShowStatus()), drawn_(start) {}
+StatusLine::StatusLine(Clock::time_point start, std::function<bool()> isConnected)
+    : isShown_(canShowStatus()), isConnected_(std::move(isConnected)), drawn_(start) {}
 
 StatusLine::~StatusLine() { hideStatus(); }
 
@@ -47,7 +33,7 @@ void StatusLine::update(const Totals& totals, Clock::time_point now) {
     std::array<char, 160> text;
     std::snprintf(text.data(), text.size(), "good %lld, bad %lld, %.0f rows/s%s",
                   static_cast<long long>(totals.good), static_cast<long long>(totals.bad), rate,
-                  connectionState() == ConnectionState::kOpen ? "" : ", no connection");
+                  isConnected_() ? "" : ", no connection");
     showStatus(text.data());
     drawn_ = now;
     goodThen_ = totals.good;

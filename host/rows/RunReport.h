@@ -1,17 +1,12 @@
-// What a run tells its user while it goes on and at its end.
+// How far a run is: a line while it goes on, and the totals at its end.
 #pragma once
 
-#include <chrono>
 #include <cstdint>
-#include <string>
+#include <functional>
+
+#include "host/process/Clock.h"
 
 namespace host {
-
-using Clock = std::chrono::steady_clock;
-
-inline double secondsBetween(Clock::time_point start, Clock::time_point end) {
-    return std::chrono::duration<double>(end - start).count();
-}
 
 struct Totals {
     std::int64_t total = 0;  // messages taken
@@ -22,24 +17,11 @@ struct Totals {
 // `seconds`: from "ready" to the last message.
 void sayTotals(const Totals& totals, double seconds);
 
-// Tells of bad messages for which the adapter gave no reason, at most once a second.
-class SilentBadMessages {
-public:
-    explicit SilentBadMessages(std::string stream) : stream_(std::move(stream)) {}
-
-    void add(std::int64_t count, Clock::time_point now);  // call it with 0 too, as time goes on
-    void tell(Clock::time_point now);                     // what is untold so far
-
-private:
-    std::string stream_;
-    std::int64_t untold_ = 0;
-    Clock::time_point told_;
-};
-
 // The live line on a terminal: good and bad rows, rows a second lately, and whether the connection is lost.
 class StatusLine {
 public:
-    explicit StatusLine(Clock::time_point start);
+    // `isConnected` is asked in update.
+    StatusLine(Clock::time_point start, std::function<bool()> isConnected);
     ~StatusLine();
     StatusLine(const StatusLine&) = delete;
     StatusLine& operator=(const StatusLine&) = delete;
@@ -48,6 +30,7 @@ public:
 
 private:
     const bool isShown_;
+    const std::function<bool()> isConnected_;
     Clock::time_point drawn_;
     std::int64_t goodThen_ = 0;
 };

@@ -21,8 +21,6 @@ std::string_view trimmed(std::string_view text) {
     return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
-const char* orEmpty(const char* text) { return text != nullptr ? text : ""; }
-
 // Puts parameter n where the text says {n}; what names no parameter stays as it is.
 std::string filled(std::string_view text, std::span<const char* const> parameters) {
     std::string result;
@@ -66,7 +64,7 @@ bool Catalogue::load(const std::string& file, std::string& error) {
     return false;
 }
 
-char* Catalogue::newText(const char* key, std::span<const char* const> parameters) const {
+char* Catalogue::newMessage(const char* key, std::span<const char* const> parameters) const {
     const auto found = texts_.find(std::string_view(orEmpty(key)));
     if (found != texts_.end()) {
         return parameters.empty() ? host::newText(found->second)
@@ -103,7 +101,7 @@ int severity(const char* key) {
 template <typename... Parameters>
 char* message(const char* key, Parameters... parameters) {
     const std::array<const char*, sizeof...(Parameters)> all = {parameters...};
-    return sharedCatalogue().newText(key, all);
+    return sharedCatalogue().newMessage(key, all);
 }
 
 }  // namespace
@@ -133,7 +131,7 @@ char* getL10NMessageWithFiveParams(void* /*callback*/, const char* key, const ch
 }
 char* getL10NMessageWithMultParams(void* /*callback*/, const char* key, int count, const char** params) {
     const size_t length = params != nullptr && count > 0 ? static_cast<size_t>(count) : 0;
-    return host::sharedCatalogue().newText(key, {params, length});
+    return host::sharedCatalogue().newMessage(key, {params, length});
 }
 void deleteL10NMessage(char* text) { delete[] text; }
 

@@ -15,7 +15,7 @@ public:
 
     // "KEY: text" with the parameters in their places; the key followed by its parameters when it is
     // unknown. An array-new buffer.
-    char* newText(const char* key, std::span<const char* const> parameters) const;
+    char* newMessage(const char* key, std::span<const char* const> parameters) const;
 
 private:
     struct Hash {

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "host/toolkit/ErrorList.h"
+#include "host/toolkit/NewText.h"
 #include "host/toolkit/RowType.h"
 #include "toolkit/kel_adapter_util.h"
 
@@ -127,7 +128,7 @@ bool ConnectionRow::fromServerRow(const ServerRow& row) {
     op = row.op;
     for (size_t i = 0; i < row.values.size(); ++i) {
         const std::string text = writeValue(row.values[i]);
-        const char* value = std::holds_alternative<std::monostate>(row.values[i]) ? nullptr : text.c_str();
+        const char* value = isNull(row.values[i]) ? nullptr : text.c_str();
         byNames_ ? set(row.type->columns[i].name.c_str(), value) : set(static_cast<int>(i), value);
     }
     return true;
@@ -142,8 +143,6 @@ bool handOut(const ConnectionRow::Field* field, const char** value) {
     *value = field->null ? nullptr : field->text.c_str();
     return true;
 }
-
-const char* orEmpty(const char* text) { return text != nullptr ? text : ""; }
 
 // An empty format means the default one.
 void setFormat(std::string& format, const char* text, const char* byDefault) {

@@ -12,8 +12,6 @@ namespace {
 
 constexpr std::uint32_t kUntyped = 6;
 
-Context* contextOf(void* callback) { return static_cast<Context*>(callback); }
-
 const RowType& typeOf(void* handle) {
     static const RowType none("", {});
     return handle != nullptr ? *static_cast<const RowType*>(handle) : none;

@@ -35,6 +35,8 @@ struct Context {
     std::map<std::string, Transaction> posted;  // stream name -> what was posted to it last
 };
 
+inline Context* contextOf(void* callback) { return static_cast<Context*>(callback); }
+
 // Sets who hears of every text that is added to any error list, as it is added; may be called from any
 // thread. Set it before an adapter is created.
 void setErrorSink(std::function<void(const char* text)> sink);

@@ -8,8 +8,6 @@
 
 namespace {
 
-host::Context* contextOf(void* callback) { return static_cast<host::Context*>(callback); }
-
 // The order in which the outside names the columns, which here always is the platform's as well.
 struct Permutation {
     std::vector<std::string> names;
@@ -41,27 +39,25 @@ struct GuaranteedDelivery {
 
 GuaranteedDelivery& deliveryOf(void* handle) { return *static_cast<GuaranteedDelivery*>(handle); }
 
-const char* orEmpty(const char* text) { return text != nullptr ? text : ""; }
-
 }  // namespace
 
 extern "C" {
 
 // ---- notification
 void notifyConnState(void* callback, int state) {
-    const std::lock_guard guard(contextOf(callback)->lock);
-    contextOf(callback)->connectionState = state;
+    const std::lock_guard guard(host::contextOf(callback)->lock);
+    host::contextOf(callback)->connectionState = state;
 }
 void postStartSync(void* /*callback*/) {}
 void postEndSync(void* /*callback*/) {}
 void* getTimeContext(void* /*callback*/) { return nullptr; }
 void activateOutput(void* callback) {
-    const std::lock_guard guard(contextOf(callback)->lock);
-    contextOf(callback)->outputActive = true;
+    const std::lock_guard guard(host::contextOf(callback)->lock);
+    host::contextOf(callback)->outputActive = true;
 }
 void deactivateOutput(void* callback) {
-    const std::lock_guard guard(contextOf(callback)->lock);
-    contextOf(callback)->outputActive = false;
+    const std::lock_guard guard(host::contextOf(callback)->lock);
+    host::contextOf(callback)->outputActive = false;
 }
 char* getConfiguredSections(void* /*params*/) { return host::newText(""); }
 
@@ -77,7 +73,7 @@ bool isDirect(void* /*row*/) { return false; }
 void setPrototype(void* /*row*/, void* /*prototype*/) {}
 
 // ---- row pools
-void* createConnectionRowPool(const char* rowType) { return new RowPool{orEmpty(rowType)}; }
+void* createConnectionRowPool(const char* rowType) { return new RowPool{host::orEmpty(rowType)}; }
 void deleteConnectionRowPool(void* pool) { delete static_cast<RowPool*>(pool); }
 void* alloc(void* pool) { return createConnectionRow(static_cast<RowPool*>(pool)->rowType.c_str()); }
 void freeConnectionRow(void* /*pool*/, void* row) { deleteConnectionRow(row); }
@@ -133,20 +129,22 @@ void* getConnectionRowType(void* /*callback*/, const char* /*streamName*/) { ret
 void* createGDSupport(void* /*callback*/) { return new GuaranteedDelivery; }
 void deleteGDSupport(void* support) { delete static_cast<GuaranteedDelivery*>(support); }
 bool enableGDMode(void* /*support*/) { return false; }
-void setGDKeyColumnName(void* support, const char* name) { deliveryOf(support).keyColumn = orEmpty(name); }
+void setGDKeyColumnName(void* support, const char* name) {
+    deliveryOf(support).keyColumn = host::orEmpty(name);
+}
 void setOpcodeColumnName(void* support, const char* name) {
-    deliveryOf(support).opcodeColumn = orEmpty(name);
+    deliveryOf(support).opcodeColumn = host::orEmpty(name);
 }
 int64_t getGDKey(void* /*support*/, void* /*row*/) { return 0; }
 
 // ---- sessions and connectivity
 bool addLocalSession(void* callback, const char* session) {
-    const std::lock_guard guard(contextOf(callback)->lock);
-    return contextOf(callback)->sessions.insert(orEmpty(session)).second;
+    const std::lock_guard guard(host::contextOf(callback)->lock);
+    return host::contextOf(callback)->sessions.insert(host::orEmpty(session)).second;
 }
 bool removeLocalSession(void* callback, const char* session) {
-    const std::lock_guard guard(contextOf(callback)->lock);
-    return contextOf(callback)->sessions.erase(orEmpty(session)) > 0;
+    const std::lock_guard guard(host::contextOf(callback)->lock);
+    return host::contextOf(callback)->sessions.erase(host::orEmpty(session)) > 0;
 }
 char* getGWHostPort(void* /*callback*/) { return host::newText(""); }
 char* getDefaultConnectionInfo(void* /*callback*/) { return host::newText(""); }

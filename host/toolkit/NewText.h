@@ -1,4 +1,4 @@
-// Text handed out as char*: an array-new buffer that the caller releases with array delete.
+// Texts of the C interface.
 #pragma once
 
 #include <algorithm>
@@ -6,10 +6,14 @@
 
 namespace host {
 
+// Handed out: an array-new buffer that the caller releases with array delete.
 inline char* newText(std::string_view text) {
     char* copy = new char[text.size() + 1];
     *std::copy(text.begin(), text.end(), copy) = '\0';
     return copy;
 }
+
+// Handed in.
+inline const char* orEmpty(const char* text) { return text != nullptr ? text : ""; }
 
 }  // namespace host

@@ -59,7 +59,7 @@ bool ConnectionRow::readFields(ServerRow& row, std::string& error) const {
     }
     for (size_t i = 0; i < row.values.size(); ++i) {
         const Column& column = type_->columns[i];
-        if (column.key && std::holds_alternative<std::monostate>(row.values[i])) {
+        if (column.key && isNull(row.values[i])) {
             error = "key column \"" + column.name + "\" (" + typeName(column.type) +
                     ") is null in the message; a key column needs a value.";
             return false;

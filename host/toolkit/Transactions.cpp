@@ -6,7 +6,6 @@
 namespace {
 
 host::Transaction& transactionOf(void* handle) { return *static_cast<host::Transaction*>(handle); }
-host::Context* contextOf(void* callback) { return static_cast<host::Context*>(callback); }
 
 }  // namespace
 
@@ -15,7 +14,7 @@ extern "C" {
 // Borrowed, and valid until the next transaction is posted to that stream.
 void* getTransaction(void* callback, const char* streamName) {
     if (callback == nullptr || streamName == nullptr) return nullptr;
-    host::Context* context = contextOf(callback);
+    host::Context* context = host::contextOf(callback);
     const std::lock_guard guard(context->lock);
     const auto found = context->posted.find(streamName);
     return found != context->posted.end() ? &found->second : nullptr;
@@ -39,7 +38,7 @@ bool postTransaction(void* callback, void* trans) {
 }
 bool postTransactionToStream(void* callback, void* trans, const char* streamName) {
     if (callback == nullptr || streamName == nullptr) return false;
-    host::Context* context = contextOf(callback);
+    host::Context* context = host::contextOf(callback);
     const std::lock_guard guard(context->lock);
     context->posted[streamName] = transactionOf(trans);
     return true;

@@ -10,8 +10,13 @@ namespace host {
 
 class RowType;
 
-// Null; int16, integer and long; float; every other type as the data type library writes it.
-using Value = std::variant<std::monostate, std::int64_t, double, std::string>;
+// Null; boolean; int16, integer and long; float; every other type as the data type library writes it.
+using Value = std::variant<std::monostate, bool, std::int64_t, double, std::string>;
+
+inline bool isNull(const Value& value) { return std::holds_alternative<std::monostate>(value); }
+inline bool isNumber(const Value& value) {
+    return std::holds_alternative<std::int64_t>(value) || std::holds_alternative<double>(value);
+}
 
 struct ServerRow {
     const RowType* type;  // null for a row that was given a stream's name only: all its values are texts

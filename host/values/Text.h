@@ -42,6 +42,15 @@ inline size_t cellWidth(std::string_view utf8) {
     return cells;
 }
 
+// Letters of ASCII only.
+inline char lowerCase(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+
+inline std::string lowerCase(std::string_view text) {
+    std::string result;
+    for (const char c : text) result += lowerCase(c);
+    return result;
+}
+
 inline void addToList(std::string& list, std::string_view item, std::string_view separator = ", ") {
     if (!list.empty()) list += separator;
     list += item;

@@ -30,6 +30,8 @@ public:
 
     Value value() {
         switch (type_) {
+            case DataTypes::kBoolean:
+                return held_.booleanValue != 0;
             case DataTypes::kInt16:
                 return std::int64_t{held_.int16Value};
             case DataTypes::kInteger:
@@ -104,6 +106,7 @@ bool readValue(std::uint32_t type, const std::string& text, const TemporalFormat
 
 std::string writeValue(const Value& value) {
     if (const auto* text = std::get_if<std::string>(&value)) return *text;
+    if (const auto* flag = std::get_if<bool>(&value)) return *flag ? "true" : "false";
     std::array<char, 32> buffer;
     std::to_chars_result written{buffer.data(), std::errc()};
     if (const auto* integer = std::get_if<std::int64_t>(&value))

@@ -11,7 +11,7 @@ constexpr char kLines[] = "Trades,i,IBM,1,2.5\nTrades,p,NOVA,,\n";
 constexpr char kCsv[] = "op,seq,Symbol,Shares,Price\ni,0,IBM,1,2.5\np,1,NOVA,,\ni,2,IBM,1,2.5\np,3,NOVA,,\n";
 constexpr char kTable[] =
     "op  seq       Symbol    Shares    Price\n--  --------  --------  --------  --------\n"
-    "u          0  two?lines         3         4\n";
+    "u          0  two\\nlines         3         4\n";
 // The answers of discovery as they stand, whatever its TOML makes of them.
 constexpr char kSamples[] = "column_0  column_1\ndate      string\n--------  --------\n1         a\xC3\xA4\n-20       b\n";
 constexpr char kJson[] =
@@ -33,7 +33,7 @@ TEST(CommandLine, EachOptionAndExitCode) {
     // Configuration, arguments, exit code, all of standard output, a text within standard error.
     const std::tuple<const std::string*, Texts, int, const char*, const char*> rows[] = {
         {&config, {"send", "--repeat", "2", lines}, 0, "", "sent 4 messages"},
-        {&config, {"run", "--rows", "4", "--output", "csv"}, 0, kCsv, "good 4"},
+        {&config, {"run", "--rows", "4", "--format", "csv"}, 0, kCsv, "good 4"},
         {&config, {"send", "--whole", whole}, 0, "", "sent 1 message in"},
         {&config, {"run", "--rows", "1", "--output", "table"}, 0, kTable, "good 1"},
         {&config, {"send", "--repeat", "2", "-"}, 2, "", "--repeat needs a file"},
@@ -46,8 +46,9 @@ TEST(CommandLine, EachOptionAndExitCode) {
         {&config, {"check", "--set", "host.jvmOptions=[\"-Dkel.jms.browseLimit=password=secret\"]"}, 78, masked.c_str(), ""},
         {&config, {"run", "--sett", "connection.jndiURL=tcp://h?jms.password=secret"}, 2, "", "jms.password=***"},
         {&config, {"run", "--feed", "/no/feed"}, 1, "", "/no/feed"},
-        {&config, {"run", "--rows", "0"}, 2, "", "--rows"},
-        {&config, {"run", "--output", "xml"}, 2, "", "--output"},
+        {&config, {"run", "--rows", "0"}, 2, "", "--rows: \"0\" is no integer above 0."},
+        {&config, {"run", "--rows", "1.5"}, 2, "", "--rows: \"1.5\" is no integer above 0."},
+        {&config, {"run", "--format", "xml"}, 2, "", "\"xml\" is no form; the forms are jsonl, csv, table"},
         {&config, {"run", "--set", "connection.jndiURL=tcp://127.0.0.1:1"}, 1, "", "is not reachable"},
         {&config, {"run", "--set", "host.classPath=[\"/no/such.jar\"]"}, 78, "", "/no/such.jar"},
         {&config, {"run", "--set", "host.classPath=[\"geronimo-jms_1.1_spec.jar\"]"}, 1, "", "jndiContextFactory"},
@@ -55,11 +56,12 @@ TEST(CommandLine, EachOptionAndExitCode) {
         {&config, {"run", "--set", "connection.dataFormat=CVS"}, 78, "", "CVS"},
         {&config, {"run", "--set", "host.jvmOptions=[\"-Xmx1\"]"}, 1, "", "Too small maximum heap"},
         {&forms, {"discover", "--samples", "2"}, 0, kSamples, "warnings about column_0."},
-        {&forms, {"discover", "--output", "json", "--samples", "1"}, 0, kJson, ""},
+        {&forms, {"discover", "--format", "json", "--samples", "1"}, 0, kJson, ""},
         {&forms, {"discover", "--set", "connection.destinationName=empty"}, 1, "", "No message of \"empty\""},
         {&forms, {"discover", "--set", "connection.jndiURL=vm://localhost"}, 78, "", "a broker of its own"},
-        {&forms, {"discover", "--samples", "11"}, 2, "", "--samples"},
-        {nullptr, {"wrong"}, 2, "", "subcommand"},
+        {&forms, {"discover", "--samples", "11"}, 2, "", "--samples: \"11\" is no integer from 0 to 10."},
+        {nullptr, {"wrong"}, 2, "", "A command is required; the commands are run, discover, send, broker, check."},
+        {nullptr, {"check", "--config"}, 2, "", "--config needs a value."},
         {nullptr, {"broker", "--port", broker.port()}, 1, "", "Address already in use"},
         {nullptr, {"broker", "--port", "0", "--data", scratch.path("broker-data")}, 1, "", "is locked by another broker"},
     };
@@ -88,7 +90,7 @@ TEST(CommandLine, StandardDescriptorsThatAreClosedOrFull) {
         {"exec <&-",
          {"send", "--config", config, "--set", "connection.jndiURL=tcp://127.0.0.1:1"},
          1,
-         "The file standard input cannot be read: Bad file descriptor; it must be a file or pipe with messages.\n"},
+         "standard input cannot be read: Bad file descriptor; it must be a file or pipe with messages.\n"},
         {"exec >/dev/full", {"check", "--config", config}, 1, full},
         {"exec >/dev/full", {"check", "--help"}, 1, full},
         {"exec >/dev/full", {"broker", "--port", "0"}, 1, full},
@@ -109,11 +111,11 @@ TEST(CommandLine, APipeWithNobodyAtItsOtherEndHoldsUpNoStop) {
     EXPECT_EQ(check.wait(Seconds(10)), 78);
     EXPECT_EQ(check.output(), pipe + " cannot be read; it must be a regular file with a configuration in TOML.\n");
     HostProcess run(scratch, {"run", "--out", pipe, "--config", scratch.write("c.toml", trades(kInJvm))});
-    const std::string waiting = "The pipe " + pipe + " has no reader; waiting for one.\n";
+    const std::string waiting = "The pipe " + pipe + " has no reader; the command waits for one.\n";
     EXPECT_TRUE(within(Seconds(10), [&] { return run.errors() == waiting; })) << run.errors();
     run.signal(SIGTERM);
     EXPECT_EQ(run.wait(Seconds(10)), 1);
-    EXPECT_EQ(run.errors(), waiting + "Stopped before the command was ready.\n");
+    EXPECT_EQ(run.errors(), waiting + "The command was stopped before it was ready.\n");
 }
 
 TEST(CommandLine, ASecondSignalLeavesAtOnce) {

@@ -61,7 +61,7 @@ TEST(Discover, ARunTakesEveryMessageThatTheProposalWasMadeOf) {
                                  "\"\n" + row.connection;
         const std::string config = scratch.write("c.toml", text);
         send(scratch, config, row.messages);
-        HostProcess discovery(scratch, {"discover", "--config", config, "--output", "toml", "--explain"});
+        HostProcess discovery(scratch, {"discover", "--config", config, "--format", "toml", "--explain"});
         ASSERT_EQ(discovery.wait(), 0) << discovery.errors();
         const std::string proposal = discovery.output();
         std::stringstream parts(row.columns);

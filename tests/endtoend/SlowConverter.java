@@ -25,5 +25,7 @@ public final class SlowConverter implements MessageConverter {
     }
 
     @Override
-    public Message toMessage(String[] row, Session session) { return null; }
+    public Message toMessage(String[] row, Session session) {
+        return null;
+    }
 }

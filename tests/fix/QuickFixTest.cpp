@@ -1,5 +1,5 @@
 // Messages of ours read by QuickFIX, and of QuickFIX by ours.
-#include "bench/fix/QuickFix.h"
+#include "peers/QuickFix.h"
 
 #include <random>
 

@@ -9,7 +9,7 @@
 #include "host/configuration/Rules.h"
 #include "host/connection/Plugin.h"
 #include "host/process/ClassPath.h"
-#include "host/process/Console.h"
+#include "host/process/Provider.h"
 #include "host/values/ValueTyping.h"
 
 namespace {
@@ -116,7 +116,7 @@ TEST_F(Configuration, IsSmallAndFlat) {
     read(std::string(1 << 20, '\n'));
     EXPECT_EQ(problems.size(), 2U) << "no name, no columns";
     read(std::string((1 << 20) + 1, '\n'));
-    EXPECT_EQ(problems, Texts{file + " is too long; a configuration may have 1048576 bytes."});
+    EXPECT_EQ(problems, Texts{file + " is longer than 1048576 bytes, the most that a configuration may have."});
 }
 
 TEST_F(Configuration, EveryColumnFaultNamesTheColumn) {
@@ -137,8 +137,8 @@ TEST_F(Configuration, EveryColumnFaultNamesTheColumn) {
 
 TEST(Check, KnowsABrokerInsideTheProcess) {
     for (const char* url : {"vm://a", "vm:(broker:(tcp://h:1))", "failover:(tcp://h:1,vm://a)", "failover:vm://a"})
-        EXPECT_TRUE(host::isInJvmBroker(url)) << url;
-    for (const char* url : {"", "tcp://vm:61616", "tcp://h:1?x=vm://a", "vmx://a"}) EXPECT_FALSE(host::isInJvmBroker(url)) << url;
+        EXPECT_TRUE(host::provider::isInJvmBroker(url)) << url;
+    for (const char* url : {"", "tcp://vm:61616", "tcp://h:1?x=vm://a", "vmx://a"}) EXPECT_FALSE(host::provider::isInJvmBroker(url)) << url;
 }
 
 template <typename Action>
@@ -155,13 +155,16 @@ TEST(Files, EveryMissingOneIsNamed) {
     host::Settings settings;
     settings.classPath = {"/a/kel-connectors.jar", "/a/activemq-client.jar", "absent.jar"};
     settings.addClassPath = {"/", "hawtbuf.jar"};
-    EXPECT_EQ(failureOf([&] { host::classPath(settings); }),
+    EXPECT_EQ(failureOf([&] { host::classPath(settings.classPath, settings.addClassPath); }),
               "The Java class path lacks /a/kel-connectors.jar, /a/activemq-client.jar (Debian package libactivemq-java), absent.jar.");
     const std::string longName(300, 'x');
     settings.addClassPath = {"/" + longName, longName};
-    EXPECT_TRUE(failureOf([&] { host::classPath(settings); }).ends_with(", absent.jar, /" + longName + ", " + longName + "."));
+    EXPECT_TRUE(failureOf([&] {
+                    host::classPath(settings.classPath, settings.addClassPath);
+                }).ends_with(", absent.jar, /" + longName + ", " + longName + "."));
     settings.classPath = {"/"};
-    EXPECT_THROW(host::classPath(settings), host::Failure) << "the connector is added, and is not beside this test";
+    EXPECT_THROW(host::classPath(settings.classPath, settings.addClassPath), host::Failure)
+        << "the connector is added, and is not beside this test";
     const std::string text = failureOf([] { const host::Plugin plugin(KEL_NO_PLUGIN); });
     EXPECT_TRUE(text.starts_with("The plug-in " KEL_NO_PLUGIN " lacks the entry points createAdapter, ")) << text;
     EXPECT_TRUE(text.ends_with(", getSampleRow.")) << text;

@@ -1,8 +1,7 @@
 // What is shown to people: no password, and nothing that steers a terminal.
-#include "host/process/Console.h"
-
 #include <gtest/gtest.h>
 
+#include "host/process/SafeText.h"
 #include "host/process/Secrets.h"
 
 namespace {

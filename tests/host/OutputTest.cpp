@@ -16,7 +16,7 @@
 #include <thread>
 #include <vector>
 
-#include "host/process/Console.h"
+#include "host/rows/RowFormat.h"
 
 namespace {
 
@@ -35,7 +35,7 @@ protected:
     // An output takes standard output for its own; `descriptor` for it, and the test's own back afterwards.
     std::unique_ptr<host::Output> standardOutput(int descriptor) {
         ::dup2(descriptor, STDOUT_FILENO);
-        return std::make_unique<host::Output>("", "jsonl");
+        return std::make_unique<host::Output>("", &host::kJsonShape);
     }
     ~Output() override {
         ::dup2(own_, STDOUT_FILENO);
@@ -57,34 +57,34 @@ TEST_F(Output, ContinuesAFileBehindItsLastWholeRow) {
     const std::string heading = "op,seq,a\n";
     const std::string far = R"({"stream":")" + std::string(200'000, 'x');
     const struct {
-        const char* form;
+        const host::RowShape* shape;
         std::string whole;
         std::string torn;
         bool isRefused = false;
     } rows[] = {
-        {"jsonl", row + "\n", ""},
-        {"jsonl", row + "\n" + row + "\n", R"({"str)"},
-        {"jsonl", "", R"({"stream":"S","op")"},
-        {"jsonl", far + "\n", far},
-        {"jsonl", "", "somebody's", true},
-        {"csv", "", "op,se"},
-        {"csv", heading + "i,0,\"x\ny\"\"\n\"\n", ""},
-        {"csv", heading, "i,0,\"x\ny"},
-        {"csv", heading, "i,0,\"x\"\"\n"},
-        {"csv", heading, "u,10"},
-        {"csv", "i,0,5\" pipe\ni,1,\"\"\n", "p,2,\"a\nb\"\"\n"},  // a quote within a field is none
-        {"csv", "", row, true},
-        {"table", "op  seq       a\n--  --------  --------\n", "u          7  \xC3"},
+        {&host::kJsonShape, row + "\n", ""},
+        {&host::kJsonShape, row + "\n" + row + "\n", R"({"str)"},
+        {&host::kJsonShape, "", R"({"stream":"S","op")"},
+        {&host::kJsonShape, far + "\n", far},
+        {&host::kJsonShape, "", "somebody's", true},
+        {&host::kCsvShape, "", "op,se"},
+        {&host::kCsvShape, heading + "i,0,\"x\ny\"\"\n\"\n", ""},
+        {&host::kCsvShape, heading, "i,0,\"x\ny"},
+        {&host::kCsvShape, heading, "i,0,\"x\"\"\n"},
+        {&host::kCsvShape, heading, "u,10"},
+        {&host::kCsvShape, "i,0,5\" pipe\ni,1,\"\"\n", "p,2,\"a\nb\"\"\n"},  // a quote within a field is none
+        {&host::kCsvShape, "", row, true},
+        {&host::kTableShape, "op  seq       a\n--  --------  --------\n", "u          7  \xC3"},
     };
-    for (const auto& [form, whole, torn, isRefused] : rows) {
+    for (const auto& [shape, whole, torn, isRefused] : rows) {
         std::ofstream(file) << whole << torn;
-        const std::string text = failureOf([&, form = form] {
-            host::Output output(file, form);
+        const std::string text = failureOf([&, shape = shape] {
+            host::Output output(file, shape);
             EXPECT_EQ(output.isAtStart(), content().empty());
             output.write("next\n");
         });
         EXPECT_EQ(text.find("no row in the form") != std::string::npos, isRefused) << text;
-        EXPECT_EQ(content(), isRefused ? torn : whole + "next\n") << form;
+        EXPECT_EQ(content(), isRefused ? torn : whole + "next\n") << shape->form;
     }
 }
 
@@ -93,7 +93,7 @@ TEST_F(Output, AFailedWriteLeavesNothingOfItsRow) {
     for (const bool isRedirected : {false, true}) {
         std::ofstream(file) << "";
         const int descriptor = ::open(file.c_str(), O_WRONLY | O_CLOEXEC);
-        const auto output = isRedirected ? standardOutput(descriptor) : std::make_unique<host::Output>(file, "jsonl");
+        const auto output = isRedirected ? standardOutput(descriptor) : std::make_unique<host::Output>(file, &host::kJsonShape);
         output->write("first\n");
         rlimit before;
         ::getrlimit(RLIMIT_FSIZE, &before);

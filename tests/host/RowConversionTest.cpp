@@ -142,6 +142,14 @@ TEST(RowFormats, JsonIsExact) {
                 {std::string("a\"\\/\n\x01\xC0\x80"), "\"a\\\"\\\\/\\n\\u0001\\u0000\""},
                 {std::string(), "\"\""}};
     for (const auto& [value, text] : rows) EXPECT_EQ(rendered(*format, type, {value}), begin + text + "}}\n");
+    for (const std::string text : {"true", "false"}) {
+        host::Value flag;
+        std::string reason;
+        ASSERT_TRUE(host::readValue(*host::typeCode("boolean"), text, {}, flag, reason)) << reason;
+        EXPECT_EQ(rendered(*format, type, {flag}), begin + text + "}}\n");
+        EXPECT_EQ(rendered(*host::makeCsv(type, false), type, {flag}), "u,7," + text + "\n");
+        EXPECT_EQ(rendered(*host::makeTable(type), type, {flag}).substr(39), "u          7  " + text + "\n");
+    }
 }
 
 TEST(RowFormats, CsvQuotesWhatWouldNotReadBack) {
@@ -158,8 +166,8 @@ TEST(RowFormats, TableAlignsAndNeverSteersTheTerminal) {
     const auto format = host::makeTable(type);
     EXPECT_EQ(rendered(*format, type, {std::string("\xC3\xA4\x1B[2J\xC2\x9B\xE2\x80\xAE"), int64_t{-5}}),
               "op  seq       Name      N\n--  --------  --------  --------\n"
-              "u          7  \xC3\xA4?[2J??         -5\n");
-    EXPECT_EQ(rendered(*format, type, {host::Value(), host::Value()}), "u          7  -         -\n");
+              "u          7  \xC3\xA4\\x1B[2J\\u009B\\u202E        -5\n");
+    EXPECT_EQ(rendered(*format, type, {host::Value(), host::Value()}), "u          7  -" + std::string(21, ' ') + "-\n");
 }
 
 }  // namespace

@@ -119,7 +119,7 @@ TEST_F(Sending, TextsGoOutOneByOne) {
     EXPECT_TRUE(jvm.takeCalls().empty());
     for (const bool throws : {false, true}) {
         jvm.answer("sendTextMessage", {nullptr, JNI_FALSE, throws});
-        EXPECT_EQ(failureOf("x"), "the message could not be sent; the connector's warning above says why.");
+        EXPECT_EQ(failureOf("x"), "the message could not be sent; the reason stands above.");
         EXPECT_EQ(jvm.leftOver(1), "");
     }
 }

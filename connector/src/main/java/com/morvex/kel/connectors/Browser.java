@@ -34,8 +34,7 @@ final class Browser {
     private List<Message> look(Link link) throws JMSException {
         Session session = link.connection().createSession(false, Session.AUTO_ACKNOWLEDGE);
         try {
-            return link.destination() instanceof Queue queue
-                    ? waiting(link, session, queue) : arriving(link, session);
+            return link.destination() instanceof Queue queue ? waiting(link, session, queue) : arriving(link, session);
         } finally {
             session.close();   // with its browser or subscriber
         }

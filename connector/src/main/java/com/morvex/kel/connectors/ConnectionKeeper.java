@@ -18,9 +18,9 @@ final class ConnectionKeeper {
     /** Of these the last three are for good. */
     private enum State {
         NEW,
-        CONNECTED,      // also while a lost connection is made again
-        DISPLACED,      // for another connector; the reader does not know of it and goes on waiting
-        GIVEN_UP,       // the reader goes on waiting here too
+        CONNECTED,   // also while a lost connection is made again
+        DISPLACED,   // for another connector; the reader does not know of it and goes on waiting
+        GIVEN_UP,    // the reader goes on waiting here too
         DISCONNECTED
     }
 
@@ -51,11 +51,11 @@ final class ConnectionKeeper {
     private Reconnect unstarted;   // for which there was no thread
     private Backoff backoff = new Backoff();
     private long openedAt;
-    private int memoryLosses;      // in a row, without progress
+    private int memoryLosses;   // in a row, without progress
     private long memoryLossesSince;
 
     private final Object telling = new Object();
-    private Outage outage;         // guarded by telling; until the link that ends it is proven
+    private Outage outage;   // guarded by telling; until the link that ends it is proven
 
     /** @param owner the connector, which is known weakly */
     ConnectionKeeper(Tuning tuning, Object owner) {
@@ -244,12 +244,14 @@ final class ConnectionKeeper {
         String repeats = again == 0 ? "" : "; " + Link.count(again) + " may come again";
         // The connector's own sentence says more than what led to it.
         String reason = cause instanceof ConnectorException ? Log.reason(cause)
-                : MemoryShortage.isBehind(cause) ? MemoryShortage.remedy(cause) : Log.rootReason(cause);
+                : MemoryShortage.isBehind(cause)            ? MemoryShortage.remedy(cause)
+                                                            : Log.rootReason(cause);
         String destination = settings().destination();
         synchronized (telling) {
             if (outage == null) {
                 String sentence = "The connection to %s was lost and is made again%s: %s.";
-                outage = new Outage(destination, tuning.remindMillis(), sentence.formatted(destination, repeats, reason), cause);
+                outage = new Outage(
+                        destination, tuning.remindMillis(), sentence.formatted(destination, repeats, reason), cause);
             } else {   // the link that seemed to end it was none
                 String sentence = "The connection to %s was lost again%s: %s.";
                 outage.goesOn(sentence.formatted(destination, repeats, reason), cause);
@@ -269,8 +271,8 @@ final class ConnectionKeeper {
         String sentence = "The connection to %s is given up: for %d s the memory has not sufficed for what the provider"
                 + " sends, before a message could be dealt with: %s; the limit of what a broker takes is its"
                 + " wireFormat.maxFrameSize.";
-        Log.warn(sentence.formatted(settings().destination(), TimeUnit.NANOSECONDS.toSeconds(GIVE_UP_NANOS),
-                MemoryShortage.remedy(cause)));
+        Log.warn(sentence.formatted(
+                settings().destination(), TimeUnit.NANOSECONDS.toSeconds(GIVE_UP_NANOS), MemoryShortage.remedy(cause)));
         synchronized (this) {
             if (generation != mine) return true;
             state = State.GIVEN_UP;
@@ -371,7 +373,8 @@ final class ConnectionKeeper {
         String destination = settings().destination();
         String sentence = "The connection to %s was lost, which the provider's client keeps to itself: %s.";
         ConnectorException cause = new ConnectorException("it tries to make it again");
-        return new Outage(destination, tuning.remindMillis(), sentence.formatted(destination, cause.getMessage()), cause);
+        return new Outage(
+                destination, tuning.remindMillis(), sentence.formatted(destination, cause.getMessage()), cause);
     }
 
     // ---- waiting

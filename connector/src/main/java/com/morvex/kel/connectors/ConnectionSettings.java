@@ -8,9 +8,8 @@ import java.util.Objects;
  * @param destinationType "QUEUE" names a queue, anything else a topic
  * @param propertyNames name of each column as a message property; null when the columns are not known
  */
-record ConnectionSettings(String connectionFactory, String destinationType, String destinationName,
-        boolean durable, String[] propertyNames, String jndiContextFactory, String jndiUrl, String clientId,
-        String subscriptionName) {
+record ConnectionSettings(String connectionFactory, String destinationType, String destinationName, boolean durable,
+        String[] propertyNames, String jndiContextFactory, String jndiUrl, String clientId, String subscriptionName) {
     /** For sentences: who is to blame, and the parameter that names it. */
     String provider() { return "The JMS provider at \"" + jndiUrl + "\" (parameter jndiURL)"; }
 

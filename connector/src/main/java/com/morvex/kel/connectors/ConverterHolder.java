@@ -26,8 +26,7 @@ final class ConverterHolder {
         } catch (ClassNotFoundException e) {
             throw new ConnectorException(name + "was not found on the class path.", e);
         } catch (ClassCastException e) {
-            throw new ConnectorException(
-                    name + "must implement " + MessageConverter.class.getName() + ".", e);
+            throw new ConnectorException(name + "must implement " + MessageConverter.class.getName() + ".", e);
         } catch (NoSuchMethodException | IllegalAccessException | InstantiationException e) {
             throw new ConnectorException(
                     name + "must be public, not abstract, with a public constructor without arguments.", e);

@@ -38,12 +38,12 @@ public final class JmsConnector {
      * @param clientId used for a durable subscription only, as is the subscription's name
      * @throws ConnectorException when a limit that is set as a system property is no positive integer
      */
-    public JmsConnector(String connectionFactory, String destinationType, String destinationName,
-            boolean durable, int[] columnTypes, String[] columnNames, String[] mappedNames,
-            String jndiContextFactory, String jndiUrl, String clientId, String subscriptionName) {
+    public JmsConnector(String connectionFactory, String destinationType, String destinationName, boolean durable,
+            int[] columnTypes, String[] columnNames, String[] mappedNames, String jndiContextFactory, String jndiUrl,
+            String clientId, String subscriptionName) {
         settings = new ConnectionSettings(connectionFactory, destinationType, destinationName, durable,
-                ConnectionSettings.propertyNames(columnNames, mappedNames), jndiContextFactory, jndiUrl,
-                clientId, subscriptionName);
+                ConnectionSettings.propertyNames(columnNames, mappedNames), jndiContextFactory, jndiUrl, clientId,
+                subscriptionName);
         tuning = Tuning.fromSystemProperties();
         keeper = new ConnectionKeeper(tuning, this);
         reader = new MessageReader(tuning);

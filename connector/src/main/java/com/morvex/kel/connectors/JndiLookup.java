@@ -67,13 +67,11 @@ final class JndiLookup {
         try {
             return new InitialContext(environment);
         } catch (NoInitialContextException e) {
-            String unusable =
-                    "The class \"%s\" (parameter jndiContextFactory) must be a JNDI context factory whose"
+            String unusable = "The class \"%s\" (parameter jndiContextFactory) must be a JNDI context factory whose"
                     + " jars are on the class path: %s.";
             throw new ConnectorException(unusable.formatted(factory, rootReason(e)), e);
         } catch (NamingException e) {
-            throw new ConnectorException(
-                    settings.provider() + " has no naming service: " + rootReason(e) + ".", e);
+            throw new ConnectorException(settings.provider() + " has no naming service: " + rootReason(e) + ".", e);
         } catch (LinkageError e) {
             throw missingJar(e);
         }
@@ -140,16 +138,14 @@ final class JndiLookup {
         return new ConnectorException(failed.formatted(name, parameter, rootReason(e)), e);
     }
 
-    private static ConnectorException wrongType(
-            String parameter, String name, Object bound, Class<?> wanted) {
+    private static ConnectorException wrongType(String parameter, String name, Object bound, Class<?> wanted) {
         String found = bound == null ? "null" : "a " + bound.getClass().getName();
         String wrong = "The name \"%s\" (parameter %s) is bound to %s, but must be bound to a %s.";
         return new ConnectorException(wrong.formatted(name, parameter, found, wanted.getName()));
     }
 
     static ConnectorException missingJar(LinkageError e) {
-        String missing =
-                "A class cannot be loaded; all jars of the provider's client must be on the class path: %s.";
+        String missing = "A class cannot be loaded; all jars of the provider's client must be on the class path: %s.";
         return new ConnectorException(missing.formatted(rootReason(e)), e);
     }
 

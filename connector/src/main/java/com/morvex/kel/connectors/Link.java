@@ -282,8 +282,8 @@ final class Link {
         long end = System.nanoTime() + TimeUnit.MILLISECONDS.toNanos(RETURN_MILLIS);
         while (hasMessageInHand() && System.nanoTime() < end) LockSupport.parkNanos(RETURN_POLL_NANOS);
         if (!hasMessageInHand()) return true;
-        Log.warn("The connection is closed while the last message handed on is still being worked on; "
-                + count(inHand) + " will come again.");
+        Log.warn("The connection is closed while the last message handed on is still being worked on; " + count(inHand)
+                + " will come again.");
         return false;
     }
 
@@ -321,8 +321,8 @@ final class Link {
             acknowledge();
         } catch (JMSException | RuntimeException e) {
             if (consumer == null) return;
-            Log.warn("The messages handed on last may come again, since acknowledging them failed: "
-                    + Log.reason(e) + ".");
+            Log.warn("The messages handed on last may come again, since acknowledging them failed: " + Log.reason(e)
+                    + ".");
             throw e;
         } finally {
             lock.unlock();

@@ -23,9 +23,8 @@ final class LinkOpener {
     /** What a connection is for. */
     enum Purpose { CONSUME, BROWSE, PRODUCE }
 
-    private static final List<Class<? extends IOException>> NOBODY_THERE =
-            List.of(ConnectException.class, NoRouteToHostException.class, UnknownHostException.class,
-                    SocketTimeoutException.class);
+    private static final List<Class<? extends IOException>> NOBODY_THERE = List.of(ConnectException.class,
+            NoRouteToHostException.class, UnknownHostException.class, SocketTimeoutException.class);
 
     private final ConnectionSettings settings;
     private final Purpose purpose;
@@ -57,9 +56,8 @@ final class LinkOpener {
         Connection connection = null;
         Link link = null;
         try {
-            connection = found.user() == null
-                    ? found.factory().createConnection()
-                    : found.factory().createConnection(found.user(), found.password());
+            connection = found.user() == null ? found.factory().createConnection()
+                                              : found.factory().createConnection(found.user(), found.password());
             onConnection.accept(connection);
             link = openOn(connection, found);
             return link;

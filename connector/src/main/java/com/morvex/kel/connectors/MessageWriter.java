@@ -33,18 +33,14 @@ final class MessageWriter {
     }
 
     /** An ObjectMessage with the array as it stands. */
-    Message array(Session session, String[] fields) throws JMSException {
-        return session.createObjectMessage(fields);
-    }
+    Message array(Session session, String[] fields) throws JMSException { return session.createObjectMessage(fields); }
 
     private String checkedName(int column) {
         String name = names[column];
-        if (isIdentifier(name) && !name.startsWith("JMS")
-                && !RESERVED.contains(name.toUpperCase(Locale.ROOT))) {
+        if (isIdentifier(name) && !name.startsWith("JMS") && !RESERVED.contains(name.toUpperCase(Locale.ROOT))) {
             return name;
         }
-        String invalid =
-                "The name \"%s\" (column %d) cannot name a message property: it must be an identifier, not"
+        String invalid = "The name \"%s\" (column %d) cannot name a message property: it must be an identifier, not"
                 + " begin with JMS and not be a word of the selector language.";
         throw new ConnectorException(invalid.formatted(name, column));
     }

@@ -5,11 +5,10 @@ record Tuning(long receiveTimeoutMillis, long connectTimeoutMillis, long clientI
         long maxMessageBytes, long maxElements, long browseLimit, long browseMillis, boolean trustObjectMessages) {
     static Tuning fromSystemProperties() {
         return new Tuning(positive("kel.jms.receiveTimeoutMillis", 250),
-                positive("kel.jms.connectTimeoutMillis", 10_000),
-                positive("kel.jms.clientIdWaitMillis", 35_000), positive("kel.jms.remindMillis", 60_000),
-                positive("kel.jms.maxMessageBytes", 64L << 20), positive("kel.jms.maxElements", 100_000),
-                positive("kel.jms.browseLimit", 100), positive("kel.jms.browseMillis", 3_000),
-                Boolean.getBoolean("kel.jms.trustObjectMessages"));
+                positive("kel.jms.connectTimeoutMillis", 10_000), positive("kel.jms.clientIdWaitMillis", 35_000),
+                positive("kel.jms.remindMillis", 60_000), positive("kel.jms.maxMessageBytes", 64L << 20),
+                positive("kel.jms.maxElements", 100_000), positive("kel.jms.browseLimit", 100),
+                positive("kel.jms.browseMillis", 3_000), Boolean.getBoolean("kel.jms.trustObjectMessages"));
     }
 
     private static long positive(String property, long standard) {

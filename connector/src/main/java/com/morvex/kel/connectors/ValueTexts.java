@@ -12,8 +12,7 @@ import java.util.Locale;
  * can stand for a value of any size, or for the same value any number of times.
  */
 final class ValueTexts {
-    private static final String VALUES_ALLOWED =
-            "strings, numbers, Booleans, java.math.BigDecimal and java.util.Date";
+    private static final String VALUES_ALLOWED = "strings, numbers, Booleans, java.math.BigDecimal and java.util.Date";
 
     /** No column takes more than 34; writing a number out takes the square of its length. */
     private static final int MOST_DIGITS = 1_000;
@@ -60,14 +59,13 @@ final class ValueTexts {
         }
         if (value instanceof BigInteger integer) checkDigits(digits(integer), index);
         if (value instanceof Date date) return epochSeconds(date);
-        if (value instanceof String || value instanceof Boolean || value instanceof Character
-                || value instanceof Byte || value instanceof Short || value instanceof Integer
-                || value instanceof Long || value instanceof Float || value instanceof Double
-                || value instanceof BigInteger) {
+        if (value instanceof String || value instanceof Boolean || value instanceof Character || value instanceof Byte
+                || value instanceof Short || value instanceof Integer || value instanceof Long || value instanceof Float
+                || value instanceof Double || value instanceof BigInteger) {
             return value.toString();
         }
-        throw new ConnectorException("its element " + index + " is a " + value.getClass().getTypeName()
-                + ", but only " + VALUES_ALLOWED + " are allowed");
+        throw new ConnectorException("its element " + index + " is a " + value.getClass().getTypeName() + ", but only "
+                + VALUES_ALLOWED + " are allowed");
     }
 
     private static void checkDigits(long digits, int index) {

@@ -54,7 +54,10 @@ public class MessagesTest extends BrokerFixture {
     }
 
     @SuppressWarnings("unchecked")
-    private static <T extends Throwable> void sneak(Throwable any) throws T { throw (T) any; }
+    private static <T extends Throwable> void sneak(Throwable any) throws T {
+        T unchecked = (T) any;
+        throw unchecked;
+    }
 
     private static Exception circle() {
         Exception one = new Exception("round and round"), other = new Exception("the other", one);

@@ -33,7 +33,9 @@ public class UnderFireTest extends BrokerFixture {
         }
 
         @Override
-        public Message toMessage(String[] row, Session session) { return null; }
+        public Message toMessage(String[] row, Session session) {
+            return null;
+        }
     }
 
     /** Whoever wants to know more of it gets another one. */
@@ -41,7 +43,9 @@ public class UnderFireTest extends BrokerFixture {
         private static final long serialVersionUID = 1L;
 
         @Override
-        public String getMessage() { throw new OutOfMemoryError("no memory to explain"); }
+        public String getMessage() {
+            throw new OutOfMemoryError("no memory to explain");
+        }
     }
 
     private void sendTexts(Destination destination, String... texts) throws JMSException {
@@ -104,7 +108,8 @@ public class UnderFireTest extends BrokerFixture {
             waitUntil("in the provider's keeping", () -> waiting(new ActiveMQQueue("ActiveMQ.DLQ")) == 1);
             String log = takeLog();
             assertTrue(log, log.contains("may come again: the message ID:"));
-            assertTrue(log, log.contains("could not be read for want of memory 3 times and was left to the provider") && log.contains("-Xmx"));
+            assertTrue(
+                    log, log.contains("could not be read for want of memory 3 times and was left to the provider") && log.contains("-Xmx"));
             connector.disconnect();
             receiveFrom(new ActiveMQQueue("ActiveMQ.DLQ"));
         }
@@ -180,7 +185,8 @@ public class UnderFireTest extends BrokerFixture {
         JmsConnector connector = receiver("");
         assertTrue(connector.initInConverter(Converter.class.getName(), ""));
         assertEquals(List.of("interrupts", "1", "2"), convertUntil("2", connector));
-        assertEquals("The converter " + Converter.class.getName() + " leaves its thread interrupted, which is cleared each time.", takeLog());
+        assertEquals(
+                "The converter " + Converter.class.getName() + " leaves its thread interrupted, which is cleared each time.", takeLog());
         cut();
         Thread.currentThread().interrupt();
         for (int i = 0; i < 3; ++i) connector.receiveCustomMessage();

@@ -1,4 +1,4 @@
-#include "bench/fix/QuickFix.h"
+#include "peers/QuickFix.h"
 
 #include <quickfix/Message.h>
 

@@ -1,0 +1,30 @@
+#include "host/commands/Check.h"
+
+#include "host/configuration/Gate.h"
+#include "host/connection/Plugin.h"
+#include "host/process/Console.h"
+#include "host/process/Failure.h"
+#include "host/process/Output.h"
+
+namespace host {
+
+int checkConfiguration(const CheckOptions& options) {
+    Output output;
+    CheckResult result;
+    if (const auto settings = examine(options.config, options.overrides, StreamSection::kNeeded, result)) {
+        try {
+            const Plugin plugin(pluginFor(*settings));
+        } catch (const Failure& failure) {
+            result.problems.push_back(options.config + ": host.plugin: " + failure.what());
+        }
+    }
+    std::vector<std::string> lines = result.problems;
+    if (lines.empty()) lines.push_back(options.config + ": the configuration has no problems.");
+    lines.insert(lines.end(), result.notes.begin(), result.notes.end());
+    std::string text;
+    for (const std::string& line : lines) text += shown(line) + '\n';
+    output.write(text);
+    return result.problems.empty() ? kDone : kBadConfiguration;
+}
+
+}  // namespace host
