@@ -141,7 +141,7 @@ private:
             if (!fields.contains(name))
                 result_.problems.push_back("stream.columns has " + inQuotes(name) +
                                            "; it must be a field named in " + dictionary +
-                                           ", else it is never filled.");
+                                           ", else every message is refused.");
         }
     }
 
