@@ -4,9 +4,9 @@
 // - `handle` is what createAdapter returned. Only deleteAdapter takes a null handle.
 // - The server serialises its calls. stop and stopRequested may come from another thread at any time; the
 //   three row counters may be read from one, but not during reset.
-// - The order: createAdapter, the three setters, reset, start, getNext again and again, stop, deleteAdapter.
-//   Without stop the connector stays connected for as long as the process lives, and what the provider hands
-//   it reaches no other reader.
+// - A server calls createAdapter, the three setters, reset, start, getNext again and again, stop and then
+//   deleteAdapter. Without stop the connector stays connected for as long as the process lives, and what the
+//   provider hands it reaches no other reader.
 // - An array of strings handed out is a malloc block of exactly as many pointers as the result says, each
 //   string an array-new buffer: release the elements with array delete, the array with free. getCapability
 //   differs: there both levels are from array new.
@@ -26,7 +26,8 @@ void deleteAdapter(void* handle);  // after stop, unless reset was never called;
 void setCallBackReference(void* handle, void* reference);
 void setConnectionRowType(void* handle, void* rowType);
 void setConnectionParams(void* handle, void* params);
-bool reset(void* handle);  // after the three setters; the thread that calls it is the one to call getNext on
+bool reset(
+    void* handle);  // after the three setters; the thread that calls it must be the one that calls getNext
 void start(void* handle);
 void* getNext(void* handle);  // a server row that now is the caller's, or null
 void putNext(void* handle, void* row);
@@ -45,7 +46,8 @@ void setState(void* handle, int state);
 bool hasError(void* handle);
 int getError(void* handle, char** text);  // number of texts; *text: an array-new buffer with one text a line
 bool isOutBase(void* handle);
-// Also while getNext runs, which passes over messages of another type for as long as there are any.
+// These may be called while getNext runs, which passes over messages of another type for as long as there are
+// any.
 int64_t getTotalRowsProcessed(void* handle);
 int64_t getNumberOfGoodRows(void* handle);
 int64_t getNumberOfBadRows(void* handle);
@@ -58,8 +60,8 @@ int getFieldNames(void* handle, char*** names, const char* table, const char* sc
 int getFieldTypes(void* handle, char*** types, const char* table, const char* schema);
 int getFieldKeys(void* handle, bool** flags, const char* table,
                  const char* schema);  // flags: release with free
-// 0, with *values untouched, for a row index that is not below the number of sample rows; indexes are not
-// negative.
+// Returns 0, with *values untouched, for a row index that is not below the number of sample rows; indexes are
+// not negative.
 int getSampleRow(void* handle, char*** values, const char* table, const char* schema, int row);
 int createTable(void* handle, const char* schema, const char* table, unsigned long count, const char** names,
                 const char** types, const bool* keys, bool firstOption, bool secondOption);

@@ -8,11 +8,11 @@ namespace DataTypes {
 // In the order in which they are tried; what none of them reads is a string.
 inline constexpr unsigned int kInferredTypes[] = {kInteger, kLong, kFloat, kDate, kTimestamp, kTime};
 
-// Whether one of these types reads the whole text by its rules. Null formats stand for the defaults.
+// Tells whether one of these types reads the whole text by its rules. Null formats stand for the defaults.
 bool readsAs(unsigned int type, const char* text, const char* dateFormat, const char* timestampFormat,
              const char* timeFormat);
 
-// The first of kInferredTypes that reads the text, else kString.
+// Returns the first of kInferredTypes that reads the text, else kString.
 unsigned int inferType(const char* text, const char* dateFormat, const char* timestampFormat,
                        const char* timeFormat);
 

@@ -62,8 +62,8 @@ public:
     // `allFields`: every token is a field, whether or not messages begin with stream name and opcode.
     bool parseCsvMessage(std::string& text, bool allFields);
 
-    // The same for the first self-closing element of the text. `names`, when given, gets the name of every
-    // attribute but the opcode's appended, in message order.
+    // Does the same for the first self-closing element of the text. `names`, when given, gets the name of
+    // every attribute but the opcode's appended, in message order.
     bool parseXmlMessage(std::string& text, std::vector<std::string>* names);
 
 private:

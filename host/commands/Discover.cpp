@@ -53,7 +53,8 @@ std::vector<bool> takeKeys(const LoadedAdapter& adapter) {
 // A configured stream's name is what discovery takes too; --stream only names the proposal.
 std::string elementAskedFor(const Session& session) {
     const Settings& settings = session.settings;
-    if (parameter(session, "dataFormat") != "XML" || !flagOf(settings, "matchStreamName")) return {};
+    const jmsin::DataFormatInfo* info = dataFormatOf(settings);
+    if (info == nullptr || !info->isByNames || !flagOf(settings, params::kMatchStreamName)) return {};
     return " with an element named " + inQuotes(toUtf8(settings.streamName)) + " (matchStreamName)";
 }
 
@@ -61,13 +62,13 @@ std::string elementAskedFor(const Session& session) {
     if (adapter.isStopped()) failAsStopped();
     if (hasSamples)
         throw Failure(
-            "The samples from " + inQuotes(parameter(session, "destinationName")) +
+            "The samples from " + inQuotes(parameter(session, params::kDestinationName)) +
             " hold nothing that could be a column, so nothing is proposed: in XML the first message that "
             "parses has no attributes, in FIX no message has a named field besides its frame.");
     throw Failure(
-        "No message of " + inQuotes(parameter(session, "destinationName")) +
+        "No message of " + inQuotes(parameter(session, params::kDestinationName)) +
         " could be taken for a sample, so nothing is proposed: none waits there, or none is of the format " +
-        parameter(session, "dataFormat") + elementAskedFor(session) + ", or the reason stands above.");
+        parameter(session, params::kDataFormat) + elementAskedFor(session) + ", or the reason stands above.");
 }
 
 // The first of the entry points discovers, the others answer from what it found.
@@ -98,9 +99,9 @@ Discovery discover(const Session& session, const LoadedAdapter& adapter) {
 
 // Without a stream there is no name that an XML element could be required to have.
 void acceptAnyElement(Session& session) {
-    const bool isXml = parameter(session, "dataFormat") == "XML";
-    if (isXml && session.settings.streamName.empty())
-        session.settings.connection.insert_or_assign("matchStreamName", std::string("0"));
+    const jmsin::DataFormatInfo* info = dataFormatOf(session.settings);
+    if (info != nullptr && info->isByNames && session.settings.streamName.empty())
+        session.settings.connection.insert_or_assign(params::kMatchStreamName, std::string("0"));
 }
 
 std::vector<std::string> remarks(const Discovery& found, const Settings& settings) {
@@ -120,10 +121,10 @@ std::vector<std::string> remarks(const Discovery& found, const Settings& setting
 // Of XML the proposal needs more than the answers tell; else only the explanation does, and only of samples
 // with blank texts that a second look can find again.
 bool needsSecondLook(const Session& session, const Discovery& found, const DiscoverOptions& options) {
-    const std::string format = parameter(session, "dataFormat");
-    if (format == "XML" && options.format != "table") return true;
-    const bool holdsAbsent = format == "XML" || format == "FIX";
-    return holdsAbsent && parameter(session, "destinationType") == "QUEUE" && holdsBlanks(found);
+    const jmsin::DataFormatInfo* info = dataFormatOf(session.settings);
+    if (info == nullptr || !info->namesFields) return false;
+    if (info->isByNames && options.format != "table") return true;
+    return parameter(session, params::kDestinationType) == jmsin::kQueue && holdsBlanks(found);
 }
 
 // Without an explanation a user would not learn of warnings; what else is wrong with one is not asked for.

@@ -185,9 +185,9 @@ private:
     // The adapter passes an absent format on as the empty text, which as a format accepts anything; a server
     // hands in the defaults instead.
     void addDefaults() {
-        settings_.connection.emplace("timeFormat", kDefaultTimeFormat);
-        settings_.connection.emplace("dateFormat", kDefaultDateFormat);
-        settings_.connection.emplace("timestampFormat", kDefaultDateFormat);
+        settings_.connection.emplace(params::kTimeFormat, kDefaultTimeFormat);
+        settings_.connection.emplace(params::kDateFormat, kDefaultDateFormat);
+        settings_.connection.emplace(params::kTimestampFormat, kDefaultDateFormat);
     }
 
     std::string file_;

@@ -29,7 +29,7 @@ constexpr Needs kNeeds[] = {
 };
 
 void refuseInJvmBroker(const Settings& settings, const Needs& needs) {
-    const std::string url = toUtf8(parameterOf(settings, "jndiURL"));
+    const std::string url = toUtf8(parameterOf(settings, params::kJndiUrl));
     if (needs.insteadOfInJvmBroker == nullptr || !provider::isInJvmBroker(url)) return;
     throw Failure("connection.jndiURL is " + inQuotes(url) +
                       ", a broker inside the process that uses it, which no other process sees; " +

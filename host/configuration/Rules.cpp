@@ -3,10 +3,9 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
-#include <fstream>
-#include <initializer_list>
 #include <set>
 
+#include "fix/DictionaryFile.h"
 #include "host/configuration/ConnectorLimits.h"
 #include "host/process/Installation.h"
 #include "host/process/Provider.h"
@@ -18,63 +17,82 @@ namespace host {
 
 namespace {
 
-// Parameters that are read for one kind of connection only.
-struct UsedFor {
+using jmsin::DataFormatInfo;
+
+// Parameters that are read for some data formats only.
+struct UsedForFormat {
     const char* name;
-    const char* by;  // the parameter that says which kind it is
-    std::initializer_list<std::string_view> kinds;
+    bool (*isRead)(const DataFormatInfo& info);
     const char* standard = nullptr;  // what the host hands in of itself
 };
-const UsedFor kUsedFor[] = {
-    {"delimiter", "dataFormat", {"CSV"}},
-    {"fixMessageType", "dataFormat", {"FIX"}},
-    {"fixVersion", "dataFormat", {"FIX"}},
-    {"converterClassName", "dataFormat", {"CUSTOM"}},
-    {"converterParam", "dataFormat", {"CUSTOM"}},
-    {"expectStreamNameOpcode", "dataFormat", {"CSV", "OBJECTARRAY"}},
-    {"matchStreamName", "dataFormat", {"XML"}},
-    {"timeFormat", "dataFormat", {"CSV", "XML", "FIX"}, kDefaultTimeFormat},
-    {"dateFormat", "dataFormat", {"CSV", "XML", "FIX"}, kDefaultDateFormat},
-    {"timestampFormat", "dataFormat", {"CSV", "XML", "FIX"}, kDefaultDateFormat},
-    {"clientID", "subscriptionMode", {"DURABLE"}},
-    {"subscriptionName", "subscriptionMode", {"DURABLE"}},
-    {"batchsize", "subscriptionMode", {"DURABLE"}},
+template <DataFormat kOnly>
+bool isOnly(const DataFormatInfo& info) {
+    return info.format == kOnly;
+}
+bool hasFormats(const DataFormatInfo& info) { return !info.datesAsSeconds; }
+constexpr UsedForFormat kUsedForFormat[] = {
+    {params::kDelimiter, isOnly<DataFormat::kCsv>},
+    {params::kFixMessageType, isOnly<DataFormat::kFix>},
+    {params::kFixVersion, isOnly<DataFormat::kFix>},
+    {params::kConverterClassName, isOnly<DataFormat::kCustom>},
+    {params::kConverterParam, isOnly<DataFormat::kCustom>},
+    {params::kExpectStreamNameOpcode,
+     [](const auto& info) { return info.prefix == jmsin::Prefix::kAsConfigured; }},
+    {params::kMatchStreamName, [](const auto& info) { return info.isByNames; }},
+    {params::kTimeFormat, hasFormats, kDefaultTimeFormat},
+    {params::kDateFormat, hasFormats, kDefaultDateFormat},
+    {params::kTimestampFormat, hasFormats, kDefaultDateFormat},
 };
+
+constexpr const char* kUsedForDurable[] = {params::kClientId, params::kSubscriptionName, params::kBatchSize};
 
 class Checker {
 public:
     explicit Checker(const Settings& settings) : settings_(settings) {}
 
     CheckResult result() {
-        oneOf("dataFormat", {"CSV", "XML", "FIX", "OBJECTARRAY", "CUSTOM"}, false);
-        if (text("dataFormat") == "CSV") needed("delimiter", "the text between two values, such as \",\"");
-        if (text("dataFormat") == "CUSTOM")
-            needed("converterClassName", "the full name of the converter's Java class");
-        if (text("dataFormat") == "FIX") fix();
-        needed("connectionFactory", "the JNDI name of the provider's factory, such as \"ConnectionFactory\"");
-        needed("jndiContextFactory",
+        std::vector<std::string> formats;
+        for (const DataFormatInfo& info : jmsin::kDataFormats) formats.emplace_back(info.name);
+        oneOf(params::kDataFormat, formats, false);
+        if (isFormat(DataFormat::kCsv))
+            needed(params::kDelimiter, "the text between two values, such as \",\"");
+        if (isFormat(DataFormat::kCustom))
+            needed(params::kConverterClassName, "the full name of the converter's Java class");
+        if (isFormat(DataFormat::kFix)) fix();
+        needed(params::kConnectionFactory,
+               "the JNDI name of the provider's factory, such as \"ConnectionFactory\"");
+        needed(params::kJndiContextFactory,
                "the provider's Java class for JNDI, such as "
                "\"org.apache.activemq.jndi.ActiveMQInitialContextFactory\"");
-        needed("jndiURL", "the provider's address, such as \"tcp://localhost:61616\"");
-        needed("destinationName", "the name of the queue or topic");
-        atProvider("connectionFactory");
-        atProvider("destinationName");
+        needed(params::kJndiUrl, "the provider's address, such as \"tcp://localhost:61616\"");
+        needed(params::kDestinationName, "the name of the queue or topic");
+        atProvider(params::kConnectionFactory);
+        atProvider(params::kDestinationName);
         // The adapter takes any other value for a topic, and for a non-durable subscription.
-        oneOf("destinationType", {"QUEUE", "TOPIC"}, false);
-        oneOf("subscriptionMode", {"NONDURABLE", "DURABLE"}, true);
-        if (text("subscriptionMode") == "DURABLE") durable();
+        oneOf(params::kDestinationType, {jmsin::kQueue, "TOPIC"}, false);
+        oneOf(params::kSubscriptionMode, {jmsin::kNonDurable, jmsin::kDurable}, true);
+        if (text(params::kSubscriptionMode) == jmsin::kDurable) durable();
         inJvmBroker();
         for (const std::string& option : settings_.jvmOptions) {
             const std::string fault = faultOfLimit(option);
             if (!fault.empty()) result_.problems.push_back("host.jvmOptions has " + fault);
         }
-        for (const UsedFor& use : kUsedFor) unused(use);
+        for (const UsedForFormat& use : kUsedForFormat) unused(use);
+        for (const char* name : kUsedForDurable) {
+            if (settings_.connection.contains(name) && text(params::kSubscriptionMode) != jmsin::kDurable)
+                unread(name, params::kSubscriptionMode, inQuotes(jmsin::kDurable));
+        }
         return std::move(result_);
     }
 
 private:
     // As it stands in the file; "" when it does not.
     std::string text(const char* name) const { return toUtf8(parameterOf(settings_, name)); }
+
+    bool isFormat(DataFormat format) const {
+        const DataFormatInfo* info = dataFormatOf(settings_);
+        return info != nullptr && info->format == format;
+    }
 
     void problem(const char* name, const std::string& allowed) {
         if (settings_.malformed.contains("connection." + std::string(name))) return;  // that is the problem
@@ -108,45 +126,46 @@ private:
     }
 
     void fix() {
-        needed("fixMessageType", "the type of the messages wanted, such as \"D\": all others are skipped");
-        const std::string dictionary = dictionaryFile(text("fixVersion")).string();
-        std::ifstream in(dictionary);
-        if (!in) {
-            problem("fixVersion", "its dictionary " + dictionary + " cannot be read");
+        needed(params::kFixMessageType,
+               "the type of the messages wanted, such as \"D\": all others are skipped");
+        const std::string dictionary = dictionaryFile(text(params::kFixVersion)).string();
+        const auto entries = fix::readDictionary(dictionary);
+        if (!entries) {
+            problem(params::kFixVersion, "its dictionary " + dictionary + " cannot be read");
             return;
         }
         std::set<std::string> fields;
-        for (std::string line; std::getline(in, line);) fields.insert(line.substr(line.find('=') + 1));
+        for (const auto& [tag, name] : *entries) fields.insert(name);
         for (const Column& column : settings_.columns) {
             const std::string name = toUtf8(column.name);
             if (!fields.contains(name))
                 result_.problems.push_back("stream.columns has " + inQuotes(name) +
                                            "; it must be a field named in " + dictionary +
-                                           ", else it is never filled.");
+                                           ", else every message is refused.");
         }
     }
 
     void durable() {
-        if (text("destinationType") == "QUEUE")
-            problem("subscriptionMode", "a queue has no durable subscriptions, only a topic has");
-        needed("clientID", "a name that no other connection to the provider uses");
-        needed("subscriptionName", "the subscription's name");
-        const std::string batch = text("batchsize");
+        if (text(params::kDestinationType) == jmsin::kQueue)
+            problem(params::kSubscriptionMode, "a queue has no durable subscriptions, only a topic has");
+        needed(params::kClientId, "a name that no other connection to the provider uses");
+        needed(params::kSubscriptionName, "the subscription's name");
+        const std::string batch = text(params::kBatchSize);
         if (batch.starts_with('-'))
-            problem("batchsize", "it must be the number of messages a commit, from 1");
-        if (text("dataFormat") == "FIX" && batchSize() > 1) uncommittedFix();
+            problem(params::kBatchSize, "it must be the number of messages a commit, from 1");
+        if (isFormat(DataFormat::kFix) && batchSize() > 1) uncommittedFix();
         redelivery();
     }
 
     std::int64_t batchSize() const {
-        const std::string batch = text("batchsize");
+        const std::string batch = text(params::kBatchSize);
         std::int64_t size = 0;
         std::from_chars(batch.data(), batch.data() + batch.size(), size);
         return size;
     }
 
     void uncommittedFix() {
-        result_.notes.push_back("connection.batchsize is " + text("batchsize") +
+        result_.notes.push_back("connection.batchsize is " + text(params::kBatchSize) +
                                 "; messages of other types than connection.fixMessageType are counted too, "
                                 "and a commit is made only when "
                                 "a row comes just as the count is a multiple of it, which may be seldom or "
@@ -154,8 +173,9 @@ private:
     }
 
     void redelivery() {
-        const bool isUnlimited = text("jndiURL").find(provider::kUnlimitedRedelivery) != std::string::npos;
-        if (!provider::isContextFactory(text("jndiContextFactory")) || isUnlimited) return;
+        const bool isUnlimited =
+            text(params::kJndiUrl).find(provider::kUnlimitedRedelivery) != std::string::npos;
+        if (!provider::isContextFactory(text(params::kJndiContextFactory)) || isUnlimited) return;
         result_.notes.push_back(
             "connection.jndiURL does not say " + std::string(provider::kUnlimitedRedelivery) +
             "; without it ActiveMQ moves messages to its dead-letter queue after six crashes or stops before "
@@ -163,8 +183,8 @@ private:
     }
 
     void inJvmBroker() {
-        if (provider::keepsFiles(text("jndiURL")) && !hasStore())
-            problem("jndiURL",
+        if (provider::keepsFiles(text(params::kJndiUrl)) && !hasStore())
+            problem(params::kJndiUrl,
                     "a broker inside the process keeps its messages in files, for which jars are missing, "
                     "unless the URL says " +
                         std::string(provider::kWithoutFiles));
@@ -176,16 +196,22 @@ private:
         return !settings_.classPath.empty() || std::any_of(jars.begin(), jars.end(), provider::isOfStore);
     }
 
-    void unused(const UsedFor& use) {
-        const std::string kind = text(use.by);
-        const bool isUsed = std::find(use.kinds.begin(), use.kinds.end(), kind) != use.kinds.end();
+    void unused(const UsedForFormat& use) {
+        const DataFormatInfo* info = dataFormatOf(settings_);
+        const bool isUsed = info != nullptr && use.isRead(*info);
         const bool isGiven = settings_.connection.contains(use.name) &&
                              (use.standard == nullptr || text(use.name) != use.standard);
         if (isUsed || !isGiven) return;
-        std::string kinds;
-        for (const std::string_view one : use.kinds) addToList(kinds, inQuotes(one), " or ");
-        result_.notes.push_back("connection." + std::string(use.name) + " is not read unless connection." +
-                                use.by + " is " + kinds + ".");
+        std::string formats;
+        for (const DataFormatInfo& one : jmsin::kDataFormats) {
+            if (use.isRead(one)) addToList(formats, inQuotes(one.name), " or ");
+        }
+        unread(use.name, params::kDataFormat, formats);
+    }
+
+    void unread(const char* name, const char* by, const std::string& kinds) {
+        result_.notes.push_back("connection." + std::string(name) + " is not read unless connection." + by +
+                                " is " + kinds + ".");
     }
 
     const Settings& settings_;

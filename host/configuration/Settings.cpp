@@ -14,15 +14,19 @@ bool flagOf(const Settings& settings, const char* name) {
            std::strtoll(parameterOf(settings, name).c_str(), nullptr, 10) != 0;
 }
 
+const jmsin::DataFormatInfo* dataFormatOf(const Settings& settings) {
+    return jmsin::findDataFormat(parameterOf(settings, params::kDataFormat));
+}
+
 bool readsDatesAsSeconds(const Settings& settings) {
-    const std::string format = parameterOf(settings, "dataFormat");
-    return format == "OBJECTARRAY" || format == "CUSTOM";
+    const jmsin::DataFormatInfo* info = dataFormatOf(settings);
+    return info != nullptr && info->datesAsSeconds;
 }
 
 TemporalFormats discoveryFormats(const Settings& settings) {
     if (readsDatesAsSeconds(settings)) return {kSecondsFormat, kSecondsFormat, kSecondsFormat};
-    return {parameterOf(settings, "timeFormat"), parameterOf(settings, "dateFormat"),
-            parameterOf(settings, "timestampFormat")};
+    return {parameterOf(settings, params::kTimeFormat), parameterOf(settings, params::kDateFormat),
+            parameterOf(settings, params::kTimestampFormat)};
 }
 
 }  // namespace host

@@ -7,8 +7,11 @@
 
 #include "host/toolkit/RowType.h"
 #include "host/values/ValueTyping.h"
+#include "jmsin/Parameters.h"
 
 namespace host {
+
+namespace params = jmsin::parameter;
 
 struct Settings {
     // [stream] and [connection], in modified UTF-8
@@ -29,6 +32,9 @@ struct Settings {
 // true.
 std::string parameterOf(const Settings& settings, const char* name);
 bool flagOf(const Settings& settings, const char* name);
+
+// What holds of the configured data format; null where the name is none.
+const jmsin::DataFormatInfo* dataFormatOf(const Settings& settings);
 
 // Whether the messages' dates are seconds: object arrays and custom messages have no date formats.
 bool readsDatesAsSeconds(const Settings& settings);

@@ -1,4 +1,5 @@
 #include "host/connection/BridgeClient.h"
+#include "host/configuration/Settings.h"
 
 namespace host {
 
@@ -32,9 +33,10 @@ bool BridgeClient::connect() {
     constexpr char kNoSubscription[] = "";
     const bool isForInput = use_ == Use::kBrowse;
     const bool bindsSchema = use_ == Use::kSend;
-    return jms_.init(parameter("connectionFactory"), parameter("destinationType"),
-                     parameter("destinationName"), kDurable, isForInput, bindsSchema, columnMap_,
-                     parameter("jndiContextFactory"), parameter("jndiURL"), kNoClientId, kNoSubscription);
+    return jms_.init(parameter(params::kConnectionFactory), parameter(params::kDestinationType),
+                     parameter(params::kDestinationName), kDurable, isForInput, bindsSchema, columnMap_,
+                     parameter(params::kJndiContextFactory), parameter(params::kJndiUrl), kNoClientId,
+                     kNoSubscription);
 }
 
 void BridgeClient::stop() {

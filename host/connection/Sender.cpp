@@ -5,6 +5,7 @@
 #include <optional>
 #include <vector>
 
+#include "host/configuration/Settings.h"
 #include "host/process/Failure.h"
 #include "host/values/ModifiedUtf8.h"
 
@@ -58,7 +59,7 @@ Sender::Sender(Context& context, RowType& rowType, Parameters& parameters)
 Sender::~Sender() { deleteConnectionRow(row_); }
 
 bool Sender::reset() {
-    isObjectArray_ = client_.parameter("dataFormat") == "OBJECTARRAY";
+    isObjectArray_ = client_.parameter(params::kDataFormat) == jmsin::infoOf(DataFormat::kObjectArray).name;
     return client_.reset();
 }
 

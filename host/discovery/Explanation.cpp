@@ -15,10 +15,6 @@ namespace host {
 
 namespace {
 
-// In the order in which discovery tries them; a string is what none of them reads.
-constexpr uint32_t kTried[] = {DataTypes::kInteger, DataTypes::kLong,      DataTypes::kFloat,
-                               DataTypes::kDate,    DataTypes::kTimestamp, DataTypes::kTime};
-
 struct Sampled {
     size_t sample;  // counted from 1
     std::string text;
@@ -90,20 +86,13 @@ public:
 
 private:
     bool reads(uint32_t type, const std::string& text) const {
-        DataTypes::DataValue ignored;
-        const char* error = nullptr;
-        const bool usesFormats = isTemporal(type);
         // As discovery does: times by the library's format, whatever the configured one is.
-        return DataTypes::convertFromString(
-            type, text.c_str(), ignored, error, usesFormats ? formats_.date.c_str() : nullptr,
-            usesFormats ? formats_.timestamp.c_str() : nullptr, nullptr, nullptr);
+        return DataTypes::readsAs(type, text.c_str(), formats_.date.c_str(), formats_.timestamp.c_str(),
+                                  nullptr);
     }
 
     uint32_t typeOf(const std::string& text) const {
-        for (const uint32_t type : kTried) {
-            if (reads(type, text)) return type;
-        }
-        return DataTypes::kString;
+        return DataTypes::inferType(text.c_str(), formats_.date.c_str(), formats_.timestamp.c_str(), nullptr);
     }
 
     std::optional<Decision> decide(const Values& values) const {
@@ -111,8 +100,8 @@ private:
         Decision decision;
         for (size_t i = 0; i < values.size(); ++i) {
             const uint32_t own = typeOf(values[i].text);
-            uint32_t wider = own;
-            if (i > 0) DataTypes::maximizeAnyType(wider, decision.type);
+            uint32_t wider = i > 0 ? decision.type : DataTypes::kNotInferred;
+            DataTypes::widenColumn(wider, own);
             if (i > 0 && wider == decision.type) continue;
             decision = {wider, i, decision.type, own};
         }
@@ -130,7 +119,7 @@ private:
     }
 
     void countFits(const Values& values, Explanation& result) const {
-        for (const uint32_t type : kTried) {
+        for (const uint32_t type : DataTypes::kInferredTypes) {
             size_t count = 0;
             for (const Sampled& value : values) count += reads(type, value.text) ? 1 : 0;
             result.fits.emplace_back(DataTypes::typeToString(type), count);
@@ -222,8 +211,8 @@ private:
 }  // namespace
 
 bool guessesBlanks(const Discovery& discovery, const Settings& settings) {
-    const std::string format = parameterOf(settings, "dataFormat");
-    return (format == "XML" || format == "FIX") && holdsBlanks(discovery) &&
+    const jmsin::DataFormatInfo* info = dataFormatOf(settings);
+    return info != nullptr && info->namesFields && holdsBlanks(discovery) &&
            !sawSamplesAgain(discovery, settings);
 }
 

@@ -3,7 +3,9 @@
 #include <algorithm>
 
 #include "host/process/Failure.h"
+#include "host/values/Opcodes.h"
 #include "host/values/Text.h"
+#include "jms/MessageLayout.h"
 
 namespace host {
 
@@ -11,8 +13,7 @@ namespace {
 
 constexpr char kString[] = "string";
 constexpr char kFallbackName[] = "Stream";
-constexpr char kOpcodes[] = "iudps";
-constexpr size_t kPrefix = 2;  // the stream's name and the opcode before a message's values
+constexpr size_t kPrefix = jms::kPrefixLength;
 
 using Row = std::vector<std::string>;
 
@@ -21,9 +22,9 @@ public:
     Proposer(const Discovery& discovery, const Settings& settings, const std::string& streamName)
         : discovery_(discovery),
           settings_(settings),
-          format_(parameterOf(settings, "dataFormat")),
+          format_(dataFormatOf(settings) != nullptr ? *dataFormatOf(settings) : jmsin::kDataFormats[0]),
           asked_(!streamName.empty() ? streamName : settings.streamName),
-          isXml_(format_ == "XML"),
+          isXml_(format_.isByNames),
           isSure_(sawSamplesAgain(discovery, settings)) {}
 
     Proposal propose() {
@@ -36,25 +37,27 @@ public:
     }
 
 private:
+    bool isAlways() const { return format_.prefix == jmsin::Prefix::kAlways; }
+
     bool expectsPrefix() const {
-        const bool isOptional = format_ == "CSV" || format_ == "OBJECTARRAY";
-        return format_ == "CUSTOM" || (isOptional && flagOf(settings_, "expectStreamNameOpcode"));
+        const bool isOptional = format_.prefix == jmsin::Prefix::kAsConfigured;
+        return isAlways() || (isOptional && flagOf(settings_, params::kExpectStreamNameOpcode));
     }
 
     bool findPrefix() const {
         if (!expectsPrefix()) return false;
         const bool hasFields = discovery_.names.size() > kPrefix;
-        if (format_ == "CUSTOM") {  // a converter always yields both
+        if (isAlways()) {  // a converter yields both
             if (hasFields) return true;
             throw Failure(
                 "The converter's rows hold stream name and opcode alone, so there is no column to propose.");
         }
         if (!hasFields) return false;
         // A run refuses an object array without a field behind the prefix, so such a sample has none.
-        const size_t least = format_ == "OBJECTARRAY" ? kPrefix + 1 : kPrefix;
+        const size_t least = format_.isText ? kPrefix : kPrefix + 1;
         const std::string& stream = asked_.empty() ? discovery_.samples.front().front() : asked_;
         const auto isOpcode = [](const std::string& field) {
-            return field.size() == 1 && std::string_view(kOpcodes).find(field[0]) != std::string_view::npos;
+            return field.size() == 1 && isOpcodeLetter(field[0]);
         };
         bool isOwn = false;
         for (const Row& row : discovery_.samples) {
@@ -73,7 +76,7 @@ private:
                 if (!row.empty() && !row[0].empty()) return row[0];
             }
         }
-        const std::string destination = parameterOf(settings_, "destinationName");
+        const std::string destination = parameterOf(settings_, params::kDestinationName);
         const std::string name = destination.substr(destination.find_last_of("/.:") + 1);
         return !name.empty() ? name : kFallbackName;
     }
@@ -84,14 +87,14 @@ private:
                                       " are no columns here: they are the stream's name and the opcode, "
                                       "which a run takes off.");
         } else if (expectsPrefix()) {
-            proposal_.connection.emplace_back("expectStreamNameOpcode", "false");
+            proposal_.connection.emplace_back(params::kExpectStreamNameOpcode, "false");
         }
-        if (isXml_ && !elementsMatch()) proposal_.connection.emplace_back("matchStreamName", "false");
+        if (isXml_ && !elementsMatch()) proposal_.connection.emplace_back(params::kMatchStreamName, "false");
     }
 
     // Whether a run takes every sampled element for the stream's.
     bool elementsMatch() {
-        if (!flagOf(settings_, "matchStreamName")) return true;
+        if (!flagOf(settings_, params::kMatchStreamName)) return true;
         if (!settings_.streamName.empty() && settings_.streamName == proposal_.streamName) return true;
         if (!isSure_)
             proposal_.notes.emplace_back(
@@ -163,7 +166,7 @@ private:
 
     const Discovery& discovery_;
     const Settings& settings_;
-    const std::string format_;
+    const jmsin::DataFormatInfo format_;
     const std::string asked_;
     const bool isXml_;
     const bool isSure_;  // the second look saw the samples
@@ -180,7 +183,7 @@ bool holdsBlanks(const Discovery& discovery) {
 }
 
 bool sawSamplesAgain(const Discovery& discovery, const Settings& settings) {
-    if (parameterOf(settings, "destinationType") != "QUEUE") return false;
+    if (parameterOf(settings, params::kDestinationType) != jmsin::kQueue) return false;
     if (discovery.messages.size() != discovery.samples.size()) return false;
     for (size_t i = 0; i < discovery.samples.size(); ++i) {
         for (size_t column = 0; column < discovery.samples[i].size(); ++column) {

@@ -33,7 +33,7 @@ SecondLook::SecondLook(Session& session)
 
 std::vector<PeekedMessage> SecondLook::messages(size_t limit) {
     std::vector<PeekedMessage> messages;
-    if (isFix()) fix_.makeDictionary(client_.parameter("fixVersion"));
+    if (isFix()) fix_.makeDictionary(client_.parameter(params::kFixVersion));
     if (!client_.reset()) return messages;
     std::vector<std::string> texts;
     client_.bridge().browseTextMessages(texts);
@@ -49,7 +49,7 @@ std::optional<PeekedMessage> SecondLook::read(const std::string& text) const {
     if (isFix()) return readFix(text);
     auto message = readXmlMessage(text);
     const bool isOther = message && message->element != settings_.streamName;
-    return isOther && flagOf(settings_, "matchStreamName") ? std::nullopt : message;
+    return isOther && flagOf(settings_, params::kMatchStreamName) ? std::nullopt : message;
 }
 
 std::optional<PeekedMessage> SecondLook::readFix(const std::string& text) const {

@@ -43,7 +43,9 @@ public:
     void stop() { client_.stop(); }
 
 private:
-    bool isFix() const { return client_.parameter("dataFormat") == "FIX"; }
+    bool isFix() const {
+        return client_.parameter(params::kDataFormat) == jmsin::infoOf(DataFormat::kFix).name;
+    }
     std::optional<PeekedMessage> read(const std::string& text) const;
     std::optional<PeekedMessage> readFix(const std::string& text) const;
 

@@ -4,13 +4,12 @@
 #include "host/toolkit/ConnectionRow.h"
 #include "host/toolkit/ErrorList.h"
 #include "host/toolkit/RowType.h"
+#include "host/values/Opcodes.h"
 #include "host/values/Text.h"
 
 namespace host {
 
 namespace {
-
-constexpr std::string_view kOpcodes = "iudps";
 
 std::string columnNames(const RowType& type) {
     std::string names;
@@ -29,9 +28,9 @@ bool ConnectionRow::readOp(char& opcode, std::string& error) const {
     opcode = named != nullptr && !named->null ? named->text.c_str()[0] : op;
     const bool isGiven = opcode != '\0' || (named != nullptr && !named->null);
     if (!isGiven) opcode = 'i';
-    if (opcode != '\0' && kOpcodes.find(opcode) != std::string_view::npos) return true;
+    if (isOpcodeLetter(opcode)) return true;
     error = "the opcode " + quoted(opcode != '\0' ? std::string(1, opcode) : std::string()) +
-            " is none; allowed are i (insert), u (update), d (delete), p (upsert) and s (safe delete).";
+            " is none; allowed are " + opcodeList() + ".";
     return false;
 }
 

@@ -6,13 +6,14 @@
 #include <string>
 #include <string_view>
 
+#include "datatypes/Settings.h"
 #include "host/values/ServerRow.h"
 
 namespace host {
 
-inline constexpr char kDefaultTimeFormat[] = "%H:%M:%S";
-inline constexpr char kDefaultDateFormat[] = "%Y-%m-%dT%H:%M:%S";  // timestamps too
-inline constexpr char kSecondsFormat[] = "%s";                     // takes no others beside it
+using DataTypes::kDefaultDateFormat;  // of timestamps too
+using DataTypes::kDefaultTimeFormat;
+using DataTypes::kSecondsFormat;
 
 struct TemporalFormats {
     std::string time;

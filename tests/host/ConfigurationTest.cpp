@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fstream>
 
 #include "host/configuration/Rules.h"
@@ -201,6 +202,14 @@ TEST_F(Configuration, CheckNamesWhatWouldBeTakenForSomethingElse) {
         ASSERT_EQ(found.size(), expected.size()) << overrides[0];
         for (size_t i = 0; i < found.size(); ++i) EXPECT_TRUE(found[i].substr(found[i].find('.') + 1).starts_with(expected[i])) << found[i];
     }
+    // A dictionary's line as the adapter reads it.
+    const std::string home = testing::TempDir() + "home";
+    std::filesystem::create_directories(home + "/etc/fix");
+    std::ofstream(home + "/etc/fix/dictionary9.9.txt") << "44=A  # limit only\n45=B\n";
+    ::setenv("KEL_HOME", home.c_str(), 1);
+    const Texts fix =
+        host::checkSettings(read(good, {"connection.dataFormat=FIX", "connection.fixVersion=9.9", "connection.fixMessageType=D"})).problems;
+    EXPECT_EQ(fix, Texts());
     const host::Settings durable =
         read(good, {"connection.delimiter=;", "connection.dataFormat=FIX", "connection.batchsize=2", "connection.subscriptionMode=DURABLE",
                     "connection.clientID=c", "connection.subscriptionName=s",
