@@ -27,6 +27,7 @@ std::vector<std::string> Problems::sentences() const {
     std::stable_sort(sorted.begin(), sorted.end(),
                      [](const Problem& one, const Problem& other) { return one.line < other.line; });
     std::vector<std::string> sentences;
+    sentences.reserve(sorted.size());
     for (Problem& problem : sorted) sentences.push_back(std::move(problem.sentence));
     return sentences;
 }
