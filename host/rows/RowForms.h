@@ -14,7 +14,8 @@ namespace host {
 struct RowForm {
     const char* name;
     const char* help;
-    // A sink into the file, "" being standard output; the type is used in the call only. Throws Failure.
+    // A sink into the file that --out names, whatever that means to it, "" being standard output; the type is
+    // used in the call only. Throws Failure.
     std::unique_ptr<RowSink> (*make)(const RowType& type, const std::string& file);
 };
 
