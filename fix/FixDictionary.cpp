@@ -25,8 +25,7 @@ bool NewFixUtils::makeDictionary(const std::string& version) {
     char home[2048];
     if (MORVEX::Kel::intl_getenv("KEL_HOME", home, sizeof home) < 1)
         return refuse("KEL_HOME environment variable not set");
-    const std::string path =
-        strprintf("%s%cetc%cfix%cdictionary%s.txt", home, '/', '/', '/', version.c_str());
+    const std::string path = std::string(home) + "/etc/fix/dictionary" + version + ".txt";
 
     const auto entries = fix::readDictionary(path);
     if (!entries) return refuse(strprintf("Cannot open file %s", path.c_str()));

@@ -4,7 +4,6 @@
 #include "jmsin/MessageKeys.h"
 #include "jmsin/Parameters.h"
 #include "jmsin/XmlScanner.h"
-#include "toolkit/kel_intl.h"
 
 namespace {
 
@@ -62,7 +61,5 @@ bool JmsInAdapter::parseXmlMessage(std::string& text, std::vector<std::string>* 
     };
     const size_t failed = xml::walkAttributes(text, *element, setField);
     if (failed == std::string_view::npos) return true;
-    char offset[25];
-    MORVEX::Kel::intl_snprintf(offset, sizeof offset, "%d", static_cast<int>(failed));
-    return refuse(keys::kParseXmlBadAttribute, offset);
+    return refuse(keys::kParseXmlBadAttribute, std::to_string(failed));
 }

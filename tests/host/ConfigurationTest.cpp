@@ -4,9 +4,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <set>
+#include <sstream>
 
+#include "host/configuration/ConnectorLimits.h"
 #include "host/configuration/Rules.h"
 #include "host/connection/Plugin.h"
 #include "host/process/ClassPath.h"
@@ -221,6 +225,19 @@ TEST_F(Configuration, CheckNamesWhatWouldBeTakenForSomethingElse) {
     EXPECT_EQ(notes[2], "connection.delimiter is not read unless connection.dataFormat is \"CSV\".");
     read(good, {"connection.jndiURL=[1]"});
     EXPECT_EQ(problems.size(), 0U) << "an override of a text parameter is a text";
+}
+
+// Two languages have the limits' names: the connector's are read from its source.
+TEST(ConnectorLimits, AreThoseThatTheConnectorReads) {
+    std::stringstream source;
+    source << std::ifstream(KEL_SOURCE_DIR "/connector/src/main/java/com/morvex/kel/connectors/Tuning.java").rdbuf();
+    const std::string text = source.str(), begin = "\"kel.jms.";
+    std::set<std::string> names;
+    for (size_t at = text.find(begin); at != std::string::npos; at = text.find(begin, at + 1))
+        names.insert(text.substr(at + begin.size(), text.find('"', at + 1) - at - begin.size()));
+    for (const std::string& name : names) EXPECT_EQ(host::faultOfLimit("-Dkel.jms." + name + "=1"), "");
+    const std::string known = host::faultOfLimit("-Dkel.jms.none=1");
+    EXPECT_EQ(static_cast<size_t>(std::count(known.begin(), known.end(), ',')), names.size()) << known;
 }
 
 }  // namespace
