@@ -196,6 +196,17 @@ TEST_F(UnderFire, ABrokerWhoseDiskIsFullEndsWithASentenceAndLosesNothing) {
     EXPECT_TRUE(different >= messages && different <= messages + 1 && repeats == 0) << different << " of " << messages << said;
 }
 
+TEST_F(UnderFire, ATimeWithoutABrokerIsNotIdle) {
+    Broker gone(scratch);
+    config = scratch.write("c.toml", trades(gone.url()));
+    HostProcess host(scratch, run(config, {"--idle", "1.5"}));
+    ASSERT_TRUE(host.isReady()) << host.errors();
+    gone.kill();
+    EXPECT_EQ(host.wait(Seconds(4)), -1) << host.errors();
+    gone.start();
+    EXPECT_EQ(host.wait(Seconds(30)), 0) << host.errors();
+}
+
 // Large messages between small ones: each is a row, or with the dead letters, and no small one is lost.
 TEST_F(UnderFire, AHeapThatIsTooSmall) {
     const int rounds = kSoak ? 20 : 1;
