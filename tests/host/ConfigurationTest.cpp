@@ -16,6 +16,7 @@
 #include "host/process/ClassPath.h"
 #include "host/process/Provider.h"
 #include "host/values/ValueTyping.h"
+#include "tests/host/FailureOf.h"
 
 namespace {
 
@@ -144,16 +145,6 @@ TEST(Check, KnowsABrokerInsideTheProcess) {
     for (const char* url : {"vm://a", "vm:(broker:(tcp://h:1))", "failover:(tcp://h:1,vm://a)", "failover:vm://a"})
         EXPECT_TRUE(host::provider::isInJvmBroker(url)) << url;
     for (const char* url : {"", "tcp://vm:61616", "tcp://h:1?x=vm://a", "vmx://a"}) EXPECT_FALSE(host::provider::isInJvmBroker(url)) << url;
-}
-
-template <typename Action>
-std::string failureOf(Action action) {
-    try {
-        action();
-    } catch (const host::Failure& failure) {
-        return failure.what();
-    }
-    return "none";
 }
 
 TEST(Files, EveryMissingOneIsNamed) {

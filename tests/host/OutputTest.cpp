@@ -17,18 +17,9 @@
 #include <vector>
 
 #include "host/rows/RowFormat.h"
+#include "tests/host/FailureOf.h"
 
 namespace {
-
-template <typename Action>
-std::string failureOf(Action action) {
-    try {
-        action();
-    } catch (const host::Failure& failure) {
-        return failure.what();
-    }
-    return "none";
-}
 
 class Output : public ::testing::Test {
 protected:
