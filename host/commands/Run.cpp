@@ -12,6 +12,7 @@
 #include "host/process/Failure.h"
 #include "host/process/Jvm.h"
 #include "host/process/Signals.h"
+#include "host/rows/Batch.h"
 #include "host/rows/RowForms.h"
 #include "host/rows/RunReport.h"
 #include "host/rows/SilentBadMessages.h"
@@ -56,18 +57,17 @@ private:
     Clock::time_point step() {
         const Plugin& plugin = adapter_.plugin();
         const int64_t errorsBefore = session_.errors;
-        const std::unique_ptr<ServerRow> row(static_cast<ServerRow*>(plugin.getNext(adapter_.handle())));
-        // A failure goes up with the adapter running: a stop from this thread would tell the connector that
-        // the row is safe.
-        if (row) sink_.take(*row);
+        Batch batch;
+        batch.messages.emplace_back().row.reset(static_cast<ServerRow*>(plugin.getNext(adapter_.handle())));
         const Clock::time_point now = Clock::now();
         const int64_t total = plugin.getTotalRowsProcessed(adapter_.handle());
         if (total == totals_.total) {
             waitedInVain(now);
             return now;
         }
-        // Only now may the provider forget the row's message.
-        sink_.keep();
+        // Only when it is kept may the provider forget the row's message. A failure goes up with the adapter
+        // running: a stop from this thread would tell the connector that the row is safe.
+        sink_.keep(batch);
         plugin.commitTransaction(adapter_.handle());
         totals_.total = total;
         totals_.good = plugin.getNumberOfGoodRows(adapter_.handle());
