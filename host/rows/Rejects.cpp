@@ -1,6 +1,14 @@
 #include "host/rows/Rejects.h"
 
+#include "host/values/Text.h"
+
 namespace host {
+
+namespace {
+
+constexpr size_t kLongestText = 4000;  // a reason may hold the whole message
+
+}  // namespace
 
 const char* nameOf(Stage stage) {
     switch (stage) {
@@ -17,14 +25,15 @@ const char* nameOf(Stage stage) {
 }
 
 std::string rejectSentence(std::string_view messageId, const Reject& reject, std::string_view keptIn) {
-    std::string sentence = "Message ";
-    sentence.append(messageId.empty() ? "without an ID" : messageId).append(" was ");
+    std::string sentence = messageId.empty() ? "A message" : "Message " + std::string(messageId);
     if (keptIn.empty()) {
-        sentence += "rejected";
+        sentence += " was rejected: ";
     } else {
-        sentence.append("kept in ").append(keptIn);
+        sentence.append(" was kept in ").append(keptIn).append(": ");
     }
-    sentence.append(": ").append(reject.text);
+    sentence += wholeCharacters(reject.text, kLongestText);
+    if (reject.text.size() > kLongestText)
+        sentence += "... (" + std::to_string(reject.text.size()) + " bytes)";
     if (!sentence.ends_with('.')) sentence += '.';
     return sentence;
 }

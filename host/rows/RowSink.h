@@ -13,6 +13,7 @@ struct Kept {
     std::int64_t rows = 0;
     std::int64_t rejected = 0;  // those that came without a row, and those that the sink refused
     std::int64_t repeated = 0;  // left out, because they had been kept before
+    double waited = 0;          // seconds for a database that was away
 };
 
 // Somebody else writes for this sink's source now: nothing of the batch was kept, none of it may be settled,
