@@ -3,6 +3,7 @@ package com.morvex.kel.connectors;
 import java.util.ArrayList;
 import java.util.Enumeration;
 import java.util.List;
+import javax.jms.InvalidSelectorException;
 import javax.jms.JMSException;
 import javax.jms.Message;
 import javax.jms.MessageConsumer;
@@ -16,14 +17,20 @@ import javax.jms.Session;
  */
 final class Browser {
     private final Tuning tuning;
+    private final Settling settling;
 
-    Browser(Tuning tuning) { this.tuning = tuning; }
+    Browser(Tuning tuning, Settling settling) {
+        this.tuning = tuning;
+        this.settling = settling;
+    }
 
     /** At most {@code kel.jms.browseLimit} messages, in the destination's order. */
     List<Message> messages(Link link) throws JMSException {
         try {
             List<Message> found = look(link);
             if (!link.hasEnded()) return found;   // else a provider may end the look as if there were no more
+        } catch (InvalidSelectorException e) {
+            throw new ConnectorException(settling.faultOfSelector(e), e);
         } catch (JMSException | RuntimeException e) {
             if (!link.hasEnded()) throw e;
             Log.detail("A look was cut short.", e);
@@ -42,7 +49,7 @@ final class Browser {
 
     private List<Message> waiting(Link link, Session session, Queue queue) throws JMSException {
         List<Message> found = new ArrayList<>();
-        QueueBrowser browser = session.createBrowser(queue);
+        QueueBrowser browser = session.createBrowser(queue, settling.selector());
         link.closeWithIt(browser);
         try {
             Enumeration<?> messages = browser.getEnumeration();
@@ -58,7 +65,7 @@ final class Browser {
 
     private List<Message> arriving(Link link, Session session) throws JMSException {
         List<Message> found = new ArrayList<>();
-        MessageConsumer subscriber = session.createConsumer(link.destination());
+        MessageConsumer subscriber = session.createConsumer(link.destination(), settling.selector());
         long end = System.nanoTime() + tuning.browseMillis() * 1_000_000;
         long left = tuning.browseMillis();
         while (left > 0 && !link.hasEnded() && found.size() < tuning.browseLimit()) {

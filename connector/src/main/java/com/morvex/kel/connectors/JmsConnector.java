@@ -21,7 +21,9 @@ public final class JmsConnector {
 
     private final ConnectionSettings settings;
     private final Tuning tuning;
+    private final Settling settling;
     private final ConnectionKeeper keeper;
+    private final Batch batch;   // null unless a host settles
     private final MessageReader reader;
     private final MessageWriter writer;
     private ConverterHolder inConverter;
@@ -45,7 +47,9 @@ public final class JmsConnector {
                 ConnectionSettings.propertyNames(columnNames, mappedNames), jndiContextFactory, jndiUrl, clientId,
                 subscriptionName);
         tuning = Tuning.fromSystemProperties();
+        settling = Settling.fromSystemProperties();
         keeper = new ConnectionKeeper(tuning, this);
+        batch = settling.byHost() ? new Batch(keeper, settling, new MessageBody(tuning)) : null;
         reader = new MessageReader(tuning);
         writer = new MessageWriter(settings.propertyNames());
         CLEANER.register(this, keeper::disconnect);
@@ -122,35 +126,28 @@ public final class JmsConnector {
     }
 
     /**
-     * Commits the messages received since the last commit.
+     * Commits the messages received since the last commit; where a host settles them, does nothing.
      *
      * @throws CommitFailure when that failed; the messages then may come again
      */
     public void commitTransaction() {
         Link link = lastRead;
-        if (link == null) return;
+        if (link == null || batch != null) return;
         keeper.enters();
         try {
             link.commit();
         } catch (JMSException | RuntimeException | Error e) {
-            failedCommit(link, e);
+            CommitFailure.tell(keeper, link, e);
             throw new CommitFailure();
         } finally {
             keeper.leaves();
         }
     }
 
-    /** Whether a commit that was under way took place, nobody knows, so the messages only may come again. */
-    private void failedCommit(Link link, Throwable e) {
-        if (keeper.isDisconnected()) {
-            Log.warn("A stop interrupted the commit; " + Link.count(link.pending()) + " may come again.", e);
-        } else {
-            // The session's state is anybody's guess now; a new one begins after the last good commit.
-            keeper.lost(link, new ConnectorException("the commit failed: " + Log.rootReason(e), e));
-        }
-    }
-
-    /** Ends a waiting receive and closes the connection, from any thread; never commits. */
+    /**
+     * Ends a waiting receive and closes the connection, from any thread; never commits. From another thread than the
+     * reader's it first waits, three seconds at most, for the reader to have dealt with what it has in hand.
+     */
     public boolean disconnect() {
         try {
             return keeper.disconnect();
@@ -182,7 +179,8 @@ public final class JmsConnector {
         // A thread that native code attached has none; the provider's client looks for its classes there.
         Thread thread = Thread.currentThread();
         if (thread.getContextClassLoader() == null) thread.setContextClassLoader(getClass().getClassLoader());
-        return attempt(() -> keeper.connect(new LinkOpener(settings, purpose)));
+        if (purpose == LinkOpener.Purpose.CONSUME) Delivery.isFor(batch);
+        return attempt(() -> keeper.connect(new LinkOpener(settings, settling, purpose)));
     }
 
     private static boolean attempt(Runnable action) {
@@ -199,11 +197,25 @@ public final class JmsConnector {
     }
 
     private <T> T receive(T nothing, Reading<T> reading) {
+        if (batch == null) return receiveNext(nothing, reading);
+        Delivery.isFor(batch);
+        if (!batch.mayGrow(memory.hasSuspects())) return nothing;
+        int before = batch.count();
+        T read = null;
+        try {
+            read = receiveNext(nothing, reading);
+            return read;
+        } finally {
+            batch.align(before + (read == nothing ? 0 : 1));
+        }
+    }
+
+    private <T> T receiveNext(T nothing, Reading<T> reading) {
         keeper.enters();
         try {
-            if (lastRead != null && lastRead.isClosing()) lastRead.readerIsBack();
-            Link link = keeper.await(tuning.receiveTimeoutMillis());
-            if (link == null) return nothing;
+            if (batch == null && lastRead != null && lastRead.isClosing()) lastRead.readerIsBack();
+            Link link = keeper.await(batch == null || batch.isEmpty() ? tuning.receiveTimeoutMillis() : 0);
+            if (link == null || (batch != null && !batch.mayTakeFrom(link))) return nothing;
             lastRead = link;
             Message message = take(link);
             return message == null ? nothing : read(link, message, nothing, reading);
@@ -231,13 +243,15 @@ public final class JmsConnector {
     /** What the message says; null when it cannot be used, nothing when it was left to come again. */
     private <T> T read(Link link, Message message, T nothing, Reading<T> reading) {
         try {
+            if (batch != null) batch.add(link, message);
             T read = reading.of(message);
             if (memory.hasSuspects()) memory.dealtWith(message);
             return read;
         } catch (JMSException | RuntimeException | Error e) {   // one message must not end the others
             if (MemoryShortage.isBehind(e)) return isGivenBack(link, message, e) ? nothing : null;
             forgetSuspect(message);
-            return refused(message, e);
+            tellRefused(refusal(message, e), e);
+            return null;
         }
     }
 
@@ -249,9 +263,18 @@ public final class JmsConnector {
         }
     }
 
-    private static <T> T refused(Message message, Throwable e) {
-        Log.warn("The message " + idOf(message) + " was refused: " + Log.reason(e) + ".", e);
-        return null;
+    private static String refusal(Message message, Throwable e) {
+        return "The message " + idOf(message) + " was refused: " + Log.reason(e) + ".";
+    }
+
+    /** The host, where there is one, tells of it. */
+    private void tellRefused(String sentence, Throwable e) {
+        if (batch == null) {
+            Log.warn(sentence, e);
+        } else {
+            batch.refuse(sentence);
+            Log.detail(sentence, e);
+        }
     }
 
     /** Whether a message that found too little memory will come again; else it has had its tries. */
@@ -259,7 +282,7 @@ public final class JmsConnector {
         boolean isDealtWith = false;
         try {
             if (memory.isToBlame(message)) {
-                boolean kept = link.keepAside(message);
+                boolean kept = batch == null && link.keepAside(message);
                 isDealtWith = !link.hasEnded();
                 if (isDealtWith) sayBlamed(message, e, kept);
             }
@@ -277,7 +300,7 @@ public final class JmsConnector {
         memory.dealtWith(message);
         String end = kept ? "was left to the provider, whose rules for dead letters decide about it" : "was refused";
         String sentence = "The message %s could not be read for want of memory %d times and %s: %s.";
-        Log.warn(sentence.formatted(idOf(message), MemoryShortage.MOST_TRIES, end, MemoryShortage.remedy(e)), e);
+        tellRefused(sentence.formatted(idOf(message), MemoryShortage.MOST_TRIES, end, MemoryShortage.remedy(e)), e);
     }
 
     /** The failure itself where there is no memory for a sentence. */
@@ -293,6 +316,11 @@ public final class JmsConnector {
     private String[] converted(Message message) throws JMSException {
         reader.checkForConverter(message);
         return inConverter.toRow(message);
+    }
+
+    /** Sends a message made of what {@link Delivery} told of another one. */
+    boolean replay(byte[] body, String[] description, String replayOf) {
+        return send(session -> Replay.message(session, new MessageBody(tuning), body, description, replayOf));
     }
 
     private boolean send(Link.MessageMaker maker) {
@@ -315,7 +343,7 @@ public final class JmsConnector {
         if (link == null) throw new ConnectorException("Browsing failed: there is no connection.");
         List<T> found = new ArrayList<>();
         try {
-            for (Message message : new Browser(tuning).messages(link)) {
+            for (Message message : new Browser(tuning, settling).messages(link)) {
                 T read = looked(message, reading);
                 if (read != null) found.add(read);
             }
@@ -332,7 +360,8 @@ public final class JmsConnector {
         try {
             return reading.of(message);
         } catch (JMSException | RuntimeException | Error e) {   // one message must not end the others
-            return refused(message, e);
+            Log.warn(refusal(message, e), e);
+            return null;
         }
     }
 

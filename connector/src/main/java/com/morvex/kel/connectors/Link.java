@@ -21,11 +21,15 @@ import javax.jms.Session;
  * {@link #disconnect} and {@link #drop} may come from any thread, everything else from the reading one.
  *
  * <p>A message that was handed on is dealt with when the reading thread comes back: to take the next, to
- * commit, or to disconnect. Until then nothing acknowledges it.
+ * commit, or to disconnect. Until then nothing acknowledges it. Where a host settles, only {@link #commit} and
+ * {@link #rollBack} say so of a message, and the reader has all of them in hand until then.
  */
 final class Link {
     /** Acknowledging is a packet to the broker; over tcp one for each message would halve the rate. */
     private static final int ACKNOWLEDGE_EVERY = 100;
+
+    /** A host waits for no more with messages in hand; over tcp some are on their way. */
+    private static final long LINGER_MILLIS = 2;
 
     /** How long closing waits for a call in progress, which the provider may hold up for ever. */
     private static final long LOCK_MILLIS = 1_000;
@@ -54,10 +58,12 @@ final class Link {
     private final MessageProducer producer;
     private final ConnectionLoss loss;
     private final boolean transacted;
+    private final boolean byHost;
     private final Interruptible blocking = new Interruptible();
     private volatile boolean closing;
     private volatile boolean hasSettled;
     private volatile boolean givenBack;
+    private volatile boolean lost;
     private volatile QueueBrowser browser;   // in use
 
     /** Has the last message in hand; null when it was dealt with. Set under the lock, read without it. */
@@ -75,15 +81,17 @@ final class Link {
     /**
      * @param consumer null for a link that does not receive
      * @param producer null for a link that does not send
+     * @param byHost a host settles what was handed on
      */
     Link(Connection connection, Session session, Destination destination, MessageConsumer consumer,
-            MessageProducer producer, ConnectionLoss loss) throws JMSException {
+            MessageProducer producer, ConnectionLoss loss, boolean byHost) throws JMSException {
         this.connection = connection;
         this.session = session;
         this.destination = destination;
         this.consumer = consumer;
         this.producer = producer;
         this.loss = loss;
+        this.byHost = byHost;
         transacted = session.getTransacted();
     }
 
@@ -99,6 +107,12 @@ final class Link {
 
     /** Whether the link is being closed or its connection was lost. */
     boolean hasEnded() { return closing || loss.hasHeard(); }
+
+    /** Whether nothing that was handed on over the link can be settled any more; never waits. */
+    boolean isLost() { return lost || givenBack || loss.hasHeard(); }
+
+    /** The link no longer works, and is replaced. */
+    void lose() { lost = true; }
 
     /**
      * Has the browser closed before the connection: with some providers it waits for ever once the connection
@@ -120,12 +134,16 @@ final class Link {
         if (consumer == null) throw new ConnectorException("The connector is not connected for receiving.");
         lock.lock();
         try {
-            readerReturned();
+            if (!byHost) readerReturned();
             if (closing || givenBack) return null;
             if (pending >= (oneByOne ? 1 : ACKNOWLEDGE_EVERY)) acknowledge();
             Message message = ahead != null ? ahead : consumer.receiveNoWait();
             ahead = null;
+            boolean isHeld = byHost && pending > 0;
+            // With the lock: what comes now is settled together with the others, so it must be handed on.
+            if (message == null && isHeld) message = consumer.receive(LINGER_MILLIS);
             if (message != null) return handOn(message);
+            if (isHeld) return null;
             acknowledge();
         } finally {
             lock.unlock();
@@ -144,7 +162,7 @@ final class Link {
 
     /**
      * Commits what was taken since the last commit, if anything; without a transaction, acknowledges it. A
-     * failure, as after {@link #giveBack}, leaves it pending.
+     * failure, as after {@link #giveBack}, leaves it pending. Where a host settles, it comes from there.
      */
     void commit() throws JMSException {
         lock.lock();
@@ -156,8 +174,22 @@ final class Link {
                 largestBatch = Math.max(largestBatch, pending);
                 forgetPending();
             } else {
-                acknowledge();
+                acknowledgePending();
             }
+        } finally {
+            lock.unlock();
+        }
+    }
+
+    /** Has the provider take back what is pending; it comes again. While the link is closing that does the same. */
+    void rollBack() throws JMSException {
+        lock.lock();
+        try {
+            readerReturned();
+            if (pending == 0 || closing) return;
+            blocking.run(transacted ? session::rollback : session::recover);
+            lastHandedOn = null;
+            pending = 0;
         } finally {
             lock.unlock();
         }
@@ -251,6 +283,7 @@ final class Link {
     /** Closes without acknowledging anything; the count of messages handed on that will come again. */
     int drop() {
         closing = true;
+        lost = true;
         return uninterrupted(() -> {
             int again = pendingNow();
             closer(() -> {}).await();
@@ -311,6 +344,7 @@ final class Link {
 
     /** The one closing of this link, which begins with the step where nobody has begun it; null: do not begin. */
     private synchronized Closer closer(Closer.Step first) {
+        if (first != null) lost = true;
         if (closer == null && first != null) closer = Closer.start(connection, browser, first);
         return closer;
     }
@@ -337,7 +371,7 @@ final class Link {
         lastHandedOn = message;
         reader.lazySet(Thread.currentThread());
         ++pending;
-        if (transacted && !hasWarned) warnOfUncommitted();
+        if (transacted && !byHost && !hasWarned) warnOfUncommitted();
         return message;
     }
 
@@ -352,6 +386,10 @@ final class Link {
     }
 
     private void acknowledge() throws JMSException {
+        if (!byHost) acknowledgePending();
+    }
+
+    private void acknowledgePending() throws JMSException {
         if (transacted || pending == 0 || givenBack) return;
         blocking.run(lastHandedOn::acknowledge);
         forgetPending();

@@ -11,6 +11,7 @@ import javax.jms.Connection;
 import javax.jms.DeliveryMode;
 import javax.jms.Destination;
 import javax.jms.InvalidClientIDException;
+import javax.jms.InvalidSelectorException;
 import javax.jms.JMSException;
 import javax.jms.JMSSecurityException;
 import javax.jms.MessageConsumer;
@@ -27,10 +28,12 @@ final class LinkOpener {
             NoRouteToHostException.class, UnknownHostException.class, SocketTimeoutException.class);
 
     private final ConnectionSettings settings;
+    private final Settling settling;
     private final Purpose purpose;
 
-    LinkOpener(ConnectionSettings settings, Purpose purpose) {
+    LinkOpener(ConnectionSettings settings, Settling settling, Purpose purpose) {
         this.settings = settings;
+        this.settling = settling;
         this.purpose = purpose;
     }
 
@@ -75,8 +78,8 @@ final class LinkOpener {
         connection.setExceptionListener(loss);
         boolean durable = usesClientId();
         if (durable) connection.setClientID(settings.clientId());
-        int mode = purpose == Purpose.CONSUME ? Session.CLIENT_ACKNOWLEDGE : Session.AUTO_ACKNOWLEDGE;
-        Session session = connection.createSession(durable, mode);
+        int mode = receives() ? Session.CLIENT_ACKNOWLEDGE : Session.AUTO_ACKNOWLEDGE;
+        Session session = connection.createSession(durable || (receives() && settling.transacted()), mode);
         Destination destination = destination(found, session);
         MessageConsumer consumer = null;
         MessageProducer producer = null;
@@ -84,12 +87,13 @@ final class LinkOpener {
             producer = session.createProducer(destination);
             producer.setDeliveryMode(DeliveryMode.PERSISTENT);
         } else if (durable) {
-            consumer = session.createDurableSubscriber((Topic) destination, settings.subscriptionName());
-        } else if (purpose == Purpose.CONSUME) {
-            consumer = session.createConsumer(destination);
+            String name = settings.subscriptionName();
+            consumer = session.createDurableSubscriber((Topic) destination, name, settling.selector(), false);
+        } else if (receives()) {
+            consumer = session.createConsumer(destination, settling.selector());
         }
         connection.start();
-        return new Link(connection, session, destination, consumer, producer, loss);
+        return new Link(connection, session, destination, consumer, producer, loss, settling.byHost());
     }
 
     private Destination destination(JndiLookup.Found found, Session session) throws JMSException {
@@ -101,6 +105,9 @@ final class LinkOpener {
     private ConnectorException explained(JMSException e, String user, boolean reached) {
         String provider = settings.provider();
         String destination = settings.destination();
+        if (ConnectorException.stemsFrom(e, InvalidSelectorException.class)) {
+            return new ConnectorException(settling.faultOfSelector(e), e);
+        }
         boolean isForMemory = MemoryShortage.isBehind(e);
         String reason = (isForMemory ? MemoryShortage.remedy(e) : Log.rootReason(e)) + ".";
         if (ConnectorException.stemsFrom(e, InvalidClientIDException.class)) {

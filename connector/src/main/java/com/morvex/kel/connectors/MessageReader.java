@@ -44,7 +44,7 @@ final class MessageReader {
 
     /** Refuses what must not reach a converter: an unguarded object, a text or bytes beyond the limit. */
     void checkForConverter(Message message) throws JMSException {
-        checkObjectFilter(message);
+        if (message instanceof ObjectMessage) checkObjectFilter(tuning);
         if (message instanceof BytesMessage bytes) checkSize(bytes.getBodyLength());
         if (message instanceof TextMessage text && text.getText() != null) checkSize(text.getText());
     }
@@ -80,15 +80,15 @@ final class MessageReader {
      * Refuses an object message while nothing limits the classes that reading it would bring to life: the
      * provider makes the objects before anybody can look at them.
      */
-    private void checkObjectFilter(Message message) {
-        if (!(message instanceof ObjectMessage) || tuning.trustObjectMessages()) return;
+    static void checkObjectFilter(Tuning tuning) {
+        if (tuning.trustObjectMessages()) return;
         if (ObjectInputFilter.Config.getSerialFilter() != null) return;
         throw new ConnectorException("it is an ObjectMessage, which is read only when the system property"
                 + " jdk.serialFilter limits the classes, or kel.jms.trustObjectMessages is true");
     }
 
     private List<?> objectValues(ObjectMessage message) throws JMSException {
-        checkObjectFilter(message);
+        checkObjectFilter(tuning);
         Object body = message.getObject();
         if (body instanceof Object[] array) return Arrays.asList(array);
         if (body instanceof List<?> list) return list;

@@ -1,6 +1,9 @@
 package com.morvex.kel.connectors;
 
-/** The connector's limits, each a system property that is read once, when a connector is made. */
+/**
+ * The connector's limits, each a system property that is read once, when a connector is made. What a host in the same
+ * JVM sets for itself is in {@link Settling}.
+ */
 record Tuning(long receiveTimeoutMillis, long connectTimeoutMillis, long clientIdWaitMillis, long remindMillis,
         long maxMessageBytes, long maxElements, long browseLimit, long browseMillis, boolean trustObjectMessages) {
     static Tuning fromSystemProperties() {
@@ -11,7 +14,7 @@ record Tuning(long receiveTimeoutMillis, long connectTimeoutMillis, long clientI
                 positive("kel.jms.browseMillis", 3_000), Boolean.getBoolean("kel.jms.trustObjectMessages"));
     }
 
-    private static long positive(String property, long standard) {
+    static long positive(String property, long standard) {
         String text = System.getProperty(property);
         if (text == null) return standard;
         try {
