@@ -3,7 +3,6 @@
 #include <atomic>
 #include <memory>
 #include <mutex>
-#include <optional>
 
 #include "host/configuration/Gate.h"
 #include "host/connection/Feeder.h"
@@ -24,13 +23,12 @@ class Runner {
 public:
     Runner(const RunOptions& options, Settings settings)
         : options_(options),
+          feed_(options.feed.empty() ? nullptr : std::make_unique<LineSource>(options.feed)),
           streamType_(settings.streamName, streamColumns(settings)),
           sink_(sinkFor(settings)),
           plugin_(pluginFor(settings, options.plugin)),
           session_(std::move(settings), options.session.logLevel),
-          limits_{options.rows, options.idle, options.mostRejects} {
-        if (!options.feed.empty()) feed_.emplace(options.feed);
-    }
+          limits_{options.rows, options.idle, options.mostRejects} {}
 
     int run() {
         const StopAction onSignal([this] {
@@ -42,9 +40,10 @@ public:
         if (feeder_) feeder_->close();
         const Totals& totals = progress_.totals;
         sayTotals(totals, begin_ < totals.lastMessage ? secondsBetween(begin_, totals.lastMessage) : 0);
-        if (!session_.settings.sink.url.empty()) sayBatches(totals);
+        if (hasSink(session_.settings)) sayBatches(totals);
         if (limits_.rejects > 0 && totals.bad >= limits_.rejects) {
-            say("The run ended with " + std::to_string(totals.bad) + " messages rejected, as --max-bad asks.");
+            say("The run ended with " + std::to_string(totals.bad) +
+                " messages rejected, as --max-bad asks.");
             return kFailed;
         }
         return feedFailed_ ? kFailed : kDone;
@@ -52,7 +51,7 @@ public:
 
 private:
     std::unique_ptr<RowSink> sinkFor(const Settings& settings) const {
-        if (!settings.sink.url.empty()) return makeDatabaseSink(settings.sink, streamType_);
+        if (hasSink(settings)) throw Failure("no sinks yet");
         std::unique_ptr<RowSink> rows = rowForm(options_.format).make(streamType_, options_.out);
         return keepingRejects(std::move(rows), settings.rejects);
     }
@@ -117,12 +116,12 @@ private:
     };
 
     const RunOptions& options_;
+    const std::unique_ptr<LineSource> feed_;
     const RowType streamType_;
     const std::unique_ptr<RowSink> sink_;
     const Plugin plugin_;
     Session session_;
     const RunLimits limits_;
-    std::optional<LineSource> feed_;
     RunProgress progress_;
     Clock::time_point begin_{};
     std::atomic<bool> feedFailed_{false};

@@ -5,9 +5,6 @@
 
 namespace host {
 
-namespace {
-
-// How many messages may wait for their settling.
 std::int64_t settleAfter(const Settings& settings) {
     constexpr std::int64_t kUncommitted = 100;  // as many as the connector acknowledges at a time of itself
     constexpr std::int64_t kMost = std::numeric_limits<std::int32_t>::max();
@@ -16,8 +13,6 @@ std::int64_t settleAfter(const Settings& settings) {
     if (isBatched && size > 0) return std::min(size, kMost);
     return isDurable(settings) && !hasSink(settings) ? 1 : kUncommitted;
 }
-
-}  // namespace
 
 std::vector<std::string> connectorOptions(const Settings& settings) {
     std::vector<std::string> options;

@@ -8,6 +8,9 @@
 
 namespace host {
 
+// How many messages at most wait for one settling by this host.
+std::int64_t settleAfter(const Settings& settings);
+
 // The options of the JVM by which the connector knows who settles messages and when, and which are wanted.
 std::vector<std::string> connectorOptions(const Settings& settings);
 

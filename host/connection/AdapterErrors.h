@@ -13,8 +13,8 @@ struct AdapterError {
     std::string column;    // "": no column is to blame
 };
 
-// While it lives, errors that are reported on its thread are kept here instead of going to standard error; one
-// at a time a thread.
+// While it lives, errors that are reported on its thread are kept here instead of going to standard error;
+// one at a time a thread.
 class HeardErrors {
 public:
     HeardErrors();

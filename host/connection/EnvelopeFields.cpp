@@ -49,8 +49,9 @@ void EnvelopeFields::fill(Batch& batch, Delivery& delivery) const {
             if (text) {
                 std::string reason;
                 if (!read(column, *text, formats_, value, reason))
-                    fault = "column \"" + name + "\" (" + typeName(column.column.type) + ") cannot hold the text " +
-                            quoted(*text) + " of " + column.from + ": " + reason + ".";
+                    fault = "column \"" + name + "\" (" + typeName(column.column.type) +
+                            ") cannot hold the text " + quoted(*text) + " of " + column.from + ": " + reason +
+                            ".";
             } else if (column.column.key) {
                 fault = "key column \"" + name + "\" is null, because the message has no " + column.from +
                         "; a key column needs a value.";

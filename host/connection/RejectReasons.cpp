@@ -16,8 +16,8 @@ constexpr size_t kLongestShown = 60;  // of a message, in bytes
 // "300288-3_JMSIN_ADAPTER_NOSTREAMNAME" of a text that the catalogue made; "" for any other.
 std::string keyOf(std::string_view text) {
     const std::string_view key = text.substr(0, text.find_first_of(": "));
-    const bool isKey = !key.empty() && key.front() >= '0' && key.front() <= '9' &&
-                       key.find('_') != std::string_view::npos;
+    const bool isKey =
+        !key.empty() && key.front() >= '0' && key.front() <= '9' && key.find('_') != std::string_view::npos;
     return std::string(isKey ? key : std::string_view());
 }
 
@@ -64,7 +64,8 @@ Reject silent(const Settings& settings, Delivery* delivery, size_t message) {
         return reject;
     }
     if (info->format == DataFormat::kFix) {
-        reject.text = "its field 8 (BeginString) has fewer than four characters, or there is none for a column.";
+        reject.text =
+            "its field 8 (BeginString) has fewer than four characters, or there is none for a column.";
         return reject;
     }
     OtherStream other;
@@ -74,8 +75,8 @@ Reject silent(const Settings& settings, Delivery* delivery, size_t message) {
     } else {
         other = ofArray(settings, *delivery, message);
     }
-    reject.text = other.seen + ", but the stream is " + inQuotes(toUtf8(settings.streamName)) + "; " +
-                  other.keys + ".";
+    reject.text =
+        other.seen + ", but the stream is " + inQuotes(toUtf8(settings.streamName)) + "; " + other.keys + ".";
     return reject;
 }
 
@@ -83,8 +84,7 @@ Reject silent(const Settings& settings, Delivery* delivery, size_t message) {
 
 Reject reasonOf(const Settings& settings, const HeardErrors& heard, Delivery* delivery, size_t message) {
     if (delivery != nullptr) {
-        if (auto refusal = delivery->refusal(message))
-            return {Stage::kReceive, "", std::move(*refusal), ""};
+        if (auto refusal = delivery->refusal(message)) return {Stage::kReceive, "", std::move(*refusal), ""};
     }
     if (!heard.errors.empty()) {
         const AdapterError& error = heard.errors.back();

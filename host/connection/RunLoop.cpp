@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "host/configuration/InForce.h"
 #include "host/connection/AdapterErrors.h"
 #include "host/connection/ConnectionState.h"
 #include "host/connection/Delivery.h"
@@ -95,8 +96,7 @@ void RunLoop::take() {
         ++batchGood_;
         last.row = std::move(row);
     } else if (bad > adapterBad_) {
-        last.reject =
-            reasonOf(session_.settings, heard, settlement_->delivery(), batch_.messages.size() - 1);
+        last.reject = reasonOf(session_.settings, heard, settlement_->delivery(), batch_.messages.size() - 1);
         ++batchBad_;
     }
     adapterBad_ = bad;

@@ -30,11 +30,12 @@ struct RunProgress {
 class RunLoop {
 public:
     // All of them stay with the caller.
-    RunLoop(LoadedAdapter& adapter, const Session& session, const RowType& streamType, const RunLimits& limits,
-            RowSink& sink, RunProgress& progress);
+    RunLoop(LoadedAdapter& adapter, const Session& session, const RowType& streamType,
+            const RunLimits& limits, RowSink& sink, RunProgress& progress);
 
-    // Until the adapter is stopped or a limit is reached; what was taken until then is settled. Throws Failure
-    // with the adapter running, since a stop from this thread would say that the rows are safe, and TakenOver.
+    // Until the adapter is stopped or a limit is reached; what was taken until then is settled. Throws
+    // Failure with the adapter running, since a stop from this thread would say that the rows are safe, and
+    // TakenOver.
     void run();
 
 private:

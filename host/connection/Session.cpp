@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "host/configuration/InForce.h"
 #include "host/connection/AdapterErrors.h"
 #include "host/process/ClassPath.h"
 #include "host/process/Console.h"
@@ -37,7 +38,9 @@ Session::Session(Settings sound, std::optional<int> logLevel)
         if (heard != nullptr && level <= kErrorLevel) heard->logged.emplace_back(text);
         if (level <= shown) sayModified("log " + std::to_string(level) + ": ", text);
     };
-    startJvm(path, settings.jvmOptions);
+    std::vector<std::string> options = connectorOptions(settings);
+    options.insert(options.end(), settings.jvmOptions.begin(), settings.jvmOptions.end());
+    startJvm(path, options);
 }
 
 Session::~Session() { setErrorSink({}); }

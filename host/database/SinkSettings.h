@@ -13,12 +13,12 @@ enum class SinkMode {
 
 // The section [sink]. Texts are in UTF-8.
 struct SinkSettings {
-    std::string url;  // sqlite:FILE or postgresql://...; "": rows go out as text
+    std::string url;                // sqlite:FILE or postgresql://...; "": rows go out as text
     std::string schema = "public";  // of PostgreSQL
     std::string table;
     SinkMode mode = SinkMode::kAppend;
-    std::string source;  // names the ledger's row
-    bool create = true;  // makes a table that is missing
+    std::string source;        // names the ledger's row
+    bool create = true;        // makes a table that is missing
     bool keepsRejects = true;  // else the first row that cannot be kept ends the run
     std::int64_t commitMillis = 200;
     std::int64_t retrySeconds = 0;  // 0: a database that is away is waited for as long as it takes

@@ -44,8 +44,8 @@ struct EnvelopeField {
 
 // A message as it came, to be kept and sent again.
 struct MessageCopy {
-    std::string kind;                    // text, bytes, object, stream, map or none
-    std::optional<std::string> body;     // bytes; none: it cannot be had
+    std::string kind;                 // text, bytes, object, stream, map or none
+    std::optional<std::string> body;  // bytes; none: it cannot be had
     std::vector<EnvelopeField> envelope;
 };
 

@@ -31,7 +31,7 @@ bool ConnectionRow::readOp(char& opcode, Refusal& refusal) const {
     if (!isGiven) opcode = 'i';
     if (isOpcodeLetter(opcode)) return true;
     refusal.text = "the opcode " + quoted(opcode != '\0' ? std::string(1, opcode) : std::string()) +
-            " is none; allowed are " + opcodeList() + ".";
+                   " is none; allowed are " + opcodeList() + ".";
     return false;
 }
 
@@ -42,11 +42,12 @@ bool ConnectionRow::readFields(ServerRow& row, Refusal& refusal) const {
         const int index = byNames_ ? field.slot : static_cast<int>(i);
         const Column* column = type_->at(index);
         if (column == nullptr) {
-            refusal.text = byNames_ ? "there is no column " + quoted(field.name) + " for " + fieldText(field) +
-                                   "; the columns are " + columnNames(*type_) + "."
-                             : "field " + std::to_string(i) + " (counted from 0), " + fieldText(field) +
-                                   ", has no column; there are " + std::to_string(type_->columns.size()) +
-                                   ": " + columnNames(*type_) + ".";
+            refusal.text = byNames_
+                               ? "there is no column " + quoted(field.name) + " for " + fieldText(field) +
+                                     "; the columns are " + columnNames(*type_) + "."
+                               : "field " + std::to_string(i) + " (counted from 0), " + fieldText(field) +
+                                     ", has no column; there are " + std::to_string(type_->columns.size()) +
+                                     ": " + columnNames(*type_) + ".";
             return false;
         }
         std::string reason;
@@ -54,7 +55,7 @@ bool ConnectionRow::readFields(ServerRow& row, Refusal& refusal) const {
             !readValue(column->type, field.text, formats, row.values[static_cast<size_t>(index)], reason)) {
             refusal.column = column->name;
             refusal.text = "column \"" + column->name + "\" (" + typeName(column->type) + ") cannot hold " +
-                    fieldText(field) + ": " + reason + ".";
+                           fieldText(field) + ": " + reason + ".";
             return false;
         }
     }
@@ -63,7 +64,7 @@ bool ConnectionRow::readFields(ServerRow& row, Refusal& refusal) const {
         if (column.key && isNull(row.values[i])) {
             refusal.column = column.name;
             refusal.text = "key column \"" + column.name + "\" (" + typeName(column.type) +
-                    ") is null in the message; a key column needs a value.";
+                           ") is null in the message; a key column needs a value.";
             return false;
         }
     }
