@@ -53,6 +53,9 @@ public:
     virtual std::string url() const = 0;
     // Runs statements by the database's command-line client; rows a line each, values between "|", null "~".
     virtual std::string ask(const std::string& statements) const = 0;
+    virtual std::string socket() const { return ""; }  // of a server
+    virtual void stop() {}                             // as by a power cut
+    virtual void start() {}
 };
 
 // Null where the machine has no such database.
@@ -72,9 +75,8 @@ protected:
     std::unique_ptr<Server> server;
     // Symbol is the key; Shares and Price may be null.
     std::unique_ptr<host::RowType> type = std::make_unique<host::RowType>(
-        "Trades", std::vector<host::Column>{{"Symbol", DataTypes::kString, true},
-                                            {"Shares", DataTypes::kInteger, false},
-                                            {"Price", DataTypes::kFloat, false}});
+        "Trades", std::vector<host::Column>{
+                      {"Symbol", DataTypes::kString, true}, {"Shares", DataTypes::kInteger, false}, {"Price", DataTypes::kFloat, false}});
     host::SinkSettings settings;
     host::Batch last;  // as the sink left it
 };
