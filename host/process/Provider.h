@@ -23,6 +23,8 @@ bool isOfStore(std::string_view jar);
 std::vector<std::string> admittedClasses();
 
 bool isContextFactory(std::string_view javaClass);  // its class for JNDI
+inline constexpr char kContextFactory[] = "org.apache.activemq.jndi.ActiveMQInitialContextFactory";
+inline constexpr char kConnectionFactory[] = "ConnectionFactory";  // there is one of that name always
 
 // Whether the URL is of a broker inside the process that uses it, also as one of several: vm://a,
 // vm:(...), failover:(vm://a); and whether such a broker keeps messages in files.
