@@ -25,9 +25,10 @@ struct Header {
     std::span<const TypeEnum> types;
 };
 constexpr Header kHeaders[] = {
-    {"JMSMessageID", kText},  {"JMSCorrelationID", kText}, {"JMSType", kText},        {"JMSReplyTo", kText},
-    {"JMSDestination", kText}, {"JMSTimestamp", kMoment},   {"JMSExpiration", kMoment}, {"JMSPriority", kCount},
-    {"JMSDeliveryMode", kCount}, {"JMSRedelivered", kFlag},
+    {"JMSMessageID", kText},    {"JMSCorrelationID", kText}, {"JMSType", kText},
+    {"JMSReplyTo", kText},      {"JMSDestination", kText},   {"JMSTimestamp", kMoment},
+    {"JMSExpiration", kMoment}, {"JMSPriority", kCount},     {"JMSDeliveryMode", kCount},
+    {"JMSRedelivered", kFlag},
 };
 constexpr std::string_view kProperty = "property.";
 

@@ -13,7 +13,8 @@ namespace host {
 namespace {
 
 constexpr const char* kOwnTables[] = {"kel_ledger", "kel_rejected"};
-constexpr const char* kOwnColumns[] = {"kel_op", "kel_seq", "kel_message_id", "kel_at"};  // of an append table
+constexpr const char* kOwnColumns[] = {"kel_op", "kel_seq", "kel_message_id",
+                                       "kel_at"};  // of an append table
 
 // The names in the database, by its own rules.
 class NameCheck {
@@ -26,7 +27,8 @@ public:
         if (kind_.hasSchemas) name("sink.schema is ", sink.schema);
         name("sink.table is ", sink.table);
         if (isOneOf(kOwnTables, sink.table))
-            problem("sink.table is " + inQuotes(sink.table) + ", a table of the sink's own; it must be another.");
+            problem("sink.table is " + inQuotes(sink.table) +
+                    ", a table of the sink's own; it must be another.");
         std::map<std::string, std::string> seen;
         for (const Column& column : streamColumns(settings_)) {
             const std::string text = toUtf8(column.name);

@@ -72,9 +72,8 @@ protected:
     std::unique_ptr<Server> server;
     // Symbol is the key; Shares and Price may be null.
     std::unique_ptr<host::RowType> type = std::make_unique<host::RowType>(
-        "Trades", std::vector<host::Column>{{"Symbol", DataTypes::kString, true},
-                                            {"Shares", DataTypes::kInteger, false},
-                                            {"Price", DataTypes::kFloat, false}});
+        "Trades", std::vector<host::Column>{
+                      {"Symbol", DataTypes::kString, true}, {"Shares", DataTypes::kInteger, false}, {"Price", DataTypes::kFloat, false}});
     host::SinkSettings settings;
     host::Batch last;  // as the sink left it
 };
