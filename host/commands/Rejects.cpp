@@ -29,8 +29,13 @@ constexpr char kAll[] = "all";
 constexpr size_t kAtATime = 50;  // copies that wait in memory
 
 std::string listed(const std::vector<KeptReject>& rejects) {
-    std::vector<std::vector<TextTable::Cell>> lines = {
-        {{"id", TextTable::Side::kRight}, {"at"}, {"stage"}, {"column"}, {"replayed"}, {"message"}, {"error"}}};
+    std::vector<std::vector<TextTable::Cell>> lines = {{{"id", TextTable::Side::kRight},
+                                                        {"at"},
+                                                        {"stage"},
+                                                        {"column"},
+                                                        {"replayed"},
+                                                        {"message"},
+                                                        {"error"}}};
     for (const KeptReject& one : rejects)
         lines.push_back({{std::to_string(one.id), TextTable::Side::kRight},
                          {one.at},
@@ -115,7 +120,8 @@ public:
 private:
     void send(std::int64_t id) {
         const auto kept = rejects_.load(id);
-        if (!kept) throw Failure("There is no reject " + std::to_string(id) + "; --list shows those there are.");
+        if (!kept)
+            throw Failure("There is no reject " + std::to_string(id) + "; --list shows those there are.");
         if (!kept->replayedAt.empty()) {
             ++before_;
             return;
@@ -147,8 +153,9 @@ private:
 
     int tell(size_t count) const {
         const auto all = static_cast<std::int64_t>(count);
-        say(std::string(isSentBack_ ? "sent back " : "replayed ") + std::to_string(done_) + ", replayed before " +
-            std::to_string(before_) + ", stay " + std::to_string(all - done_ - before_));
+        say(std::string(isSentBack_ ? "sent back " : "replayed ") + std::to_string(done_) +
+            ", replayed before " + std::to_string(before_) + ", stay " +
+            std::to_string(all - done_ - before_));
         return done_ + before_ == all ? kDone : kFailed;
     }
 
@@ -179,8 +186,7 @@ std::vector<std::int64_t> wanted(const RejectsOptions& options, KeptRejects& rej
 }  // namespace
 
 int runRejects(const RejectsOptions& options) {
-    const Settings settings =
-        soundSettings(options.session.config, options.session.overrides, Purpose::kRun);
+    const Settings settings = soundSettings(options.session.config, options.session.overrides, Purpose::kRun);
     const RowType streamType(settings.streamName, streamColumns(settings));
     const std::unique_ptr<KeptRejects> rejects = rejectsOf(settings, streamType, options);
     if (!options.replay.empty()) {
@@ -197,7 +203,8 @@ int runRejects(const RejectsOptions& options) {
     }
     const auto kept = rejects->load(options.show);
     if (!kept)
-        throw Failure("There is no reject " + std::to_string(options.show) + "; --list shows those there are.");
+        throw Failure("There is no reject " + std::to_string(options.show) +
+                      "; --list shows those there are.");
     Output().write(shownReject(*kept));
     return kDone;
 }

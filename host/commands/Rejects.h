@@ -11,7 +11,7 @@ namespace host {
 struct RejectsOptions {
     SessionOptions session;
     std::string plugin;     // "": the configured one, else the one beside this program
-    bool list = false;  // as without any of these
+    bool list = false;      // as without any of these
     bool all = false;       // list those too that were sent again
     std::int64_t show = 0;  // 0: list
     std::string replay;     // a number, or "all"; "": list or show
