@@ -25,16 +25,18 @@ struct Header {
     std::span<const TypeEnum> types;
 };
 constexpr Header kHeaders[] = {
-    {"JMSMessageID", kText},  {"JMSCorrelationID", kText}, {"JMSType", kText},        {"JMSReplyTo", kText},
-    {"JMSDestination", kText}, {"JMSTimestamp", kMoment},   {"JMSExpiration", kMoment}, {"JMSPriority", kCount},
-    {"JMSDeliveryMode", kCount}, {"JMSRedelivered", kFlag},
+    {"JMSMessageID", kText},    {"JMSCorrelationID", kText}, {"JMSType", kText},
+    {"JMSReplyTo", kText},      {"JMSDestination", kText},   {"JMSTimestamp", kMoment},
+    {"JMSExpiration", kMoment}, {"JMSPriority", kCount},     {"JMSDeliveryMode", kCount},
+    {"JMSRedelivered", kFlag},
 };
 constexpr std::string_view kProperty = "property.";
 
 }  // namespace
 
 std::string faultOfSource(std::string_view from, std::uint32_t type) {
-    if (from.starts_with(kProperty) && from.size() > kProperty.size()) return {};
+    if (from == kProperty) return "is from \"property.\", which names none; it is written property.NAME.";
+    if (from.starts_with(kProperty)) return {};
     const auto nameOf = [](const Header& header) { return std::string_view(header.name); };
     const Header& header = nearest(kHeaders, from, nameOf);
     if (from != header.name)

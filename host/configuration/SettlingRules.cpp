@@ -36,8 +36,9 @@ void checkPrefetch(const Settings& settings, CheckResult& result) {
     const std::string key =
         provider::optionBeginningWith(parameterOf(settings, params::kJndiUrl), provider::kPrefetchOptions);
     if (!isAtActiveMq(settings))
-        result.problems.push_back(place + ", which only a client of ActiveMQ is told; for any other provider "
-                                          "it must be absent.");
+        result.problems.push_back(place +
+                                  ", which only a client of ActiveMQ is told; for any other provider "
+                                  "it must be absent.");
     if (isAtActiveMq(settings) && !key.empty())
         result.problems.push_back(place + ", and connection.jndiURL says " + key +
                                   "; only one of them may be there.");
@@ -71,7 +72,7 @@ void noteUrl(const Settings& settings, CheckResult& result) {
     const std::string url = urlInForce(settings);
     if (url == parameterOf(settings, params::kJndiUrl)) return;
     result.notes.push_back("connection.jndiURL is used as " + inQuotes(toUtf8(url)) + ", which says what " +
-                           (!hasSink(settings)        ? "host.prefetch asks for."
+                           (!hasSink(settings)       ? "host.prefetch asks for."
                             : settings.prefetch == 0 ? "the sink needs."
                                                      : "the sink needs and host.prefetch asks for."));
 }

@@ -15,9 +15,9 @@ std::size_t distance(std::string_view one, std::string_view other);
 // The entry, of those that there are, whose name is spelled most like this one; `nameOf` gives an entry's.
 template <typename Entries, typename NameOf>
 const auto& nearest(const Entries& entries, std::string_view name, NameOf nameOf) {
-    return *std::min_element(
-        std::begin(entries), std::end(entries),
-        [&](const auto& one, const auto& other) { return distance(nameOf(one), name) < distance(nameOf(other), name); });
+    return *std::min_element(std::begin(entries), std::end(entries), [&](const auto& one, const auto& other) {
+        return distance(nameOf(one), name) < distance(nameOf(other), name);
+    });
 }
 
 }  // namespace host
