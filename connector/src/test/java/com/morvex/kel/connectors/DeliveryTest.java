@@ -269,7 +269,7 @@ public class DeliveryTest extends BrokerFixture {
         }
         assertEquals("the host tells of it", "", takeLog());
         assertTrue(Delivery.settle());
-        assertEquals("they are dealt with", 0, waiting(QUEUE));
+        waitUntil("they are dealt with", () -> waiting(QUEUE) == 0);
     }
 
     @Test
