@@ -97,6 +97,14 @@ void addRun(CLI::App& run, host::RunOptions& options) {
     run.add_option("--idle", options.idle, "end after so many seconds with nothing waiting")
         ->type_name("SECONDS")
         ->check(numberAboveZero());
+    run.add_option("--max-bad", options.mostRejects, "end, and fail, at the Nth message that is no row")
+        ->type_name("N")
+        ->check(countAboveZero());
+    run.add_option_function<std::string>(
+           "--sink",
+           [&options](const std::string& url) { options.session.overrides.push_back("sink.url=" + url); },
+           "put the rows into this database: sqlite:FILE or postgresql://...")
+        ->type_name("URL");
     addForm(run, "rows", host::rowForms(), options.format);
     run.add_option("--out", options.out, "append the rows to this file instead of standard output")
         ->type_name("FILE");

@@ -2,143 +2,140 @@
 
 #include <atomic>
 #include <memory>
-#include <optional>
+#include <mutex>
 
 #include "host/configuration/Gate.h"
-#include "host/connection/ConnectionState.h"
 #include "host/connection/Feeder.h"
 #include "host/connection/LoadedAdapter.h"
+#include "host/connection/RunLoop.h"
 #include "host/process/Console.h"
 #include "host/process/Failure.h"
 #include "host/process/Jvm.h"
 #include "host/process/Signals.h"
+#include "host/rows/RejectFile.h"
 #include "host/rows/RowForms.h"
-#include "host/rows/RunReport.h"
-#include "host/rows/SilentBadMessages.h"
-#include "host/values/ModifiedUtf8.h"
 
 namespace host {
 
 namespace {
 
-// The input thread's work: next row, write it, commit, until something ends it.
-class Loop {
+class Runner {
 public:
-    Loop(LoadedAdapter& adapter, const Session& session, const RunOptions& options, RowSink& sink)
-        : adapter_(adapter),
-          session_(session),
-          options_(options),
-          sink_(sink),
-          silent_(toUtf8(session.rowType.streamName)) {}
+    Runner(const RunOptions& options, Settings settings)
+        : options_(options),
+          feed_(options.feed.empty() ? nullptr : std::make_unique<LineSource>(options.feed)),
+          streamType_(settings.streamName, streamColumns(settings)),
+          sink_(sinkFor(settings)),
+          plugin_(pluginFor(settings, options.plugin)),
+          session_(std::move(settings), options.session.logLevel),
+          limits_{options.rows, options.idle, options.mostRejects} {}
 
-    void run() {
-        const Clock::time_point start = Clock::now();
-        lastMessage_ = idleSince_ = start;
-        {
-            StatusLine status(start, [] { return connectionState() == ConnectionState::kOpen; });
-            while (!adapter_.isStopped() && !isAtEnd()) {
-                const Clock::time_point now = step();
-                status.update(totals_, now);
-            }
+    int run() {
+        const StopAction onSignal([this] {
+            const JvmThread thisThread;
+            stop();
+        });
+        while (!runOnce()) {
         }
-        silent_.tell(lastMessage_);
-        seconds_ = secondsBetween(start, lastMessage_);
+        if (feeder_) feeder_->close();
+        const Totals& totals = progress_.totals;
+        sayTotals(totals, begin_ < totals.lastMessage ? secondsBetween(begin_, totals.lastMessage) : 0);
+        if (hasSink(session_.settings)) sayBatches(totals);
+        if (limits_.rejects > 0 && totals.bad >= limits_.rejects) {
+            say("The run ended with " + std::to_string(totals.bad) +
+                " messages rejected, as --max-bad asks.");
+            return kFailed;
+        }
+        return feedFailed_ ? kFailed : kDone;
     }
-
-    void sayTotals() const { host::sayTotals(totals_, seconds_); }
 
 private:
-    bool isAtEnd() const {
-        const bool hasRows = options_.rows > 0 && totals_.good >= options_.rows;
-        return hasRows || (options_.idle > 0 && idle_ >= options_.idle);
+    std::unique_ptr<RowSink> sinkFor(const Settings& settings) const {
+        if (hasSink(settings)) throw Failure("no sinks yet");
+        std::unique_ptr<RowSink> rows = rowForm(options_.format).make(streamType_, options_.out);
+        return keepingRejects(std::move(rows), settings.rejects);
     }
 
-    Clock::time_point step() {
-        const Plugin& plugin = adapter_.plugin();
-        const int64_t errorsBefore = session_.errors;
-        const std::unique_ptr<ServerRow> row(static_cast<ServerRow*>(plugin.getNext(adapter_.handle())));
-        // A failure goes up with the adapter running: a stop from this thread would tell the connector that
-        // the row is safe.
-        if (row) sink_.take(*row);
-        const Clock::time_point now = Clock::now();
-        const int64_t total = plugin.getTotalRowsProcessed(adapter_.handle());
-        if (total == totals_.total) {
-            waitedInVain(now);
-            return now;
+    // False: somebody else writes for the same source, and this host is to wait for its next turn.
+    bool runOnce() {
+        sink_->open();
+        LoadedAdapter adapter(plugin_, session_);
+        const Current current(*this, adapter);
+        adapter.reset();
+        if (begin_ == Clock::time_point()) {
+            say("ready");
+            begin_ = Clock::now();
         }
-        // Only now may the provider forget the row's message.
-        sink_.keep();
-        plugin.commitTransaction(adapter_.handle());
-        totals_.total = total;
-        totals_.good = plugin.getNumberOfGoodRows(adapter_.handle());
-        const int64_t bad = plugin.getNumberOfBadRows(adapter_.handle());
-        if (bad > totals_.bad && session_.errors == errorsBefore) silent_.add(bad - totals_.bad, now);
-        totals_.bad = bad;
-        lastMessage_ = idleSince_ = now;
-        idle_ = 0;
-        return now;
+        plugin_.start(adapter.handle());
+        startFeeding();
+        RunLoop loop(adapter, session_, streamType_, limits_, *sink_, progress_);
+        try {
+            loop.run();
+        } catch (const TakenOver& takenOver) {
+            say(takenOver.what());
+            adapter.stop();
+            return isStopped_;
+        }
+        adapter.stop();
+        return true;
     }
 
-    // Nothing can wait where there is no connection to look: such a time is not idle.
-    void waitedInVain(Clock::time_point now) {
-        const ConnectionState state = connectionState();
-        if (state == ConnectionState::kGivenUp && !adapter_.isStopped())
-            throw Failure(
-                "The connector has given up its connection, so the run ends; the reason stands above.");
-        if (state != ConnectionState::kOpen) idleSince_ = now;
-        idle_ = secondsBetween(idleSince_, now);
-        silent_.add(0, now);
+    // Not before reset succeeded: a topic needs its subscriber first.
+    void startFeeding() {
+        if (!feed_ || feeder_) return;
+        feeder_ = std::make_unique<Feeder>(
+            *feed_, session_, [this] { return progress_.taken.load(); },
+            [this] {
+                feedFailed_ = true;
+                stop();
+            });
     }
 
-    LoadedAdapter& adapter_;
-    const Session& session_;
+    void stop() {
+        isStopped_ = true;
+        sink_->stop();
+        const std::lock_guard guard(lock_);
+        if (current_ != nullptr) current_->stop();
+    }
+
+    // The adapter that a stop is for.
+    class Current {
+    public:
+        Current(Runner& runner, LoadedAdapter& adapter) : runner_(runner) { set(&adapter); }
+        ~Current() { set(nullptr); }
+        Current(const Current&) = delete;
+        Current& operator=(const Current&) = delete;
+
+    private:
+        void set(LoadedAdapter* adapter) {
+            const std::lock_guard guard(runner_.lock_);
+            runner_.current_ = adapter;
+            if (adapter != nullptr && runner_.isStopped_) adapter->stop();
+        }
+        Runner& runner_;
+    };
+
     const RunOptions& options_;
-    RowSink& sink_;
-    SilentBadMessages silent_;
-    Totals totals_;
-    Clock::time_point lastMessage_;
-    Clock::time_point idleSince_;
-    double idle_ = 0;
-    double seconds_ = 0;
+    const std::unique_ptr<LineSource> feed_;
+    const RowType streamType_;
+    const std::unique_ptr<RowSink> sink_;
+    const Plugin plugin_;
+    Session session_;
+    const RunLimits limits_;
+    RunProgress progress_;
+    Clock::time_point begin_{};
+    std::atomic<bool> feedFailed_{false};
+    std::atomic<bool> isStopped_{false};
+    std::mutex lock_;
+    LoadedAdapter* current_ = nullptr;  // guarded by lock_
+    std::unique_ptr<Feeder> feeder_;
 };
 
 }  // namespace
 
 int runRows(const RunOptions& options) {
-    Settings settings = soundSettings(options.session.config, options.session.overrides, Purpose::kRun);
-    std::optional<LineSource> feed;
-    if (!options.feed.empty()) feed.emplace(options.feed);
-    const std::unique_ptr<RowSink> sink =
-        rowForm(options.format).make(RowType(settings.streamName, settings.columns), options.out);
-    const Plugin plugin(pluginFor(settings, options.plugin));
-    Session session(std::move(settings), options.session.logLevel);
-
-    LoadedAdapter adapter(plugin, session);
-    const StopAction onSignal([&adapter, &sink] {
-        const JvmThread thisThread;
-        sink->stop();
-        adapter.stop();
-    });
-    adapter.reset();
-    say("ready");
-    plugin.start(adapter.handle());
-
-    std::atomic<bool> feedFailed{false};
-    std::unique_ptr<Feeder> feeder;
-    if (feed) {
-        // Not before reset succeeded: a topic needs its subscriber first.
-        const auto taken = [&] { return plugin.getTotalRowsProcessed(adapter.handle()); };
-        feeder = std::make_unique<Feeder>(*feed, session, taken, [&] {
-            feedFailed = true;
-            adapter.stop();
-        });
-    }
-    Loop loop(adapter, session, options, *sink);
-    loop.run();
-    adapter.stop();
-    if (feeder) feeder->close();
-    loop.sayTotals();
-    return feedFailed ? kFailed : kDone;
+    return Runner(options, soundSettings(options.session.config, options.session.overrides, Purpose::kRun))
+        .run();
 }
 
 }  // namespace host

@@ -1,8 +1,29 @@
 #include "host/configuration/Settings.h"
 
+#include <charconv>
 #include <cstdlib>
 
 namespace host {
+
+std::vector<Column> streamColumns(const Settings& settings) {
+    std::vector<Column> columns = settings.columns;
+    for (const EnvelopeColumn& envelope : settings.envelope)
+        columns.insert(columns.begin() + static_cast<std::ptrdiff_t>(envelope.position), envelope.column);
+    return columns;
+}
+
+bool hasSink(const Settings& settings) { return !settings.sink.url.empty(); }
+
+bool isDurable(const Settings& settings) {
+    return parameterOf(settings, params::kSubscriptionMode) == jmsin::kDurable;
+}
+
+std::int64_t batchSizeOf(const Settings& settings) {
+    const std::string text = parameterOf(settings, params::kBatchSize);
+    std::int64_t size = 0;
+    std::from_chars(text.data(), text.data() + text.size(), size);
+    return size;
+}
 
 std::string parameterOf(const Settings& settings, const char* name) {
     const auto found = settings.connection.find(name);

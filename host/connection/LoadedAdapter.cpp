@@ -1,15 +1,19 @@
 #include "host/connection/LoadedAdapter.h"
 
+#include "host/configuration/InForce.h"
 #include "host/process/Failure.h"
 #include "host/process/Signals.h"
 
 namespace host {
 
 LoadedAdapter::LoadedAdapter(const Plugin& plugin, Session& session)
-    : plugin_(plugin), session_(session), handle_(plugin.createAdapter()) {
+    : plugin_(plugin),
+      session_(session),
+      connection_(connectionInForce(session.settings)),
+      handle_(plugin.createAdapter()) {
     plugin.setCallBackReference(handle_, &session.context);
     plugin.setConnectionRowType(handle_, &session.rowType);
-    plugin.setConnectionParams(handle_, &session.settings.connection);
+    plugin.setConnectionParams(handle_, &connection_);
 }
 
 LoadedAdapter::~LoadedAdapter() { plugin_.deleteAdapter(handle_); }

@@ -28,6 +28,7 @@ public:
 private:
     const Plugin& plugin_;
     const Session& session_;
+    Parameters connection_;
     void* handle_;
     StoppableReset connecting_;
 };

@@ -1,5 +1,9 @@
 #include "host/connection/Session.h"
 
+#include <algorithm>
+
+#include "host/configuration/InForce.h"
+#include "host/connection/AdapterErrors.h"
 #include "host/process/ClassPath.h"
 #include "host/process/Console.h"
 #include "host/process/Installation.h"
@@ -7,21 +11,36 @@
 
 namespace host {
 
+namespace {
+
+constexpr int kErrorLevel = 3;  // of the adapter's log
+
+}  // namespace
+
 Session::Session(Settings sound, std::optional<int> logLevel)
     : settings(std::move(sound)), rowType(settings.streamName, settings.columns) {
     const std::string path = classPath(settings.classPath, settings.addClassPath);
     provideKelHome();
     if (std::string error; !loadCatalogue(catalogueFile(), error)) say(error);
-    setErrorSink([this](const char* text) {
+    setErrorSink([this](const char* text, const RowFault* fault) {
         ++errors;
-        sayModified("error: ", text);
+        if (HeardErrors* heard = HeardErrors::ofThisThread()) {
+            heard->errors.push_back({text, fault != nullptr, fault != nullptr ? fault->column : ""});
+        } else {
+            sayModified("error: ", text);
+        }
     });
     context.adapterName = settings.streamName;
-    context.logLevel = logLevel.value_or(settings.logLevel);
-    context.log = [](int level, const char* text) {
-        sayModified("log " + std::to_string(level) + ": ", text);
+    const int shown = logLevel.value_or(settings.logLevel);
+    context.logLevel = std::max(shown, kErrorLevel);
+    context.log = [shown](int level, const char* text) {
+        HeardErrors* heard = HeardErrors::ofThisThread();
+        if (heard != nullptr && level <= kErrorLevel) heard->logged.emplace_back(text);
+        if (level <= shown) sayModified("log " + std::to_string(level) + ": ", text);
     };
-    startJvm(path, settings.jvmOptions);
+    std::vector<std::string> options = connectorOptions(settings);
+    options.insert(options.end(), settings.jvmOptions.begin(), settings.jvmOptions.end());
+    startJvm(path, options);
 }
 
 Session::~Session() { setErrorSink({}); }

@@ -22,6 +22,14 @@ void sayTotals(const Totals& totals, double seconds) {
     say(text.data());
 }
 
+void sayBatches(const Totals& totals) {
+    std::array<char, 160> text;
+    std::snprintf(text.data(), text.size(), "repeated %lld, batches %lld, waited %.3f s for the database",
+                  static_cast<long long>(totals.repeated), static_cast<long long>(totals.batches),
+                  totals.waited);
+    say(text.data());
+}
+
 StatusLine::StatusLine(Clock::time_point start, std::function<bool()> isConnected)
     : isShown_(canShowStatus()), isConnected_(std::move(isConnected)), drawn_(start) {}
 
@@ -31,9 +39,11 @@ void StatusLine::update(const Totals& totals, Clock::time_point now) {
     if (!isShown_ || now - drawn_ < kRedraw) return;
     const double rate = static_cast<double>(totals.good - goodThen_) / secondsBetween(drawn_, now);
     std::array<char, 160> text;
-    std::snprintf(text.data(), text.size(), "good %lld, bad %lld, %.0f rows/s%s",
-                  static_cast<long long>(totals.good), static_cast<long long>(totals.bad), rate,
-                  isConnected_() ? "" : ", no connection");
+    const std::string repeated =
+        totals.repeated > 0 ? ", repeated " + std::to_string(totals.repeated) : std::string();
+    std::snprintf(text.data(), text.size(), "good %lld, bad %lld%s, %.0f rows/s%s",
+                  static_cast<long long>(totals.good), static_cast<long long>(totals.bad), repeated.c_str(),
+                  rate, isConnected_() ? "" : ", no connection");
     showStatus(text.data());
     drawn_ = now;
     goodThen_ = totals.good;

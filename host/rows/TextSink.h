@@ -19,8 +19,7 @@ public:
     // `file` as Output's. Throws Failure.
     TextSink(const std::string& file, const RowShape& shape, const MakeFormat& makeFormat);
 
-    void take(const ServerRow& row) override;
-    void keep() override {}  // a row is written through as it is taken
+    Kept keep(Batch& batch) override;
     void stop() override { output_.stop(); }
 
 private:

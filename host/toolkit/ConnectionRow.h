@@ -66,8 +66,12 @@ private:
     int slotOf(std::string_view name) const;
     int positionOf(std::string_view name, int slot) const;
     void remember(int position, int slot);
-    bool readOp(char& opcode, std::string& error) const;
-    bool readFields(ServerRow& row, std::string& error) const;
+    struct Refusal {
+        std::string text;
+        std::string column;
+    };
+    bool readOp(char& opcode, Refusal& refusal) const;
+    bool readFields(ServerRow& row, Refusal& refusal) const;
 
     bool byNames_;
     const RowType* type_;

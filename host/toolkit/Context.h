@@ -37,9 +37,14 @@ struct Context {
 
 inline Context* contextOf(void* callback) { return static_cast<Context*>(callback); }
 
-// Sets who hears of every text that is added to any error list, as it is added; may be called from any
-// thread. Set it before an adapter is created.
-void setErrorSink(std::function<void(const char* text)> sink);
+// Where a connection row could not become a server row.
+struct RowFault {
+    const char* column;  // "": no column is to blame
+};
+
+// Sets who hears of every text that is added to any error list, as it is added, with the fault when it is one
+// of a row; may be called from any thread. Set it before an adapter is created.
+void setErrorSink(std::function<void(const char* text, const RowFault* fault)> sink);
 
 // Reads the message catalogue: lines "key = text with {0}", "#" begins a comment line. On failure false, with
 // one sentence in `error`; texts are then the keys themselves. Load it before an adapter is created.

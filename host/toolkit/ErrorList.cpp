@@ -8,8 +8,8 @@ namespace host {
 
 namespace {
 
-std::function<void(const char*)>& errorSink() {
-    static std::function<void(const char*)> sink;
+std::function<void(const char*, const RowFault*)>& errorSink() {
+    static std::function<void(const char*, const RowFault*)> sink;
     return sink;
 }
 
@@ -17,9 +17,11 @@ ErrorList* listOf(void* handle) { return static_cast<ErrorList*>(handle); }
 
 }  // namespace
 
-void setErrorSink(std::function<void(const char* text)> sink) { errorSink() = std::move(sink); }
+void setErrorSink(std::function<void(const char* text, const RowFault* fault)> sink) {
+    errorSink() = std::move(sink);
+}
 
-void ErrorList::add(const char* text) {
+void ErrorList::add(const char* text, const RowFault* fault) {
     {
         const std::lock_guard guard(lock_);
         texts_.emplace_back(text);
@@ -29,7 +31,7 @@ void ErrorList::add(const char* text) {
             texts_.pop_front();
         }
     }
-    if (errorSink()) errorSink()(text);
+    if (errorSink()) errorSink()(text, fault);
 }
 
 void ErrorList::clear() {

@@ -8,12 +8,14 @@
 
 namespace host {
 
+struct RowFault;
+
 class ErrorList {
 public:
     static constexpr size_t kMostTexts = 1000;
     static constexpr size_t kMostBytes = 16 << 20;  // of all texts together; the last one always stays
 
-    void add(const char* text);
+    void add(const char* text, const RowFault* fault = nullptr);
     void clear();
     int count() const;
     std::string all() const;  // in order, one a line

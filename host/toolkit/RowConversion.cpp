@@ -2,6 +2,7 @@
 #include <memory>
 
 #include "host/toolkit/ConnectionRow.h"
+#include "host/toolkit/Context.h"
 #include "host/toolkit/ErrorList.h"
 #include "host/toolkit/RowType.h"
 #include "host/values/Opcodes.h"
@@ -23,44 +24,47 @@ std::string fieldText(const ConnectionRow::Field& field) {
 
 }  // namespace
 
-bool ConnectionRow::readOp(char& opcode, std::string& error) const {
+bool ConnectionRow::readOp(char& opcode, Refusal& refusal) const {
     const Field* named = find(kOpcodeField);
     opcode = named != nullptr && !named->null ? named->text.c_str()[0] : op;
     const bool isGiven = opcode != '\0' || (named != nullptr && !named->null);
     if (!isGiven) opcode = 'i';
     if (isOpcodeLetter(opcode)) return true;
-    error = "the opcode " + quoted(opcode != '\0' ? std::string(1, opcode) : std::string()) +
-            " is none; allowed are " + opcodeList() + ".";
+    refusal.text = "the opcode " + quoted(opcode != '\0' ? std::string(1, opcode) : std::string()) +
+                   " is none; allowed are " + opcodeList() + ".";
     return false;
 }
 
-bool ConnectionRow::readFields(ServerRow& row, std::string& error) const {
+bool ConnectionRow::readFields(ServerRow& row, Refusal& refusal) const {
     for (size_t i = 0; i < kept_; ++i) {
         const Field& field = fields_[i];
         if (byNames_ && field.name == kOpcodeField) continue;
         const int index = byNames_ ? field.slot : static_cast<int>(i);
         const Column* column = type_->at(index);
         if (column == nullptr) {
-            error = byNames_ ? "there is no column " + quoted(field.name) + " for " + fieldText(field) +
-                                   "; the columns are " + columnNames(*type_) + "."
-                             : "field " + std::to_string(i) + " (counted from 0), " + fieldText(field) +
-                                   ", has no column; there are " + std::to_string(type_->columns.size()) +
-                                   ": " + columnNames(*type_) + ".";
+            refusal.text = byNames_
+                               ? "there is no column " + quoted(field.name) + " for " + fieldText(field) +
+                                     "; the columns are " + columnNames(*type_) + "."
+                               : "field " + std::to_string(i) + " (counted from 0), " + fieldText(field) +
+                                     ", has no column; there are " + std::to_string(type_->columns.size()) +
+                                     ": " + columnNames(*type_) + ".";
             return false;
         }
         std::string reason;
         if (!field.null &&
             !readValue(column->type, field.text, formats, row.values[static_cast<size_t>(index)], reason)) {
-            error = "column \"" + column->name + "\" (" + typeName(column->type) + ") cannot hold " +
-                    fieldText(field) + ": " + reason + ".";
+            refusal.column = column->name;
+            refusal.text = "column \"" + column->name + "\" (" + typeName(column->type) + ") cannot hold " +
+                           fieldText(field) + ": " + reason + ".";
             return false;
         }
     }
     for (size_t i = 0; i < row.values.size(); ++i) {
         const Column& column = type_->columns[i];
         if (column.key && isNull(row.values[i])) {
-            error = "key column \"" + column.name + "\" (" + typeName(column.type) +
-                    ") is null in the message; a key column needs a value.";
+            refusal.column = column.name;
+            refusal.text = "key column \"" + column.name + "\" (" + typeName(column.type) +
+                           ") is null in the message; a key column needs a value.";
             return false;
         }
     }
@@ -72,18 +76,21 @@ ServerRow* ConnectionRow::toServerRow(std::int64_t sequence, ErrorList* errors) 
     row->type = type_;
     row->streamName = type_ != nullptr ? type_->streamName : streamName;
     row->sequence = sequence;
-    std::string error;
-    bool converted = readOp(row->op, error);
+    Refusal refusal;
+    bool converted = readOp(row->op, refusal);
     if (converted && type_ != nullptr) {
         row->values.resize(type_->columns.size());
-        converted = readFields(*row, error);
+        converted = readFields(*row, refusal);
     } else if (converted) {
         for (size_t i = 0; i < kept_; ++i) {
             row->values.push_back(fields_[i].null ? Value() : Value(fields_[i].text));
         }
     }
     if (converted) return row.release();
-    if (errors != nullptr) errors->add(("Stream \"" + row->streamName + "\": " + error).c_str());
+    if (errors != nullptr) {
+        const RowFault fault{refusal.column.c_str()};
+        errors->add(("Stream \"" + row->streamName + "\": " + refusal.text).c_str(), &fault);
+    }
     return nullptr;
 }
 

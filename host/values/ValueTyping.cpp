@@ -28,6 +28,11 @@ public:
                                             formats.timestamp.c_str(), nullptr, formats.time.c_str());
     }
 
+    void set(std::int64_t number) {
+        held_.longValue = number;
+        held_.isNull = false;
+    }
+
     Value value() {
         switch (type_) {
             case DataTypes::kBoolean:
@@ -101,6 +106,25 @@ bool readValue(std::uint32_t type, const std::string& text, const TemporalFormat
         return false;
     }
     value = typed.value();
+    return true;
+}
+
+bool setMoment(std::uint32_t type, std::int64_t millis, Value& value) {
+    TypedValue moment(type);
+    switch (type) {
+        case DataTypes::kDate:
+            moment.set(millis / 1000);
+            break;
+        case DataTypes::kTimestamp:
+            moment.set(millis);
+            break;
+        case DataTypes::kBigdatetime:
+            moment.set(millis * 1000);
+            break;
+        default:
+            return false;
+    }
+    value = moment.value();
     return true;
 }
 

@@ -35,6 +35,10 @@ std::string typeNames();
 bool readValue(std::uint32_t type, const std::string& text, const TemporalFormats& formats, Value& value,
                std::string& reason);
 
+// Sets `value` to the moment, in milliseconds since 1970, as the type holds it. False, and untouched, for a
+// type that is no date, timestamp or bigdatetime.
+bool setMoment(std::uint32_t type, std::int64_t millis, Value& value);
+
 // The value as text; null is the empty one.
 std::string writeValue(const Value& value);
 

@@ -15,7 +15,7 @@ Platform::Platform() : errorList_(createConnectionErrors()) {
     rows.clear();
     context.logLevel = 7;
     context.log = [this](int level, const char* text) { logs.push_back(std::to_string(level) + " " + text); };
-    host::setErrorSink([this](const char* text) { errors.emplace_back(text); });
+    host::setErrorSink([this](const char* text, const host::RowFault*) { errors.emplace_back(text); });
 }
 
 Platform::~Platform() {

@@ -153,7 +153,7 @@ TEST(ToolkitParameters, AbsentEmptyAndNotANumber) {
 
 TEST(ToolkitErrors, KeepsTheLastThousandAndTellsEachOnce) {
     int told = 0;
-    host::setErrorSink([&told](const char*) { ++told; });
+    host::setErrorSink([&told](const char*, const host::RowFault*) { ++told; });
     void* errors = createConnectionErrors();
     char untouched[] = "untouched";
     char* text = untouched;

@@ -15,6 +15,7 @@ final class Batch {
     private static final class Taken {
         final Message message;   // null for a receive that failed before there was one
         String refusal;          // null for a message that was handed on
+        String first;            // of several texts that were handed on
 
         Taken(Message message) { this.message = message; }
     }
@@ -42,6 +43,8 @@ final class Batch {
     /** Null when it cannot be had. */
     byte[] body(int index) { return bodies.bytes(message(index)); }
 
+    String first(int index) { return has(index) ? all.get(index).first : null; }
+
     String refusal(int index) { return has(index) ? all.get(index).refusal : null; }
 
     /** @param oneByOne whether as little as possible should hang on one message */
@@ -63,6 +66,11 @@ final class Batch {
     /** The message added last could not be used; the sentence says why. */
     void refuse(String sentence) {
         if (!all.isEmpty()) all.get(all.size() - 1).refusal = SafeText.of(sentence);
+    }
+
+    /** The message added last was handed on as several texts, of which this is the first. */
+    void beginsWith(String text) {
+        if (!all.isEmpty()) all.get(all.size() - 1).first = text;
     }
 
     /** Makes them as many as receives were answered, whatever a receive ended with. */

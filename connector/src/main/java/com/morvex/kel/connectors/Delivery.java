@@ -65,6 +65,12 @@ public final class Delivery {
         return batch == null ? null : batch.refusal(message);
     }
 
+    /** The first of the texts that were handed on for the message; null when that is null, or it was one text. */
+    public static String firstElement(int message) {
+        Batch batch = BATCH.get();
+        return batch == null ? null : batch.first(message);
+    }
+
     /**
      * The body as it came: a text in UTF-8, bytes, a serialised object, for a stream message a serialised
      * {@code ArrayList} of its values, for a map message a serialised {@code LinkedHashMap}; empty for no body. Null

@@ -204,6 +204,7 @@ public final class JmsConnector {
         T read = null;
         try {
             read = receiveNext(nothing, reading);
+            if (read != nothing && read instanceof String[] texts && texts.length > 0) batch.beginsWith(texts[0]);
             return read;
         } finally {
             batch.align(before + (read == nothing ? 0 : 1));
