@@ -169,13 +169,15 @@ public class DeliveryTest extends BrokerFixture {
     public void aStopWaitsForTheHostAndNoLonger() throws Exception {
         record Case(String does, boolean isClean, int least, int most, List<Integer> left) {}
         List<Case> cases = List.of(new Case("settle", true, 290, 2_500, List.of()), new Case("forget", true, 290, 2_500, numbers(1, 2)),
-                new Case("disconnect", true, 290, 2_500, numbers(1, 2)), new Case("nothing", false, 2_900, 6_000, numbers(1, 2)));
+                new Case("disconnect", true, 290, 2_500, numbers(1, 2)), new Case("cut", true, 290, 2_500, numbers(1, 2)),
+                new Case("nothing", false, 2_900, 6_000, numbers(1, 2)));
         for (Source source : KEPT) {
             for (Case each : cases) {
                 if (!each.isClean && source == Source.QUEUE_ACKNOWLEDGED) continue;   // takes its time
                 JmsConnector connector = open(source);
                 sendNumbers(source.destination, 1, 2);
                 assertEquals(numbers(1, 2), receive(connector, 2));
+                checkNothingAtOnce(connector);
                 long start = System.nanoTime();
                 var stop = CompletableFuture.supplyAsync(connector::disconnect);
                 Thread.sleep(300);
@@ -183,11 +185,15 @@ public class DeliveryTest extends BrokerFixture {
                 assertFalse("there is time", stop.isDone() || Delivery.isLost());
                 if (each.does.equals("settle")) assertTrue(Delivery.settle());
                 if (each.does.equals("forget")) assertTrue(Delivery.forget());
+                if (each.does.equals("cut")) cut();
+                if (each.does.equals("cut")) waitUntil("lost", Delivery::isLost);
+                if (each.does.equals("cut")) assertFalse(Delivery.settle());
                 if (each.does.equals("disconnect")) assertTrue(connector.disconnect());
                 assertEquals(each.does, each.isClean, stop.join());
                 long millis = (System.nanoTime() - start) / 1_000_000;
+                assertEquals(Set.of("disconnect", "nothing").contains(each.does) ? 2 : 0, Delivery.count());
                 assertTrue(each.does + " " + millis, millis >= each.least && millis < each.most);
-                assertEquals(each.does, each.does.equals("settle") || each.does.equals("forget"), Delivery.settle());
+                assertEquals(each.does, Delivery.count() == 0, Delivery.settle());
                 assertEquals(each.does, !each.isClean, takeLog().contains("will come again"));
                 checkLeft(source, each.left);
             }
