@@ -9,6 +9,7 @@
 #include "datatypes/ValueFormatting.h"
 #include "host/process/Console.h"
 #include "host/process/Output.h"
+#include "host/rows/Batch.h"
 #include "host/rows/Rejects.h"
 
 namespace host {

@@ -10,20 +10,6 @@ constexpr size_t kLongestText = 4000;  // a reason may hold the whole message
 
 }  // namespace
 
-const char* nameOf(Stage stage) {
-    switch (stage) {
-        case Stage::kReceive:
-            return "receive";
-        case Stage::kParse:
-            return "parse";
-        case Stage::kType:
-            return "type";
-        case Stage::kSink:
-            break;
-    }
-    return "sink";
-}
-
 std::string rejectSentence(std::string_view messageId, const Reject& reject, std::string_view keptIn) {
     std::string sentence = messageId.empty() ? "A message" : "Message " + std::string(messageId);
     if (keptIn.empty()) {

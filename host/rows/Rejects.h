@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "host/rows/Batch.h"
+#include "host/values/Reject.h"
 
 namespace host {
 

@@ -1,0 +1,63 @@
+// The tables that a sink needs: the stream's, the ledger and the rejects.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "host/database/DatabaseSession.h"
+
+namespace host {
+
+inline constexpr char kLedgerTable[] = "kel_ledger";
+inline constexpr char kRejectedTable[] = "kel_rejected";
+
+// What a row has besides the stream's columns where every row is kept; texts of the stream never name these.
+inline constexpr char kOpColumn[] = "kel_op";
+inline constexpr char kSeqColumn[] = "kel_seq";
+inline constexpr char kMessageIdColumn[] = "kel_message_id";
+inline constexpr char kAtColumn[] = "kel_at";
+
+// A name in a statement, and in a sentence.
+std::string quotedName(const std::string& name);
+
+class Schema {
+public:
+    // Both must outlive it.
+    Schema(const SinkSettings& settings, const RowType& type);
+
+    // A sentence for everything because of which rows could not be written as they are, and for what is
+    // missing and would not be created. Changes nothing.
+    std::vector<std::string> problems(DatabaseSession& session) const;
+
+    // Makes the tables that are missing, where that is wanted, and gives what the stream's looks like. What
+    // is there is never altered. Throws Failure with the first sentence, behind having said the others.
+    TableShape ensure(DatabaseSession& session) const;
+
+private:
+    struct Expected {
+        std::string name;
+        std::uint32_t type;   // of the server
+        std::string created;  // the column's type in a table that is made
+        bool isKey;
+    };
+
+    std::vector<Expected> expected(DatabaseKind kind) const;
+    std::string createStatement(const DatabaseSession& session, const std::string& table) const;
+    void checkNames(DatabaseKind kind, std::vector<std::string>& found) const;
+    void checkColumns(const DatabaseSession& session, const TableShape& shape,
+                      std::vector<std::string>& found) const;
+    void checkKey(const DatabaseSession& session, const TableShape& shape,
+                  std::vector<std::string>& found) const;
+    void checkOwnTable(const DatabaseSession& session, const std::string& table, const TableShape& shape,
+                       std::vector<std::string>& found) const;
+    std::vector<std::string> check(DatabaseSession& session, std::vector<std::string>& missing) const;
+
+    const SinkSettings& settings_;
+    const RowType& type_;
+};
+
+// What a start would find wrong in the database, a sentence each. Changes nothing there.
+std::vector<std::string> databaseProblems(const SinkSettings& settings, const RowType& type);
+
+}  // namespace host

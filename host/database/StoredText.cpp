@@ -1,0 +1,68 @@
+#include "host/database/StoredText.h"
+
+#include <rapidjson/document.h>
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+
+#include "host/process/SafeText.h"
+#include "host/values/ModifiedUtf8.h"
+
+namespace host {
+
+namespace {
+
+constexpr char kReplacement[] = "\xEF\xBF\xBD";
+
+struct Member {
+    const char* name;
+    std::string EnvelopeField::*text;
+};
+constexpr Member kMembers[] = {
+    {"name", &EnvelopeField::name}, {"type", &EnvelopeField::type}, {"value", &EnvelopeField::value}};
+
+std::string validUtf8(std::string_view text) {
+    std::string valid, ignored;
+    for (size_t bad = 0; !appendModifiedUtf8(text, ignored, &bad); text.remove_prefix(bad + 1))
+        valid.append(text.substr(0, bad)).append(kReplacement);
+    return valid.append(text);
+}
+
+}  // namespace
+
+std::string storedLine(std::string_view text) { return oneLine(validUtf8(text)); }
+
+std::string envelopeText(const std::vector<EnvelopeField>& fields) {
+    rapidjson::StringBuffer buffer;
+    rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
+    writer.StartArray();
+    for (const EnvelopeField& field : fields) {
+        writer.StartObject();
+        for (const Member& member : kMembers) {
+            const std::string valid = validUtf8(field.*member.text);
+            writer.Key(member.name);
+            writer.String(valid.data(), static_cast<rapidjson::SizeType>(valid.size()));
+        }
+        writer.EndObject();
+    }
+    writer.EndArray();
+    return {buffer.GetString(), buffer.GetSize()};
+}
+
+std::vector<EnvelopeField> envelopeFields(const std::string& text) {
+    std::vector<EnvelopeField> fields;
+    rapidjson::Document document;
+    document.Parse(text.data(), text.size());
+    if (!document.IsArray()) return fields;
+    for (const auto& one : document.GetArray()) {
+        EnvelopeField& field = fields.emplace_back();
+        for (const Member& member : kMembers) {
+            if (!one.IsObject() || !one.HasMember(member.name) || !one[member.name].IsString()) continue;
+            const auto& value = one[member.name];
+            (field.*member.text).assign(value.GetString(), value.GetStringLength());
+        }
+        if (field.name.empty()) fields.pop_back();
+    }
+    return fields;
+}
+
+}  // namespace host

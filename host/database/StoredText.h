@@ -1,0 +1,19 @@
+// Texts of others as every database takes them.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/values/Reject.h"
+
+namespace host {
+
+// In UTF-8 and in one line; U+FFFD stands for each byte that was no part of a character.
+std::string storedLine(std::string_view text);
+
+// Headers and properties as a JSON list of objects with name, type and value.
+std::string envelopeText(const std::vector<EnvelopeField>& fields);
+std::vector<EnvelopeField> envelopeFields(const std::string& text);  // what is none is left out
+
+}  // namespace host

@@ -1,0 +1,275 @@
+#include "host/rows/DatabaseSink.h"
+
+#include <charconv>
+#include <ctime>
+#include <unordered_set>
+#include <utility>
+
+#include "host/database/StoredText.h"
+#include "host/database/Unavailable.h"
+#include "host/process/Console.h"
+#include "host/process/Failure.h"
+#include "host/process/Signals.h"
+#include "host/rows/Rejects.h"
+#include "host/values/Text.h"
+
+namespace host {
+
+namespace {
+
+constexpr std::chrono::milliseconds kLookAgain(250);
+
+constexpr std::int64_t kNoReplay = 0;
+
+std::int64_t replayId(const std::string& text) {
+    std::int64_t id = kNoReplay;
+    std::from_chars(text.data(), text.data() + text.size(), id);
+    return id;
+}
+
+std::string describe(const Holder& holder) {
+    std::string text;
+    if (holder.since != 0) {
+        std::tm parts{};
+        localtime_r(&holder.since, &parts);
+        char time[sizeof " since 23:59"];
+        std::strftime(time, sizeof time, " since %H:%M", &parts);
+        text += time;
+    }
+    if (holder.process != 0) text += " (pid " + std::to_string(holder.process) + ')';
+    return text;
+}
+
+}  // namespace
+
+// A batch on its way into the database, through any number of tries.
+struct DatabaseSink::Work {
+    struct Rejected {
+        size_t message;
+        Reject reject;
+        std::int64_t id = 0;
+    };
+
+    const Batch* batch = nullptr;
+    std::vector<std::string> ids;       // of all its messages, as the ledger has them
+    std::vector<std::int64_t> replays;  // of each, where any is sent again
+    std::vector<size_t> fresh;          // the messages that were not kept before
+    bool isOneByOne = false;
+    bool isCommitting = false;  // the last try may have been committed
+
+    // What the last try came to.
+    std::vector<Rejected> rejected;
+    std::int64_t rows = 0;
+    std::int64_t repeated = 0;
+};
+
+DatabaseSink::DatabaseSink(const SinkSettings& settings, const RowType& type)
+    : settings_(settings),
+      session_(makeSession(settings, type)),
+      schema_(settings, type),
+      ledger_(settings.ledgerHours) {}
+
+void DatabaseSink::open() {
+    Patience patience(stop_, settings_.retrySeconds, 0);
+    for (;;) {
+        try {
+            attach(Standby::kWaits);
+            patience.isBack();
+            return;
+        } catch (const Unavailable& reason) {
+            session_->rollback();
+            patience.await(reason.what());
+        }
+    }
+}
+
+void DatabaseSink::attach(Standby standby) {
+    const bool isNew = session_->connect();
+    if (!isNew && isAttached_) return;
+    isAttached_ = false;
+    if (!shape_) shape_ = schema_.ensure(*session_);
+    if (isNew) session_->prepare(*shape_);
+    awaitSource(standby);
+    if (ledger_.claim(*session_) == Ledger::Claim::kTakenOver) giveUpSource();
+    isAttached_ = true;
+}
+
+void DatabaseSink::awaitSource(Standby standby) {
+    bool isTold = false;
+    const std::string source = inQuotes(settings_.source);
+    while (const std::optional<Holder> holder = session_->lockSource()) {
+        // In the midst of a batch it may be the connection that was lost, of which the server does not know
+        // yet; a host that has taken over has also counted the epoch up.
+        if (standby == Standby::kFails && ledger_.isClaimed()) {
+            if (ledger_.claim(*session_) == Ledger::Claim::kTakenOver) giveUpSource();
+            throw Unavailable("source " + source + " is locked" + describe(*holder));
+        }
+        if (!isTold)
+            say("Another host writes source " + source + describe(*holder) +
+                "; this one waits to take over.");
+        isTold = true;
+        stop_.wait(kLookAgain);
+        if (stop_.isStopped()) throw Failure(kStoppedEarly);
+    }
+    if (isTold) say("This host writes source " + source + " now.");
+}
+
+void DatabaseSink::giveUpSource() {
+    session_->rollback();
+    session_->disconnect();
+    ledger_.giveUp();
+    isAttached_ = false;
+    throw TakenOver(
+        "Source " + inQuotes(settings_.source) +
+        " was taken over by another host; its last batch was not written here, and this host starts again.");
+}
+
+DatabaseSink::Work DatabaseSink::workOf(const Batch& batch) const {
+    Work work;
+    work.batch = &batch;
+    const size_t count = batch.messages.size();
+    std::vector<std::string> ids, replays;
+    if (batch.envelopes != nullptr) {
+        ids = batch.envelopes->ids();
+        replays = batch.envelopes->replayOf();
+    }
+    ids.resize(count);
+    std::unordered_set<std::string> seen;
+    for (size_t i = 0; i < count; ++i) {
+        if (ids[i].empty())
+            throw Failure(
+                "The provider gives no message IDs (they are disabled at the sender); exactly once needs "
+                "them.");
+        work.ids.push_back(storedLine(ids[i]));
+        if (!ledger_.knows(work.ids[i]) && seen.insert(work.ids[i]).second) work.fresh.push_back(i);
+    }
+    for (const std::string& text : replays) work.replays.push_back(replayId(text));
+    work.replays.resize(count, kNoReplay);
+    return work;
+}
+
+Kept DatabaseSink::keep(Batch& batch) {
+    Kept kept;
+    if (batch.messages.empty()) return kept;
+    Patience patience(stop_, settings_.retrySeconds, batch.messages.size());
+    std::optional<Work> work;
+    for (bool isDone = false; !isDone;) {
+        try {
+            if (work && work->isCommitting) isAttached_ = false;  // the ledger tells what became of it
+            attach(Standby::kFails);
+            if (!work) work = workOf(batch);
+            isDone = (work->isCommitting && ledger_.wasCommitted(work->ids)) || attempt(*work);
+            patience.isBack();
+        } catch (const Unavailable& reason) {
+            session_->rollback();
+            patience.await(reason.what());
+        } catch (const Failure&) {
+            session_->rollback();
+            throw;
+        }
+    }
+    if (!work->fresh.empty()) ledger_.isWritten(work->ids);
+    tell(*work);
+    for (const Work::Rejected& rejected : work->rejected) {
+        batch.messages[rejected.message].reject = rejected.reject;
+        batch.messages[rejected.message].row.reset();
+    }
+    kept.rows = work->rows;
+    kept.rejected = static_cast<std::int64_t>(work->rejected.size());
+    kept.repeated = work->repeated;
+    kept.waited = patience.seconds();
+    return kept;
+}
+
+// One try; false: the same again, with more care.
+bool DatabaseSink::attempt(Work& work) {
+    work.rejected.clear();
+    work.rows = 0;
+    work.isCommitting = false;
+    work.repeated = static_cast<std::int64_t>(work.batch->messages.size() - work.fresh.size());
+    if (work.fresh.empty()) return true;
+
+    session_->begin();
+    std::vector<Change> changes;
+    std::vector<size_t> messages;
+    gather(work, changes, messages);
+    std::vector<Refused> refused;
+    const LedgerUpdate update = ledger_.update(work.ids);
+    const auto care = work.isOneByOne ? DatabaseSession::Care::kOneByOne : DatabaseSession::Care::kInOneGo;
+    if (!session_->write(&update, changes, care, refused)) giveUpSource();
+    for (Refused& one : refused) work.rejected.push_back({messages[one.change], std::move(one.reject)});
+    work.rows = static_cast<std::int64_t>(changes.size() - refused.size());
+    keepRejects(work);
+    work.isCommitting = true;
+    if (session_->commit()) return true;
+    work.isCommitting = false;
+    if (work.isOneByOne)
+        throw Failure(
+            "The database refuses the batch at its commit, though it took each of its rows; nothing of it "
+            "was kept.");
+    work.isOneByOne = true;
+    return false;
+}
+
+// The rows to be written, each with the message that it is of; rejects that came with the batch are put down.
+void DatabaseSink::gather(Work& work, std::vector<Change>& changes, std::vector<size_t>& messages) {
+    for (const size_t i : work.fresh) {
+        const BatchMessage& message = work.batch->messages[i];
+        if (work.replays[i] != kNoReplay) {
+            work.isOneByOne = true;  // the mark must not be rolled back with somebody else's row
+            if (!session_->markReplayed(work.replays[i])) {
+                ++work.repeated;
+                continue;
+            }
+        }
+        if (message.reject) {
+            work.rejected.push_back({i, *message.reject});
+        } else if (message.row) {
+            changes.push_back({message.row.get(), &work.ids[i]});
+            messages.push_back(i);
+        }
+    }
+}
+
+void DatabaseSink::keepRejects(Work& work) {
+    for (Work::Rejected& one : work.rejected) {
+        const std::string& id = work.ids[one.message];
+        if (!settings_.keepsRejects)
+            throw Failure(rejectSentence(id, one.reject) +
+                          " sink.rejects is \"stop\": nothing of its batch was kept.");
+        KeptReject kept;
+        kept.messageId = id;
+        kept.reject = {one.reject.stage, storedLine(one.reject.key), storedLine(one.reject.text),
+                       storedLine(one.reject.column)};
+        kept.message = work.batch->envelopes->copyOf(one.message);
+        kept.message.kind = storedLine(kept.message.kind);
+        one.id = session_->insertReject(kept);
+    }
+}
+
+void DatabaseSink::tell(const Work& work) const {
+    for (const Work::Rejected& one : work.rejected)
+        say(rejectSentence(work.ids[one.message], one.reject,
+                           std::string(kRejectedTable) + " (id " + std::to_string(one.id) + ')'));
+}
+
+// A connection that is lost here is made anew with the next batch.
+void DatabaseSink::idle() {
+    if (!isAttached_) return;
+    try {
+        session_->signOfLife();
+    } catch (const Unavailable&) {
+        session_->rollback();
+    }
+}
+
+void DatabaseSink::stop() {
+    stop_.stop();
+    session_->stop();
+}
+
+std::unique_ptr<RowSink> makeDatabaseSink(const SinkSettings& settings, const RowType& type) {
+    return std::make_unique<DatabaseSink>(settings, type);
+}
+
+}  // namespace host
