@@ -12,6 +12,7 @@
 #include "host/process/Failure.h"
 #include "host/process/Jvm.h"
 #include "host/process/Signals.h"
+#include "host/rows/DatabaseSink.h"
 #include "host/rows/RejectFile.h"
 #include "host/rows/RowForms.h"
 
@@ -25,6 +26,7 @@ public:
         : options_(options),
           feed_(options.feed.empty() ? nullptr : std::make_unique<LineSource>(options.feed)),
           streamType_(settings.streamName, streamColumns(settings)),
+          sinkSettings_(settings.sink),
           sink_(sinkFor(settings)),
           plugin_(pluginFor(settings, options.plugin)),
           session_(std::move(settings), options.session.logLevel),
@@ -51,7 +53,14 @@ public:
 
 private:
     std::unique_ptr<RowSink> sinkFor(const Settings& settings) const {
-        if (hasSink(settings)) throw Failure("no sinks yet");
+        if (hasSink(settings)) {
+            if (!options_.out.empty())
+                throw Failure(
+                    "--out is for rows as text, but the rows go into the database of sink.url; leave one of "
+                    "them out.",
+                    kUsage);
+            return makeDatabaseSink(sinkSettings_, streamType_);
+        }
         std::unique_ptr<RowSink> rows = rowForm(options_.format).make(streamType_, options_.out);
         return keepingRejects(std::move(rows), settings.rejects);
     }
@@ -118,6 +127,7 @@ private:
     const RunOptions& options_;
     const std::unique_ptr<LineSource> feed_;
     const RowType streamType_;
+    const SinkSettings sinkSettings_;
     const std::unique_ptr<RowSink> sink_;
     const Plugin plugin_;
     Session session_;

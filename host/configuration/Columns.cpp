@@ -4,6 +4,7 @@
 #include <set>
 
 #include "host/configuration/ConfigurationKeys.h"
+#include "host/configuration/EnvelopeSources.h"
 #include "host/values/ModifiedUtf8.h"
 #include "host/values/Text.h"
 #include "host/values/ValueTyping.h"
@@ -45,12 +46,28 @@ std::optional<Column> readColumn(const toml::table& table, Problems& problems) {
     return Column{modifiedText(table, name, problems), *code, table["key"].value_or(false)};
 }
 
+// Where the column's values come from; none: from the message's own fields.
+std::optional<std::string> readSource(const toml::table& table, const Column& column, Problems& problems) {
+    const toml::node* from = table.get("from");
+    if (from == nullptr) return std::nullopt;
+    const std::string name = inQuotes(toUtf8(column.name));
+    const auto* text = from->as_string();
+    if (text == nullptr) {
+        problems.add(*from,
+                     "from of column " + name + " is " + describe(*from) + "; allowed is a text in quotes.");
+        return std::string();
+    }
+    const std::string fault = faultOfSource(text->get(), column.type);
+    if (!fault.empty()) problems.add(*from, "column " + name + ' ' + fault);
+    return modifiedText(*from, text->get(), problems);
+}
+
 }  // namespace
 
-std::vector<Column> readColumns(const toml::node& value, Problems& problems) {
+StreamColumns readColumns(const toml::node& value, Problems& problems) {
     constexpr char kAllowed[] =
         R"(a list of tables such as { name = "Symbol", type = "string", key = true })";
-    std::vector<Column> columns;
+    StreamColumns columns;
     const toml::array* list = value.as_array();
     if (list == nullptr) {
         problems.refuse(kKey, value, kAllowed);
@@ -67,7 +84,12 @@ std::vector<Column> readColumns(const toml::node& value, Problems& problems) {
             if (!names.insert(column->name).second)
                 problems.add(element, "there are two columns " + inQuotes(toUtf8(column->name)) +
                                           "; every name must be different.");
-            columns.push_back(*column);
+            if (auto from = readSource(*table, *column, problems)) {
+                const size_t position = columns.own.size() + columns.envelope.size();
+                columns.envelope.push_back({*column, position, std::move(*from)});
+            } else {
+                columns.own.push_back(*column);
+            }
         } else {
             problems.markMalformed(kKey);
         }

@@ -6,11 +6,17 @@
 #include <vector>
 
 #include "host/configuration/Problems.h"
-#include "host/toolkit/RowType.h"
+#include "host/configuration/Settings.h"
 
 namespace host {
 
+// As in Settings.
+struct StreamColumns {
+    std::vector<Column> own;
+    std::vector<EnvelopeColumn> envelope;
+};
+
 // stream.columns; what is wrong with one is a problem, and leaves it out where it cannot be a column.
-std::vector<Column> readColumns(const toml::node& value, Problems& problems);
+StreamColumns readColumns(const toml::node& value, Problems& problems);
 
 }  // namespace host

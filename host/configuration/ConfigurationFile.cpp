@@ -4,12 +4,16 @@
 #include <algorithm>
 #include <filesystem>
 #include <optional>
+#include <set>
 
 #include "host/configuration/Columns.h"
 #include "host/configuration/ConfigurationKeys.h"
+#include "host/configuration/DatabaseUrls.h"
 #include "host/configuration/Overrides.h"
 #include "host/configuration/Problems.h"
 #include "host/configuration/TomlText.h"
+#include "host/values/ModifiedUtf8.h"
+#include "host/values/Text.h"
 #include "host/values/ValueTyping.h"
 
 namespace fs = std::filesystem;
@@ -42,7 +46,9 @@ public:
         for (const std::string& override : overrides) applyOverride(override, document, problems_);
         for (const auto& [name, section] : document) readSection(name.str(), section);
         if (stream == StreamSection::kNeeded) checkStream();
+        if (document.contains("sink")) checkSink();
         addDefaults();
+        addSinkDefaults();
         settings_.malformed = problems_.malformed();
         return std::move(settings_);
     }
@@ -71,20 +77,20 @@ private:
     }
 
     void readKey(const ConfigurationKey& key, const toml::node& value) {
+        given_.insert(nameOf(key));
         switch (key.kind) {
             case ValueKind::kText:
-                if (const auto text = readText(key, value))
-                    targetOf(key) = modifiedText(value, *text, problems_);
-                break;
+            case ValueKind::kPlainText:
             case ValueKind::kPath:
-                if (const auto text = readText(key, value)) targetOf(key) = resolved(value, *text);
+            case ValueKind::kFile:
+            case ValueKind::kDatabase:
+                readText(key, value);
+                break;
+            case ValueKind::kChoice:
+                readChoice(key, value);
                 break;
             case ValueKind::kInteger:
-                if (const auto* number = value.as_integer()) {
-                    targetOf(key) = std::to_string(number->get());
-                } else {
-                    problems_.refuse(nameOf(key), value, "an integer");
-                }
+                readInteger(key, value);
                 break;
             case ValueKind::kFlag:
                 readFlag(key, value);
@@ -96,9 +102,12 @@ private:
             case ValueKind::kPaths:
                 readTexts(key, value);
                 break;
-            case ValueKind::kColumns:
-                settings_.columns = readColumns(value, problems_);
+            case ValueKind::kColumns: {
+                StreamColumns columns = readColumns(value, problems_);
+                settings_.columns = std::move(columns.own);
+                settings_.envelope = std::move(columns.envelope);
                 break;
+            }
         }
     }
 
@@ -106,24 +115,80 @@ private:
         return std::string(key.section) + '.' + key.name;
     }
 
-    std::string& targetOf(const ConfigurationKey& key) {
-        return key.text != nullptr ? settings_.*key.text : settings_.connection[key.name];
+    // Null: the key's value has another place.
+    template <typename Value>
+    Value* placeOf(const ConfigurationKey& key) {
+        const auto* place = std::get_if<ConfigurationKey::Place<Value>>(&key.place);
+        return place != nullptr ? &(*place)(settings_) : nullptr;
     }
 
-    std::optional<std::string> readText(const ConfigurationKey& key, const toml::node& value) {
-        if (const auto* text = value.as_string()) return text->get();
-        problems_.refuse(nameOf(key), value, "a text in quotes");
-        return std::nullopt;
+    // Where the key's value goes as a text.
+    std::string& textOf(const ConfigurationKey& key) {
+        std::string* text = placeOf<std::string>(key);
+        return text != nullptr ? *text : settings_.connection[key.name];
+    }
+
+    void readText(const ConfigurationKey& key, const toml::node& value) {
+        const auto* text = value.as_string();
+        if (text == nullptr) {
+            problems_.refuse(nameOf(key), value, "a text in quotes");
+            return;
+        }
+        const std::string modified = modifiedText(value, text->get(), problems_);
+        textOf(key) = key.kind == ValueKind::kText ? modified : placed(key.kind, value, text->get());
+    }
+
+    // The text with its path, if it is one, from where that counts.
+    std::string placed(ValueKind kind, const toml::node& value, const std::string& text) const {
+        if (kind == ValueKind::kPath) return resolved(value, text);
+        if (kind == ValueKind::kFile) return fromFolder(value, text);
+        const std::string_view scheme = kSqliteScheme;
+        if (kind != ValueKind::kDatabase || !text.starts_with(scheme)) return text;
+        return std::string(scheme) + fromFolder(value, text.substr(scheme.size()));
+    }
+
+    void readChoice(const ConfigurationKey& key, const toml::node& value) {
+        const auto* text = value.as_string();
+        std::string allowed;
+        for (const Choice& choice : key.choices) {
+            if (text != nullptr && text->get() == choice.word) {
+                choice.choose(settings_);
+                return;
+            }
+            addToList(allowed, inQuotes(choice.word), " and ");
+        }
+        problems_.markMalformed(nameOf(key));
+        problems_.add(value, nameOf(key) + " is " + describe(value) + "; allowed are " + allowed + ".");
+    }
+
+    void readInteger(const ConfigurationKey& key, const toml::node& value) {
+        const auto* number = value.as_integer();
+        std::int64_t* place = placeOf<std::int64_t>(key);
+        const bool isAllowed =
+            number != nullptr &&
+            (place == nullptr || (number->get() >= key.least && number->get() <= key.most));
+        if (!isAllowed) {
+            const std::string range =
+                place == nullptr ? ""
+                                 : " from " + std::to_string(key.least) + " to " + std::to_string(key.most);
+            problems_.refuse(nameOf(key), value, "an integer" + range);
+        } else if (place != nullptr) {
+            *place = number->get();
+        } else {
+            textOf(key) = std::to_string(number->get());
+        }
     }
 
     void readFlag(const ConfigurationKey& key, const toml::node& value) {
         const auto* flag = value.as_boolean();
         const auto* number = value.as_integer();
         const int64_t level = flag != nullptr ? flag->get() : number != nullptr ? number->get() : -1;
-        if (level == 0 || level == 1) {
-            targetOf(key) = std::to_string(level);
-        } else {
+        if (level != 0 && level != 1) {
             problems_.refuse(nameOf(key), value, "true, false, 1 or 0 without quotes");
+        } else if (bool* place = placeOf<bool>(key)) {
+            *place = level == 1;
+        } else {
+            textOf(key) = std::to_string(level);
         }
     }
 
@@ -153,7 +218,7 @@ private:
             return;
         }
         for (const std::string& text : texts)
-            (settings_.*key.texts).push_back(isPaths ? resolved(value, text) : text);
+            placeOf<std::vector<std::string>>(key)->push_back(isPaths ? resolved(value, text) : text);
     }
 
     static std::vector<std::string> split(const std::string& text) {
@@ -169,17 +234,30 @@ private:
     // Paths of the file count from its folder, those of --set from the working folder. A jar's bare name is
     // looked for later.
     std::string resolved(const toml::node& value, const std::string& text) const {
-        if (!value.source().begin || text.find('/') == std::string::npos) return text;
+        return text.find('/') == std::string::npos ? text : fromFolder(value, text);
+    }
+
+    std::string fromFolder(const toml::node& value, const std::string& text) const {
+        if (!value.source().begin || text.empty()) return text;
         return (fs::path(file_).parent_path() / text).lexically_normal().string();
     }
 
     void checkStream() {
         if (settings_.streamName.empty() && !problems_.malformed().contains("stream.name"))
             problems_.addMissing("the section [stream] has no name; it needs one, as in name = \"Trades\".");
-        if (settings_.columns.empty() && !problems_.malformed().contains("stream.columns"))
-            problems_.addMissing(
-                "the section [stream] has no columns; it needs at least one, as in "
-                "columns = [{ name = \"Symbol\", type = \"string\" }].");
+        if (!settings_.columns.empty() || problems_.malformed().contains("stream.columns")) return;
+        problems_.addMissing(
+            settings_.envelope.empty()
+                ? "the section [stream] has no columns; it needs at least one, as in "
+                  "columns = [{ name = \"Symbol\", type = \"string\" }]."
+                : "all columns of the section [stream] say from; a message must have at least "
+                  "one field of its own.");
+    }
+
+    void checkSink() {
+        if (hasSink(settings_) || problems_.malformed().contains("sink.url")) return;
+        problems_.addMissing(
+            "the section [sink] has no url; it needs one, as in url = \"sqlite:trades.db\".");
     }
 
     // The adapter passes an absent format on as the empty text, which as a format accepts anything; a server
@@ -190,8 +268,20 @@ private:
         settings_.connection.emplace(params::kTimestampFormat, kDefaultDateFormat);
     }
 
+    void addSinkDefaults() {
+        SinkSettings& sink = settings_.sink;
+        if (sink.table.empty()) sink.table = toUtf8(settings_.streamName);
+        if (!given_.contains("sink.mode") && hasKeys(settings_)) sink.mode = SinkMode::kApply;
+        if (!sink.source.empty()) return;
+        const auto parameter = [this](const char* name) { return toUtf8(parameterOf(settings_, name)); };
+        sink.source = isDurable(settings_)
+                          ? parameter(params::kClientId) + '/' + parameter(params::kSubscriptionName)
+                          : parameter(params::kDestinationName);
+    }
+
     std::string file_;
     Problems& problems_;
+    std::set<std::string> given_;  // "section.name" of every key that is there
     Settings settings_;
 };
 

@@ -1,9 +1,9 @@
 #include "host/configuration/ConfigurationKeys.h"
 
 #include <algorithm>
-#include <vector>
+#include <functional>
 
-#include "host/values/Text.h"
+#include "host/configuration/Spelling.h"
 
 namespace host {
 
@@ -11,11 +11,37 @@ namespace {
 
 using enum ValueKind;
 
-constexpr const char* kSections[] = {"stream", "connection", "host"};
-constexpr const char* kColumnKeys[] = {"name", "type", "key"};
+constexpr const char* kSections[] = {"stream", "connection", "sink", "host"};
+constexpr const char* kColumnKeys[] = {"name", "type", "key", "from"};
+
+template <auto kMember>
+auto& own(Settings& settings) {
+    return settings.*kMember;
+}
+template <auto kMember>
+auto& ofSink(Settings& settings) {
+    return settings.sink.*kMember;
+}
+
+constexpr Choice kModes[] = {
+    {"apply", [](Settings& settings) { settings.sink.mode = SinkMode::kApply; }},
+    {"append", [](Settings& settings) { settings.sink.mode = SinkMode::kAppend; }},
+};
+constexpr Choice kRejects[] = {
+    {"keep", [](Settings& settings) { settings.sink.keepsRejects = true; }},
+    {"stop", [](Settings& settings) { settings.sink.keepsRejects = false; }},
+};
+constexpr Choice kSettlers[] = {
+    {"host", [](Settings& settings) { settings.serverSettles = false; }},
+    {"server", [](Settings& settings) { settings.serverSettles = true; }},
+};
+
+constexpr std::int64_t kDaySeconds = 86'400;
+constexpr std::int64_t kTenYearsHours = 87'600;  // a database subtracts it from the time of day
+constexpr std::int64_t kMostPrefetch = 32'767;   // the provider's client takes no more
 
 constexpr ConfigurationKey kKeys[] = {
-    {"stream", "name", kText, &Settings::streamName},
+    {"stream", "name", kText, own<&Settings::streamName>},
     {"stream", "columns", kColumns},
 
     {"connection", params::kDataFormat, kText},
@@ -39,40 +65,30 @@ constexpr ConfigurationKey kKeys[] = {
     {"connection", params::kDateFormat, kText},
     {"connection", params::kTimestampFormat, kText},
 
-    {"host", "classPath", kPaths, nullptr, &Settings::classPath},
-    {"host", "addClassPath", kPaths, nullptr, &Settings::addClassPath},
-    {"host", "jvmOptions", kTexts, nullptr, &Settings::jvmOptions},
-    {"host", "plugin", kPath, &Settings::plugin},
+    {"sink", "url", kDatabase, ofSink<&SinkSettings::url>},
+    {"sink", "schema", kPlainText, ofSink<&SinkSettings::schema>},
+    {"sink", "table", kPlainText, ofSink<&SinkSettings::table>},
+    {.section = "sink", .name = "mode", .kind = kChoice, .choices = kModes},
+    {"sink", "source", kPlainText, ofSink<&SinkSettings::source>},
+    {"sink", "create", kFlag, ofSink<&SinkSettings::create>},
+    {"sink", "commitMillis", kInteger, ofSink<&SinkSettings::commitMillis>},
+    {.section = "sink", .name = "rejects", .kind = kChoice, .choices = kRejects},
+    {"sink", "retrySeconds", kInteger, ofSink<&SinkSettings::retrySeconds>, 0},
+    {"sink", "statementTimeoutMillis", kInteger, ofSink<&SinkSettings::statementTimeoutMillis>},
+    {"sink", "lockTimeoutMillis", kInteger, ofSink<&SinkSettings::lockTimeoutMillis>},
+    {"sink", "ledgerHours", kInteger, ofSink<&SinkSettings::ledgerHours>, 1, kTenYearsHours},
+    {"sink", "leaseSeconds", kInteger, ofSink<&SinkSettings::leaseSeconds>, 1, kDaySeconds},
+
+    {"host", "classPath", kPaths, own<&Settings::classPath>},
+    {"host", "addClassPath", kPaths, own<&Settings::addClassPath>},
+    {"host", "jvmOptions", kTexts, own<&Settings::jvmOptions>},
+    {"host", "plugin", kPath, own<&Settings::plugin>},
     {"host", "logLevel", kLogLevel},
+    {"host", "selector", kPlainText, own<&Settings::selector>},
+    {"host", "prefetch", kInteger, own<&Settings::prefetch>, 1, kMostPrefetch},
+    {.section = "host", .name = "settle", .kind = kChoice, .choices = kSettlers},
+    {"host", "rejects", kFile, own<&Settings::rejects>},
 };
-
-// How many letters must be changed, added, removed or exchanged with their neighbour to make one word of the
-// other; case does not count, nor what stands where no known word does any more.
-size_t distance(std::string_view one, std::string_view other) {
-    constexpr size_t kLongest = 100;
-    other = other.substr(0, kLongest);
-    const auto isSame = [](char a, char b) { return lowerCase(a) == lowerCase(b); };
-    std::vector<std::vector<size_t>> table(one.size() + 1, std::vector<size_t>(other.size() + 1));
-    for (size_t i = 0; i <= one.size(); ++i) {
-        for (size_t j = 0; j <= other.size(); ++j) {
-            size_t& least = table[i][j];
-            least = std::max(i, j);
-            if (i == 0 || j == 0) continue;
-            const size_t changed = table[i - 1][j - 1] + (isSame(one[i - 1], other[j - 1]) ? 0 : 1);
-            least = std::min({table[i - 1][j] + 1, table[i][j - 1] + 1, changed});
-            if (i > 1 && j > 1 && isSame(one[i - 1], other[j - 2]) && isSame(one[i - 2], other[j - 1]))
-                least = std::min(least, table[i - 2][j - 2] + 1);
-        }
-    }
-    return table.back().back();
-}
-
-template <typename Words>
-std::string nearest(const Words& words, std::string_view name) {
-    return *std::min_element(std::begin(words), std::end(words), [&](const char* one, const char* other) {
-        return distance(one, name) < distance(other, name);
-    });
-}
 
 }  // namespace
 
@@ -81,6 +97,11 @@ const ConfigurationKey* findKey(std::string_view section, std::string_view name)
         if (section == key.section && name == key.name) return &key;
     }
     return nullptr;
+}
+
+bool isText(const ConfigurationKey& key) {
+    constexpr ValueKind kKinds[] = {kText, kPlainText, kPath, kFile, kDatabase, kChoice};
+    return std::find(std::begin(kKinds), std::end(kKinds), key.kind) != std::end(kKinds);
 }
 
 bool isSection(std::string_view name) {
@@ -97,7 +118,7 @@ std::string nearestKey(std::string_view section, std::string_view name) {
     return std::string(key->section) + '.' + key->name;
 }
 
-std::string nearestSection(std::string_view name) { return nearest(kSections, name); }
-std::string nearestColumnKey(std::string_view name) { return nearest(kColumnKeys, name); }
+std::string nearestSection(std::string_view name) { return nearest(kSections, name, std::identity()); }
+std::string nearestColumnKey(std::string_view name) { return nearest(kColumnKeys, name, std::identity()); }
 
 }  // namespace host

@@ -17,6 +17,18 @@ constexpr const char* kLimits[] = {"receiveTimeoutMillis", "connectTimeoutMillis
                                    "remindMillis",         "maxMessageBytes",      "maxElements",
                                    "browseLimit",          "browseMillis"};
 constexpr char kFlag[] = "trustObjectMessages";  // takes any value
+// What the host says by such options of its own, and the key that decides on it.
+struct OwnOption {
+    std::string_view name;
+    const char* key;
+};
+constexpr OwnOption kOwn[] = {
+    {"settle", "host.settle"},
+    {"transacted", "the section [sink]"},
+    {"settleAfter", "connection.batchsize"},
+    {"settleMillis", "sink.commitMillis"},
+    {"selector", "host.selector"},
+};
 constexpr std::string_view kPrefix = "-Dkel.jms.";
 
 bool isLimit(std::string_view text) {
@@ -40,6 +52,10 @@ std::string faultOfLimit(const std::string& jvmOption) {
     const std::string name = jvmOption.substr(kPrefix.size(), equals - kPrefix.size());
     const std::string value = jvmOption.substr(std::min(equals + 1, jvmOption.size()));
     if (name == kFlag) return {};
+    for (const OwnOption& own : kOwn) {
+        if (name == own.name)
+            return inQuotes(jvmOption) + ", which " + own.key + " decides on; it must be absent.";
+    }
     if (std::find(std::begin(kLimits), std::end(kLimits), name) == std::end(kLimits))
         return inQuotes(jvmOption) + ", which the connector does not know; after " + std::string(kPrefix) +
                " it knows " + knownNames() + ".";

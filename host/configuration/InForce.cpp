@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <limits>
 
+#include "host/process/Provider.h"
+
 namespace host {
 
 std::int64_t settleAfter(const Settings& settings) {
@@ -26,7 +28,17 @@ std::vector<std::string> connectorOptions(const Settings& settings) {
     return options;
 }
 
-std::string urlInForce(const Settings& settings) { return parameterOf(settings, params::kJndiUrl); }
+std::string urlInForce(const Settings& settings) {
+    std::string url = parameterOf(settings, params::kJndiUrl);
+    if (url.empty() || !isAtActiveMq(settings)) return url;
+    if (hasSink(settings)) {
+        for (const provider::Option& option : provider::optionsForSink())
+            url = provider::withOption(url, option.key, option.value);
+    }
+    if (settings.prefetch > 0)
+        url = provider::withOption(url, provider::kPrefetch, std::to_string(settings.prefetch));
+    return url;
+}
 
 Parameters connectionInForce(const Settings& settings) {
     Parameters connection = settings.connection;

@@ -34,12 +34,12 @@ void applyOverride(const std::string& override, toml::table& document, Problems&
     if (document.get_as<toml::table>(section) == nullptr) document.insert_or_assign(section, toml::table());
     toml::table& target = *document.get_as<toml::table>(section);
     const ConfigurationKey* key = findKey(section, name);
-    const bool isText = key == nullptr || key->kind == ValueKind::kText || key->kind == ValueKind::kPath;
-    if (!isText && lineOfDeepKey(text) > 0) {
+    const bool takesText = key == nullptr || isText(*key);
+    if (!takesText && lineOfDeepKey(text) > 0) {
         problems.addFirst("--set " + section + '.' + name + kDeepKey);
         return;
     }
-    if (isText || !insertParsed(target, name, text)) target.insert_or_assign(name, text);
+    if (takesText || !insertParsed(target, name, text)) target.insert_or_assign(name, text);
 }
 
 }  // namespace host

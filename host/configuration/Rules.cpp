@@ -1,12 +1,13 @@
 #include "host/configuration/Rules.h"
 
 #include <algorithm>
-#include <charconv>
-#include <cstdint>
 #include <set>
 
 #include "fix/DictionaryFile.h"
 #include "host/configuration/ConnectorLimits.h"
+#include "host/configuration/InForce.h"
+#include "host/configuration/SettlingRules.h"
+#include "host/configuration/SinkRules.h"
 #include "host/process/Installation.h"
 #include "host/process/Provider.h"
 #include "host/values/ModifiedUtf8.h"
@@ -71,7 +72,8 @@ public:
         // The adapter takes any other value for a topic, and for a non-durable subscription.
         oneOf(params::kDestinationType, {jmsin::kQueue, "TOPIC"}, false);
         oneOf(params::kSubscriptionMode, {jmsin::kNonDurable, jmsin::kDurable}, true);
-        if (text(params::kSubscriptionMode) == jmsin::kDurable) durable();
+        if (isDurable(settings_)) durable();
+        if (isDurable(settings_) || hasSink(settings_)) batches();
         inJvmBroker();
         for (const std::string& option : settings_.jvmOptions) {
             const std::string fault = faultOfLimit(option);
@@ -79,7 +81,9 @@ public:
         }
         for (const UsedForFormat& use : kUsedForFormat) unused(use);
         for (const char* name : kUsedForDurable) {
-            if (settings_.connection.contains(name) && text(params::kSubscriptionMode) != jmsin::kDurable)
+            const bool isRead =
+                isDurable(settings_) || (hasSink(settings_) && std::string_view(name) == params::kBatchSize);
+            if (settings_.connection.contains(name) && !isRead)
                 unread(name, params::kSubscriptionMode, inQuotes(jmsin::kDurable));
         }
         return std::move(result_);
@@ -150,18 +154,14 @@ private:
             problem(params::kSubscriptionMode, "a queue has no durable subscriptions, only a topic has");
         needed(params::kClientId, "a name that no other connection to the provider uses");
         needed(params::kSubscriptionName, "the subscription's name");
-        const std::string batch = text(params::kBatchSize);
-        if (batch.starts_with('-'))
-            problem(params::kBatchSize, "it must be the number of messages a commit, from 1");
-        if (isFormat(DataFormat::kFix) && batchSize() > 1) uncommittedFix();
-        redelivery();
     }
 
-    std::int64_t batchSize() const {
-        const std::string batch = text(params::kBatchSize);
-        std::int64_t size = 0;
-        std::from_chars(batch.data(), batch.data() + batch.size(), size);
-        return size;
+    void batches() {
+        if (batchSizeOf(settings_) < 0)
+            problem(params::kBatchSize, "it must be the number of messages a commit, from 1");
+        if (settings_.serverSettles && isFormat(DataFormat::kFix) && batchSizeOf(settings_) > 1)
+            uncommittedFix();
+        redelivery();
     }
 
     void uncommittedFix() {
@@ -174,8 +174,8 @@ private:
 
     void redelivery() {
         const bool isUnlimited =
-            text(params::kJndiUrl).find(provider::kUnlimitedRedelivery) != std::string::npos;
-        if (!provider::isContextFactory(text(params::kJndiContextFactory)) || isUnlimited) return;
+            urlInForce(settings_).find(provider::kUnlimitedRedelivery) != std::string::npos;
+        if (!isAtActiveMq(settings_) || isUnlimited) return;
         result_.notes.push_back(
             "connection.jndiURL does not say " + std::string(provider::kUnlimitedRedelivery) +
             "; without it ActiveMQ moves messages to its dead-letter queue after six crashes or stops before "
@@ -220,6 +220,11 @@ private:
 
 }  // namespace
 
-CheckResult checkSettings(const Settings& settings) { return Checker(settings).result(); }
+CheckResult checkSettings(const Settings& settings) {
+    CheckResult result = Checker(settings).result();
+    if (hasSink(settings)) checkSink(settings, result);
+    checkSettling(settings, result);
+    return result;
+}
 
 }  // namespace host

@@ -1,7 +1,10 @@
 #include "host/configuration/Settings.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdlib>
+
+#include "host/process/Provider.h"
 
 namespace host {
 
@@ -12,10 +15,23 @@ std::vector<Column> streamColumns(const Settings& settings) {
     return columns;
 }
 
+bool hasKeys(const Settings& settings) {
+    const std::vector<Column> columns = streamColumns(settings);
+    return std::any_of(columns.begin(), columns.end(), [](const Column& column) { return column.key; });
+}
+
 bool hasSink(const Settings& settings) { return !settings.sink.url.empty(); }
+
+bool isQueue(const Settings& settings) {
+    return parameterOf(settings, params::kDestinationType) == jmsin::kQueue;
+}
 
 bool isDurable(const Settings& settings) {
     return parameterOf(settings, params::kSubscriptionMode) == jmsin::kDurable;
+}
+
+bool isAtActiveMq(const Settings& settings) {
+    return provider::isContextFactory(parameterOf(settings, params::kJndiContextFactory));
 }
 
 std::int64_t batchSizeOf(const Settings& settings) {

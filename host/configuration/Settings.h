@@ -49,9 +49,14 @@ struct Settings {
 // All columns of the stream in the order of the file: those of a row that is handed over.
 std::vector<Column> streamColumns(const Settings& settings);
 
-// Whether rows go into a database, and whether the subscription is durable.
+bool hasKeys(const Settings& settings);  // whether one of them is a key
+
+// Whether rows go into a database, and what the destination is.
 bool hasSink(const Settings& settings);
+bool isQueue(const Settings& settings);
 bool isDurable(const Settings& settings);
+
+bool isAtActiveMq(const Settings& settings);  // whether that is the provider, as far as can be seen
 
 // The connection's batchsize; 0 where none is given.
 std::int64_t batchSizeOf(const Settings& settings);

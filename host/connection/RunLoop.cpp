@@ -59,6 +59,8 @@ void RunLoop::run() {
 bool RunLoop::isAtEnd() const {
     return (limits_.rows > 0 && totals_.good + batchGood_ >= limits_.rows) ||
            (limits_.rejects > 0 && totals_.bad + batchBad_ >= limits_.rejects) ||
+           (limits_.messages > 0 &&
+            totals_.total + static_cast<std::int64_t>(batch_.messages.size()) >= limits_.messages) ||
            (limits_.idle > 0 && idle_ >= limits_.idle);
 }
 

@@ -19,6 +19,7 @@ struct RunLimits {
     std::int64_t rows = 0;     // good rows
     double idle = 0;           // seconds with nothing waiting
     std::int64_t rejects = 0;  // messages that are no row
+    std::int64_t messages = 0;
 };
 
 // How far a run is, over all adapters that it had.

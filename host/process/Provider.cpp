@@ -1,5 +1,7 @@
 #include "host/process/Provider.h"
 
+#include <algorithm>
+
 namespace host::provider {
 
 namespace {
@@ -53,6 +55,40 @@ constexpr const char* kAdmittedClasses[] = {
     "java.util.Collections$UnmodifiableRandomAccessList",
 };
 
+constexpr Option kForSink[] = {
+    {"jms.redeliveryPolicy.maximumRedeliveries", "-1"},
+    {"jms.checkForDuplicates", "false"},
+};
+
+constexpr size_t kNone = std::string_view::npos;
+
+// Behind the parenthesis that closes the one at `open`.
+size_t behindParentheses(std::string_view url, size_t open) {
+    int depth = 0;
+    for (size_t at = open; at < url.size(); ++at) {
+        depth += url[at] == '(' ? 1 : url[at] == ')' ? -1 : 0;
+        if (depth == 0) return at + 1;
+    }
+    return url.size();
+}
+
+struct Address {
+    size_t begin;  // behind the scheme
+    size_t end;    // where the URL's own options begin; none when they cannot
+};
+
+Address addressOf(std::string_view url) {
+    constexpr std::string_view kSlashes = "//";
+    size_t begin = url.find(':') + 1;
+    const bool hasSlashes = url.substr(begin).starts_with(kSlashes);
+    if (hasSlashes) begin += kSlashes.size();
+    if (url.substr(begin).starts_with('('))
+        return {begin, std::min(url.find('?', behindParentheses(url, begin)), url.size())};
+    const size_t end = std::min(url.find('?', begin), url.size());
+    const bool isAddress = hasSlashes && url.substr(begin, end - begin).find("://") == kNone;
+    return {begin, isAddress ? end : kNone};
+}
+
 }  // namespace
 
 std::span<const Jar> clientJars() { return kClientJars; }
@@ -81,6 +117,36 @@ bool isInJvmBroker(std::string_view url) {
 bool keepsFiles(std::string_view url) {
     return isInJvmBroker(url) && url.find("broker.persistent=false") == std::string_view::npos;
 }
+
+std::string optionBeginningWith(std::string_view url, std::string_view key) {
+    const size_t end = addressOf(url).end;
+    for (size_t at = std::min(end, url.size()); at < url.size();) {
+        const size_t next = std::min(url.find('&', at + 1), url.size());
+        const std::string_view option = url.substr(at + 1, next - at - 1);
+        if (option.starts_with(key)) return std::string(option);
+        at = next;
+    }
+    return {};
+}
+
+std::string withOption(const std::string& url, const std::string& key, const std::string& value) {
+    if (!optionBeginningWith(url, key + '=').empty()) return url;
+    const Address address = addressOf(url);
+    std::string result = url;
+    if (address.end == kNone) result = url.substr(0, address.begin) + '(' + url.substr(address.begin) + ')';
+    const size_t begin = addressOf(result).end;
+    const char* separator = begin == result.size()                                ? "?"
+                            : begin + 1 == result.size() || result.ends_with('&') ? ""
+                                                                                  : "&";
+    return result + separator + key + '=' + value;
+}
+
+bool reconnectsByItself(std::string_view url) {
+    return url.starts_with("failover") &&
+           optionBeginningWith(url, "maxReconnectAttempts=") != "maxReconnectAttempts=0";
+}
+
+std::span<const Option> optionsForSink() { return kForSink; }
 
 bool isStoreLocked(std::string_view exception) {
     return exception.find("not be locked") != std::string_view::npos;

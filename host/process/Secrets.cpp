@@ -84,14 +84,29 @@ std::string withoutNamed(std::string_view text) {
     return result;
 }
 
+// Where the part of a URL ends, from `begin` on, that may be user:password@. A database's password may have
+// in it whatever else ends a URL.
+size_t endOfLogin(std::string_view text, size_t begin, bool isDatabase) {
+    if (!isDatabase) return std::min(text.find_first_of("/?#\" \t\r\n", begin), text.size());
+    size_t end = begin;
+    while (end < text.size() && !isOneOf(kBlanks, text[end]) && !(text[end] == '"' && closes(text, end)))
+        ++end;
+    const std::string_view url = text.substr(begin, end - begin);
+    const bool isWhole = url.find_first_of("@/") != kNone || url.find(':') == kNone;
+    return isWhole ? end : std::min(text.find_first_of("/\r\n", end), text.size());
+}
+
 // user:password@ behind the slashes.
 std::string withoutLogins(std::string_view text) {
     constexpr std::string_view kSlashes = "://";
     std::string result;
     size_t from = 0;
     for (size_t at = text.find(kSlashes); at != kNone; at = text.find(kSlashes, at + 1)) {
+        if (at < from) continue;  // within a password
+        const std::string_view before = text.substr(0, at);
+        const bool isDatabase = before.ends_with("postgresql") || before.ends_with("postgres");
         const size_t begin = at + kSlashes.size();
-        const std::string_view login = text.substr(begin, text.find_first_of("/?#\" \t\r\n", begin) - begin);
+        const std::string_view login = text.substr(begin, endOfLogin(text, begin, isDatabase) - begin);
         const size_t host = login.rfind('@');
         const size_t colon = login.find(':');
         if (host == kNone || colon >= host) continue;

@@ -1,9 +1,4 @@
 // A configuration read: what comes of a good one, and the sentence for each fault of a bad one.
-#include "host/configuration/ConfigurationFile.h"
-#include "host/process/Failure.h"
-
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
@@ -14,38 +9,13 @@
 #include "host/configuration/Rules.h"
 #include "host/connection/Plugin.h"
 #include "host/process/ClassPath.h"
+#include "host/process/Failure.h"
 #include "host/process/Provider.h"
 #include "host/values/ValueTyping.h"
+#include "tests/host/ConfigurationFixture.h"
 #include "tests/host/FailureOf.h"
 
 namespace {
-
-using Texts = std::vector<std::string>;
-
-constexpr char kStream[] = R"([stream]
-name = "S"
-columns = [{ name = "A", type = "string", key = true }, { name = "B", type = "long" }]
-)";
-
-class Configuration : public ::testing::Test {
-protected:
-    const std::string file = testing::TempDir() + "configuration.toml";
-    Texts problems;
-
-    host::Settings read(const std::string& text, const Texts& overrides = {}) {
-        std::ofstream(file) << text;
-        problems.clear();
-        return host::readSettings(file, overrides, problems).value_or(host::Settings());
-    }
-    // The problems, without the file's name, of what stands behind a good [stream], which has three lines.
-    Texts faults(const std::string& text, const Texts& overrides = {}) {
-        read(kStream + text, overrides);
-        for (std::string& problem : problems) {
-            if (problem.starts_with(file)) problem = problem.substr(file.size() + 1);
-        }
-        return problems;
-    }
-};
 
 TEST_F(Configuration, HandsInWhatItSays) {
     const host::Settings settings = read(std::string(kStream) + R"([connection]
@@ -207,7 +177,7 @@ TEST_F(Configuration, CheckNamesWhatWouldBeTakenForSomethingElse) {
     EXPECT_EQ(fix, Texts());
     const host::Settings durable =
         read(good, {"connection.delimiter=;", "connection.dataFormat=FIX", "connection.batchsize=2", "connection.subscriptionMode=DURABLE",
-                    "connection.clientID=c", "connection.subscriptionName=s",
+                    "connection.clientID=c", "connection.subscriptionName=s", "host.settle=server",
                     "connection.jndiContextFactory=org.apache.activemq.jndi.ActiveMQInitialContextFactory"});
     const Texts notes = host::checkSettings(durable).notes;
     ASSERT_EQ(notes.size(), 3U);
@@ -226,6 +196,10 @@ TEST(ConnectorLimits, AreThoseThatTheConnectorReads) {
     std::set<std::string> names;
     for (size_t at = text.find(begin); at != std::string::npos; at = text.find(begin, at + 1))
         names.insert(text.substr(at + begin.size(), text.find('"', at + 1) - at - begin.size()));
+    for (const char* own : {"settle", "transacted", "settleAfter", "settleMillis", "selector"}) {
+        EXPECT_TRUE(host::faultOfLimit("-Dkel.jms." + std::string(own) + "=1").ends_with(" decides on; it must be absent.")) << own;
+        names.erase(own);
+    }
     for (const std::string& name : names) EXPECT_EQ(host::faultOfLimit("-Dkel.jms." + name + "=1"), "");
     const std::string known = host::faultOfLimit("-Dkel.jms.none=1");
     EXPECT_EQ(static_cast<size_t>(std::count(known.begin(), known.end(), ',')), names.size()) << known;

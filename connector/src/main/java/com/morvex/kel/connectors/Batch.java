@@ -51,9 +51,10 @@ final class Batch {
     boolean mayGrow(boolean oneByOne) {
         if (all.isEmpty()) return true;
         if (all.size() >= (oneByOne ? 1 : settling.settleAfter())) return false;
-        return System.nanoTime() - firstAt < settling.settleMillis() * 1_000_000 && !isLost();
+        return System.nanoTime() - firstAt < settling.settleMillis() * 1_000_000;
     }
 
+    /** While there are messages of a link that is lost, none is taken from the next one. */
     boolean mayTakeFrom(Link other) { return link == null || link == other; }
 
     /** @param from the link over which it came */

@@ -30,7 +30,7 @@ final class Browser {
             List<Message> found = look(link);
             if (!link.hasEnded()) return found;   // else a provider may end the look as if there were no more
         } catch (InvalidSelectorException e) {
-            throw new ConnectorException(settling.faultOfSelector(e), e);
+            throw new ConnectorException("the " + settling.faultOfSelector(e), e);
         } catch (JMSException | RuntimeException e) {
             if (!link.hasEnded()) throw e;
             Log.detail("A look was cut short.", e);

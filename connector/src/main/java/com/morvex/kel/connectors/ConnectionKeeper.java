@@ -101,7 +101,6 @@ final class ConnectionKeeper {
     void lost(Link failed, Throwable cause) {
         synchronized (this) {
             if (link != failed) return;
-            failed.lose();
             boolean isProven = System.nanoTime() - openedAt > PROVEN_NANOS;
             // What needs memory comes first: without it the link stays, and the next call finds it out again.
             Backoff pauses = isProven ? new Backoff() : backoff;

@@ -109,7 +109,8 @@ public final class Delivery {
 
     /**
      * Gives the batch back to the provider, for it to come again over the same connection; the batch is empty then.
-     * False when that connection has ended or is given up, so that it comes again over another one.
+     * False when that connection has ended or is given up, so that it comes again over another one. Providers bound how
+     * often a message may come again: a host that cannot keep anything for a while waits with the batch in hand.
      */
     public static boolean forget() {
         Batch batch = BATCH.get();

@@ -63,7 +63,7 @@ final class Link {
     private volatile boolean closing;
     private volatile boolean hasSettled;
     private volatile boolean givenBack;
-    private volatile boolean lost;
+    private volatile boolean gone;           // the closing has begun, after which nothing is settled
     private volatile QueueBrowser browser;   // in use
 
     /** Has the last message in hand; null when it was dealt with. Set under the lock, read without it. */
@@ -109,10 +109,7 @@ final class Link {
     boolean hasEnded() { return closing || loss.hasHeard(); }
 
     /** Whether nothing that was handed on over the link can be settled any more; never waits. */
-    boolean isLost() { return lost || givenBack || loss.hasHeard(); }
-
-    /** The link no longer works, and is replaced. */
-    void lose() { lost = true; }
+    boolean isLost() { return gone || givenBack || loss.hasHeard(); }
 
     /**
      * Has the browser closed before the connection: with some providers it waits for ever once the connection
@@ -283,7 +280,6 @@ final class Link {
     /** Closes without acknowledging anything; the count of messages handed on that will come again. */
     int drop() {
         closing = true;
-        lost = true;
         return uninterrupted(() -> {
             int again = pendingNow();
             closer(() -> {}).await();
@@ -344,7 +340,7 @@ final class Link {
 
     /** The one closing of this link, which begins with the step where nobody has begun it; null: do not begin. */
     private synchronized Closer closer(Closer.Step first) {
-        if (first != null) lost = true;
+        if (first != null) gone = true;
         if (closer == null && first != null) closer = Closer.start(connection, browser, first);
         return closer;
     }

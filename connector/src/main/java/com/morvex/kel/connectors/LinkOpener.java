@@ -106,7 +106,7 @@ final class LinkOpener {
         String provider = settings.provider();
         String destination = settings.destination();
         if (ConnectorException.stemsFrom(e, InvalidSelectorException.class)) {
-            return new ConnectorException(settling.faultOfSelector(e), e);
+            return new ConnectorException("The " + settling.faultOfSelector(e) + ".", e);
         }
         boolean isForMemory = MemoryShortage.isBehind(e);
         String reason = (isForMemory ? MemoryShortage.remedy(e) : Log.rootReason(e)) + ".";

@@ -17,9 +17,9 @@ record Settling(boolean byHost, boolean transacted, long settleAfter, long settl
                 selectorOrNull());
     }
 
-    /** For sentences; the key is the one by which a user sets it. */
+    /** The end of a sentence; the key is the one by which a user sets it. */
     String faultOfSelector(Throwable failure) {
-        return "The selector \"%s\" (host.selector) is not valid: %s.".formatted(selector, Log.rootReason(failure));
+        return "selector \"%s\" (host.selector) is not valid: %s".formatted(selector, Log.rootReason(failure));
     }
 
     private static boolean isByHost() {
