@@ -190,6 +190,10 @@ void PostgresConnection::sendText(const std::string& statement) {
     sendText(statement, none);
 }
 
+void PostgresConnection::push() {
+    if (PQflush(connection_.get()) < 0) lose(plainMessage(PQerrorMessage(connection_.get())));
+}
+
 void PostgresConnection::sync() {
     check(PQpipelineSync(connection_.get()));
     for (int left = 1; (left = PQflush(connection_.get())) != 0; await(Wait::kForRoomToo)) {

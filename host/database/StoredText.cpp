@@ -4,6 +4,8 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
+#include <algorithm>
+
 #include "host/process/SafeText.h"
 #include "host/values/ModifiedUtf8.h"
 
@@ -36,7 +38,11 @@ void appendHexBytes(std::string_view digits, std::string& out) {
         out += static_cast<char>(nibble(digits[i]) << 4 | nibble(digits[i + 1]));
 }
 
-std::string storedLine(std::string_view text) { return oneLine(validUtf8(text)); }
+std::string storedLine(std::string_view text) {
+    const auto isPlain = [](char c) { return c >= ' ' && c < '\x7F'; };
+    if (std::all_of(text.begin(), text.end(), isPlain)) return std::string(text);
+    return oneLine(validUtf8(text));
+}
 
 std::string envelopeText(const std::vector<EnvelopeField>& fields) {
     rapidjson::StringBuffer buffer;

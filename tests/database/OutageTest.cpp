@@ -21,7 +21,9 @@ protected:
     public:
         Client(const Server& server, bool isPostgres)
             : pipe_(::popen((isPostgres ? "psql -X -q '" + server.url() + "' >/dev/null 2>&1"
-                                        : "sqlite3 '" + server.url().substr(7) + "' >/dev/null 2>&1").c_str(), "w")) {}
+                                        : "sqlite3 '" + server.url().substr(7) + "' >/dev/null 2>&1")
+                                .c_str(),
+                            "w")) {}
         ~Client() { ::pclose(pipe_); }
         Client(const Client&) = delete;
         Client& operator=(const Client&) = delete;
@@ -194,7 +196,8 @@ TEST_P(Outages, AServerThatWasDownIsWaitedFor) {
     EXPECT_EQ(keep(*sink, {row("2", "B")}), "1 0 0");
     start.join();
     const std::string said = errors();
-    EXPECT_EQ(said.find("The database does not answer (no such file or directory); 1 message waits for it, next try in 2 s.\n"), 0U) << said;
+    EXPECT_EQ(said.find("The database does not answer (no such file or directory); 1 message waits for it, next try in 2 s.\n"), 0U)
+        << said;
     EXPECT_EQ(symbols(), "A\nB\n");
 }
 
@@ -220,7 +223,8 @@ TEST_P(Outages, ALostSessionIsMended) {
 TEST_P(Outages, WhatIsNotAllowedEndsTheRun) {
     if (!isPostgres()) GTEST_SKIP() << "SQLite has no roles";
     open();
-    ask("DROP ROLE IF EXISTS poor; CREATE ROLE poor LOGIN; GRANT SELECT, UPDATE ON kel_ledger TO poor; GRANT SELECT ON \"Trades\" TO poor;");
+    ask("DROP ROLE IF EXISTS poor; CREATE ROLE poor LOGIN; GRANT SELECT, UPDATE ON kel_ledger TO poor; GRANT SELECT ON \"Trades\" TO "
+        "poor;");
     settings.url.replace(settings.url.find("user=postgres"), 13, "user=poor");
     const auto sink = open();
     EXPECT_EQ(failureOf([&] { keep(*sink, {row("1", "A")}); }), "The database does not allow it: permission denied for table Trades.");

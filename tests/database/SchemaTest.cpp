@@ -24,22 +24,27 @@ TEST_P(Schemas, EachFaultHasItsSentence) {
     } rows[] = {
         {begin + "BIGINT, \"Price\" DOUBLE PRECISION, \"Desk\" TEXT NOT NULL DEFAULT 'x');", ""},
         {"CREATE TABLE \"Trades\" (\"Symbol\" TEXT, \"Shares\" INTEGER, \"Price\" DOUBLE PRECISION); "
-         "CREATE UNIQUE INDEX one ON \"Trades\" (\"Symbol\");", ""},
+         "CREATE UNIQUE INDEX one ON \"Trades\" (\"Symbol\");",
+         ""},
         {begin + "INTEGER);", "The table \"Trades\" lacks the column \"Price\" for float; add it: ALTER TABLE " + name("Trades") +
                                   " ADD COLUMN \"Price\" " + real + '.'},
-        {begin + "INTEGER, \"Price\" NUMERIC(10,1));",
-         "The column \"Price\" of \"Trades\" is " + std::string(isPostgres() ? "numeric" : "NUMERIC") + "(10,1), which would round float; it needs " + real + '.'},
-        {begin + "INTEGER, \"Price\" BYTEA);", isPostgres() ? "The column \"Price\" of \"Trades\" is bytea, which does not take float; it needs double precision."
-                                                            : "The column \"Price\" of \"Trades\" is BYTEA, which would round float; it needs REAL."},
+        {begin + "INTEGER, \"Price\" NUMERIC(10,1));", "The column \"Price\" of \"Trades\" is " +
+                                                           std::string(isPostgres() ? "numeric" : "NUMERIC") +
+                                                           "(10,1), which would round float; it needs " + real + '.'},
+        {begin + "INTEGER, \"Price\" BYTEA);",
+         isPostgres() ? "The column \"Price\" of \"Trades\" is bytea, which does not take float; it needs double precision."
+                      : "The column \"Price\" of \"Trades\" is BYTEA, which would round float; it needs REAL."},
         {begin + "INTEGER, \"Price\" DOUBLE PRECISION, \"Desk\" TEXT NOT NULL);",
          "The column \"Desk\" of \"Trades\" is not in the stream, must not be null and has no default: no row could be written."},
         {begin + "INTEGER GENERATED ALWAYS AS (1) STORED, \"Price\" DOUBLE PRECISION);",
          "The column \"Shares\" of \"Trades\" is computed by the database and cannot be written."},
         {"CREATE TABLE \"Trades\" (\"Symbol\" TEXT, \"Shares\" INTEGER, \"Price\" DOUBLE PRECISION, UNIQUE (\"Symbol\", \"Shares\")); "
-         "CREATE UNIQUE INDEX some ON \"Trades\" (\"Symbol\") WHERE \"Shares\" > 0; CREATE UNIQUE INDEX lower ON \"Trades\" (lower(\"Symbol\"));",
+         "CREATE UNIQUE INDEX some ON \"Trades\" (\"Symbol\") WHERE \"Shares\" > 0; CREATE UNIQUE INDEX lower ON \"Trades\" "
+         "(lower(\"Symbol\"));",
          "mode = \"apply\" needs a unique index on exactly (\"Symbol\"); the table \"Trades\" has none."},
         {begin + "INTEGER, \"Price\" DOUBLE PRECISION); CREATE TABLE kel_ledger (source TEXT, epoch INTEGER, ids TEXT, at TEXT);",
-         "The table " + name("kel_ledger") + " is not the sink's own: it lacks the column \"old\"; rename it, or choose another place for the sink."},
+         "The table " + name("kel_ledger") +
+             " is not the sink's own: it lacks the column \"old\"; rename it, or choose another place for the sink."},
     };
     for (const auto& [table, sentence] : rows) {
         ask("DROP TABLE IF EXISTS \"Trades\"; DROP TABLE IF EXISTS kel_ledger;" + table);
@@ -49,8 +54,9 @@ TEST_P(Schemas, EachFaultHasItsSentence) {
 }
 
 TEST_P(Schemas, TheSettingsMayBeWhatIsWrong) {
-    const std::string made = isPostgres() ? "\"Symbol\" text NOT NULL, \"Shares\" integer, \"Price\" double precision, PRIMARY KEY (\"Symbol\"))"
-                                          : "\"Symbol\" TEXT NOT NULL, \"Shares\" INTEGER, \"Price\" REAL, PRIMARY KEY (\"Symbol\")) STRICT";
+    const std::string made = isPostgres()
+                                 ? "\"Symbol\" text NOT NULL, \"Shares\" integer, \"Price\" double precision, PRIMARY KEY (\"Symbol\"))"
+                                 : "\"Symbol\" TEXT NOT NULL, \"Shares\" INTEGER, \"Price\" REAL, PRIMARY KEY (\"Symbol\")) STRICT";
     settings.create = false;
     ASSERT_EQ(problems().size(), 3U);
     EXPECT_EQ(problems()[0], "The table " + name("Trades") + " does not exist; set sink.create, or create it: CREATE TABLE " +
@@ -58,27 +64,33 @@ TEST_P(Schemas, TheSettingsMayBeWhatIsWrong) {
     EXPECT_NE(failureOf([&] { open(); }), "none");
     settings.create = true;
     EXPECT_EQ(problems(), Texts()) << "they are made by a start";
-    EXPECT_EQ(ask(isPostgres() ? "SELECT count(*) FROM pg_tables WHERE schemaname = 'public';" : "SELECT count(*) FROM sqlite_schema;"), "0\n");
+    EXPECT_EQ(ask(isPostgres() ? "SELECT count(*) FROM pg_tables WHERE schemaname = 'public';" : "SELECT count(*) FROM sqlite_schema;"),
+              "0\n");
     settings.table = "kel_rejected";
     EXPECT_EQ(problems(), Texts{"sink.table is \"kel_rejected\", which is a table of the sink's own."});
     settings.table = std::string(64, 't');
     EXPECT_EQ(problems().size(), isPostgres() ? 1U : 0U);
     settings.table = "Trades";
-    type = std::make_unique<host::RowType>("Trades", std::vector<host::Column>{{"a", DataTypes::kString, false}, {"A", DataTypes::kString, false}});
+    type = std::make_unique<host::RowType>("Trades",
+                                           std::vector<host::Column>{{"a", DataTypes::kString, false}, {"A", DataTypes::kString, false}});
     EXPECT_EQ(problems(), isPostgres() ? Texts{"mode = \"apply\" needs key columns; the stream has none."}
-                                       : Texts({"mode = \"apply\" needs key columns; the stream has none.", "The name \"A\" is that of two columns to SQLite."}));
+                                       : Texts({"mode = \"apply\" needs key columns; the stream has none.",
+                                                "The name \"A\" is that of two columns to SQLite."}));
     settings.mode = SinkMode::kAppend;
     type = std::make_unique<host::RowType>("Trades", std::vector<host::Column>{{"a", DataTypes::kString, false}});
     const struct {
         const char* url;
         const char* sentence;
     } rows[] = {
-        {"mysql://host/db", "sink.url is \"mysql://host/db\", which is no database that is known here; it is sqlite:FILE or postgresql://HOST/DATABASE."},
+        {"mysql://host/db",
+         "sink.url is \"mysql://host/db\", which is no database that is known here; it is sqlite:FILE or postgresql://HOST/DATABASE."},
         {"sqlite:", "sink.url is \"sqlite:\", which names no file; it is sqlite:FILE."},
         {"sqlite:/nowhere/x.db", "The database file /nowhere/x.db cannot be opened: there is no folder /nowhere."},
         {"postgresql:///?host=/nowhere", "The database does not answer (no such file or directory)."},
         {"postgresql://u:secret@:99999/x", "The database does not answer (invalid port number: \"99999\")."},
-        {"postgresql://u:sec%zzret@h/x", "sink.url is no URL of PostgreSQL; it is postgresql://USER@HOST:PORT/DATABASE, with % and two hexadecimal digits for what is special in its parts."},
+        {"postgresql://u:sec%zzret@h/x",
+         "sink.url is no URL of PostgreSQL; it is postgresql://USER@HOST:PORT/DATABASE, with % and two hexadecimal digits for what is "
+         "special in its parts."},
     };
     for (const auto& [url, sentence] : rows) {
         settings.url = url;
@@ -104,7 +116,8 @@ TEST(ColumnFits, AreWhatTheDatabaseDoes) {
         {DataTypes::kBigdatetime, host::DatabaseKind::kPostgres, "e:timestamp(6) r:timestamp(5)"},
         {DataTypes::kTime, host::DatabaseKind::kPostgres, "e:time(0) e:time w:timetz"},
         {DataTypes::kInterval, host::DatabaseKind::kPostgres, "e:bigint e:interval e:interval(6) r:interval(3) w:integer"},
-        {DataTypes::kMoney, host::DatabaseKind::kPostgres, "e:numeric(19,4) e:numeric e:numeric(20,5) r:numeric(19,5) r:numeric(30,2) r:double precision w:money"},
+        {DataTypes::kMoney, host::DatabaseKind::kPostgres,
+         "e:numeric(19,4) e:numeric e:numeric(20,5) r:numeric(19,5) r:numeric(30,2) r:double precision w:money"},
         {decimal, host::DatabaseKind::kPostgres, "e:numeric(10,2) e:numeric(12,4) r:numeric(10,3) r:numeric(10)"},
         {DataTypes::kBoolean, host::DatabaseKind::kPostgres, "e:boolean w:integer"},
         {DataTypes::kBinary, host::DatabaseKind::kPostgres, "e:bytea w:text"},
