@@ -68,7 +68,8 @@ protected:
 };
 
 TEST_F(Settling, NothingIsMissingAndAnOrderedStopRepeatsNothing) {
-    for (const Source& source : {Source{"queue", false, false, 100}, Source{"durable", true, false, 7}, Source{"durable FIX", true, true, 30}}) {
+    for (const Source& source :
+         {Source{"queue", false, false, 100}, Source{"durable", true, false, 7}, Source{"durable FIX", true, true, 30}}) {
         SCOPED_TRACE(source.name);
         sent = 0;
         rows = scratch.path(source.name);

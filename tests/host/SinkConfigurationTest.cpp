@@ -11,9 +11,10 @@ namespace {
 
 constexpr char kActiveMq[] = "connection.jndiContextFactory=org.apache.activemq.jndi.ActiveMQInitialContextFactory";
 const std::string kSink = "sink.url=sqlite:t.db";
-const std::string kGood = std::string(kStream) +
-                          "[connection]\ndataFormat = \"XML\"\nconnectionFactory = \"C\"\njndiContextFactory = \"F\"\njndiURL = \"tcp://h:1\"\n"
-                          "destinationType = \"QUEUE\"\ndestinationName = \"D\"\n";
+const std::string kGood =
+    std::string(kStream) +
+    "[connection]\ndataFormat = \"XML\"\nconnectionFactory = \"C\"\njndiContextFactory = \"F\"\njndiURL = \"tcp://h:1\"\n"
+    "destinationType = \"QUEUE\"\ndestinationName = \"D\"\n";
 const Texts kDurable = {"connection.destinationType=TOPIC", "connection.subscriptionMode=DURABLE", "connection.clientID=c",
                         "connection.subscriptionName=s"};
 
@@ -118,8 +119,7 @@ columns = [{ name = "id", type = "string", from = "JMSMessageID", key = true }, 
         {"type='long', from='JMSRedelivered'", "has the type long, which JMSRedelivered does not fill; allowed are boolean, string."},
         {"type='string', from='jmsPriority'",
          "is from \"jmsPriority\", which is no header; the nearest one is JMSPriority, and a property is written property.NAME."},
-        {"type='string', from='property.'",
-         "is from \"property.\", which names none; it is written property.NAME."},
+        {"type='string', from='property.'", "is from \"property.\", which names none; it is written property.NAME."},
     };
     for (const auto& [column, problem] : bad) EXPECT_EQ(faultsOf(column), Texts{file + ":1: column \"c\" " + problem});
     EXPECT_EQ(faultsOf("type='long', from=1"), Texts{file + ":1: from of column \"c\" is the integer 1; allowed is a text in quotes."});
@@ -132,7 +132,8 @@ TEST_F(SinkConfiguration, CheckNamesWhatDoesNotGoTogether) {
     const auto columns = [](const std::string& one, const std::string& other) {
         return "stream.columns=[{name='" + one + "',type='long'},{name='" + other + "',type='long'}]";
     };
-    const std::string postgres = "sink.url=postgresql://h/d", header = "stream.columns=[{name='A',type='long'},{name='i',type='string',from='JMSType'}]";
+    const std::string postgres = "sink.url=postgresql://h/d",
+                      header = "stream.columns=[{name='A',type='long'},{name='i',type='string',from='JMSType'}]";
     const std::pair<Texts, Texts> rows[] = {
         {{kSink}, {}},
         {{postgres, columns("a", "A")}, {}},
@@ -181,7 +182,8 @@ TEST_F(SinkConfiguration, CheckNotesWhatIsHardlyMeant) {
          {used + "tcp://h:1?jms.redeliveryPolicy.maximumRedeliveries=-1&" + both + "\", which says what the sink needs."}},
         {{kSink, "connection.batchsize=201", kActiveMq, "host.prefetch=401"},
          {"connection.batchsize is 201; with a prefetch above 400 a broker of ActiveMQ hands out 200",
-          used + "tcp://h:1?jms.redeliveryPolicy.maximumRedeliveries=-1&" + both + "&jms.prefetchPolicy.all=401\", which says what the sink needs and host"}},
+          used + "tcp://h:1?jms.redeliveryPolicy.maximumRedeliveries=-1&" + both +
+              "&jms.prefetchPolicy.all=401\", which says what the sink needs and host"}},
         {{kSink, "connection.batchsize=201", kActiveMq}, {"connection.batchsize is 201;", used}},
         {{kSink, "connection.batchsize=201", kActiveMq, "host.prefetch=400"}, {used}},
         {{kSink, "connection.batchsize=201", kActiveMq, "connection.jndiURL=tcp://h:1?jms.prefetchPolicy.queuePrefetch=400"}, {used}},
@@ -202,7 +204,8 @@ TEST_F(SinkConfiguration, CheckNotesWhatIsHardlyMeant) {
 
 TEST_F(SinkConfiguration, TheConnectorIsTold) {
     const auto host = [](const char* after, const char* millis = "200") {
-        return Texts{"-Dkel.jms.settle=host", std::string("-Dkel.jms.settleAfter=") + after, std::string("-Dkel.jms.settleMillis=") + millis};
+        return Texts{"-Dkel.jms.settle=host", std::string("-Dkel.jms.settleAfter=") + after,
+                     std::string("-Dkel.jms.settleMillis=") + millis};
     };
     const auto sink = [&](const char* after) {
         Texts options = host(after);
