@@ -27,7 +27,7 @@ Session::Session(Settings sound, std::optional<int> logLevel)
         if (HeardErrors* heard = HeardErrors::ofThisThread()) {
             heard->errors.push_back({text, fault != nullptr, fault != nullptr ? fault->column : ""});
         } else {
-            sayModified("error: ", text);
+            tellError(text);
         }
     });
     context.adapterName = settings.streamName;

@@ -38,10 +38,14 @@ std::string plainMessage(const char* message) {
 // In a message at its most verbose the code stands before the text.
 std::string codeIn(const std::string& message) {
     constexpr size_t kLength = 5;
-    const auto isOfCode = [](char c) { return std::isdigit(static_cast<unsigned char>(c)) != 0 || std::isupper(static_cast<unsigned char>(c)) != 0; };
+    const auto isOfCode = [](char c) {
+        return std::isdigit(static_cast<unsigned char>(c)) != 0 ||
+               std::isupper(static_cast<unsigned char>(c)) != 0;
+    };
     for (size_t at = message.find(":  "); at != std::string::npos; at = message.find(":  ", at + 1)) {
         const std::string code = message.substr(at + 3, kLength);
-        if (code.size() == kLength && message.compare(at + 3 + kLength, 2, ": ") == 0 && std::all_of(code.begin(), code.end(), isOfCode))
+        if (code.size() == kLength && message.compare(at + 3 + kLength, 2, ": ") == 0 &&
+            std::all_of(code.begin(), code.end(), isOfCode))
             return code;
     }
     return "";
@@ -70,11 +74,16 @@ void PostgresResult::Clear::operator()(pg_result* result) const { PQclear(result
 void PostgresConnection::Finish::operator()(pg_conn* connection) const { PQfinish(connection); }
 
 int PostgresResult::rows() const { return PQntuples(result_.get()); }
-bool PostgresResult::isNull(int row, int column) const { return PQgetisnull(result_.get(), row, column) == 1; }
-std::string PostgresResult::text(int row, int column) const {
-    return {PQgetvalue(result_.get(), row, column), static_cast<size_t>(PQgetlength(result_.get(), row, column))};
+bool PostgresResult::isNull(int row, int column) const {
+    return PQgetisnull(result_.get(), row, column) == 1;
 }
-std::int64_t PostgresResult::integer(int row, int column) const { return std::atoll(PQgetvalue(result_.get(), row, column)); }
+std::string PostgresResult::text(int row, int column) const {
+    return {PQgetvalue(result_.get(), row, column),
+            static_cast<size_t>(PQgetlength(result_.get(), row, column))};
+}
+std::int64_t PostgresResult::integer(int row, int column) const {
+    return std::atoll(PQgetvalue(result_.get(), row, column));
+}
 std::int64_t PostgresResult::affected() const { return std::atoll(PQcmdTuples(result_.get())); }
 std::string PostgresResult::tag() const { return PQcmdStatus(result_.get()); }
 
@@ -90,21 +99,26 @@ void PostgresConnection::open(const std::string& url) {
     // What the URL has goes before what stands ahead of it here. A server that is gone without a word is
     // noticed by the system's questions and by what it does not acknowledge.
     const std::string name = "kel-adapter-host " + std::to_string(::getpid());
-    const char* const keys[] = {"fallback_application_name", "keepalives_idle", "keepalives_interval", "keepalives_count",
-                                "tcp_user_timeout", "dbname", "client_encoding", nullptr};
+    const char* const keys[] = {
+        "fallback_application_name", "keepalives_idle", "keepalives_interval", "keepalives_count",
+        "tcp_user_timeout",          "dbname",          "client_encoding",     nullptr};
     const char* const values[] = {name.c_str(), "10", "5", "3", "20000", url.c_str(), "UTF8", nullptr};
     connection_.reset(PQconnectStartParams(keys, values, 1));
     const auto message = [&] { return std::string(PQerrorMessage(connection_.get())); };
     if (!connection_ || PQstatus(connection_.get()) == CONNECTION_BAD) {
         // The library's word for a URL that it cannot read may hold a part of a password.
         if (PQconninfoOption* options = PQconninfoParse(url.c_str(), nullptr); options == nullptr)
-            throw Failure("sink.url is no URL of PostgreSQL; it is postgresql://USER@HOST:PORT/DATABASE, with % and two hexadecimal digits for what is special in its parts.", kBadConfiguration);
+            throw Failure(
+                "sink.url is no URL of PostgreSQL; it is postgresql://USER@HOST:PORT/DATABASE, with % and "
+                "two hexadecimal digits for what is special in its parts.",
+                kBadConfiguration);
         else
             PQconninfoFree(options);
     }
     PQsetErrorVerbosity(connection_.get(), PQERRORS_VERBOSE);  // with the code
     const Clock::time_point begin = Clock::now();
-    PostgresPollingStatusType state = PQstatus(connection_.get()) == CONNECTION_BAD ? PGRES_POLLING_FAILED : PGRES_POLLING_WRITING;
+    PostgresPollingStatusType state =
+        PQstatus(connection_.get()) == CONNECTION_BAD ? PGRES_POLLING_FAILED : PGRES_POLLING_WRITING;
     while (state != PGRES_POLLING_OK) {
         if (state == PGRES_POLLING_FAILED) {
             const std::string all = without(passwordOf(url), message()), code = codeIn(all);
@@ -114,9 +128,12 @@ void PostgresConnection::open(const std::string& url) {
             throw Failure("The database refuses the connection: " + text + '.');
         }
         const auto past = Clock::now() - begin;
-        if (past > kLongestConnecting || (stop_.isStopped() && past > kGrace)) throw Unavailable("no answer to a connection");
-        pollfd socket{PQsocket(connection_.get()), static_cast<short>(state == PGRES_POLLING_READING ? POLLIN : POLLOUT), 0};
-        if (::poll(&socket, 1, static_cast<int>(kLookAtStop.count())) > 0) state = PQconnectPoll(connection_.get());
+        if (past > kLongestConnecting || (stop_.isStopped() && past > kGrace))
+            throw Unavailable("no answer to a connection");
+        pollfd socket{PQsocket(connection_.get()),
+                      static_cast<short>(state == PGRES_POLLING_READING ? POLLIN : POLLOUT), 0};
+        if (::poll(&socket, 1, static_cast<int>(kLookAtStop.count())) > 0)
+            state = PQconnectPoll(connection_.get());
     }
     PQsetErrorVerbosity(connection_.get(), PQERRORS_DEFAULT);
 }
@@ -136,9 +153,11 @@ bool PostgresConnection::isOverdue(Clock::time_point begin) const {
 // Comes back when there is something to read, or to write where that is wanted.
 void PostgresConnection::await(Wait wait) {
     const Clock::time_point begin = Clock::now();
-    pollfd socket{PQsocket(connection_.get()), static_cast<short>(wait == Wait::kForRoomToo ? POLLIN | POLLOUT : POLLIN), 0};
+    pollfd socket{PQsocket(connection_.get()),
+                  static_cast<short>(wait == Wait::kForRoomToo ? POLLIN | POLLOUT : POLLIN), 0};
     while (::poll(&socket, 1, static_cast<int>(kLookAtStop.count())) <= 0) {
-        if (isOverdue(begin)) lose("no answer for " + std::to_string((Clock::now() - begin) / std::chrono::seconds(1)) + " s");
+        if (isOverdue(begin))
+            lose("no answer for " + std::to_string((Clock::now() - begin) / std::chrono::seconds(1)) + " s");
     }
     if ((socket.revents & ~POLLOUT) != 0 && PQconsumeInput(connection_.get()) != 1)
         lose(plainMessage(PQerrorMessage(connection_.get())));
@@ -159,8 +178,8 @@ void PostgresConnection::send(const std::string& name, PostgresParameters& param
 }
 
 void PostgresConnection::sendText(const std::string& statement, PostgresParameters& parameters) {
-    check(PQsendQueryParams(connection_.get(), statement.c_str(), parameters.count(), nullptr, parameters.values(),
-                            parameters.lengths(), parameters.formats(), 0));
+    check(PQsendQueryParams(connection_.get(), statement.c_str(), parameters.count(), nullptr,
+                            parameters.values(), parameters.lengths(), parameters.formats(), 0));
 }
 
 void PostgresConnection::sendText(const std::string& statement) {
@@ -206,7 +225,8 @@ void PostgresConnection::finish() {
     while (!isSynced_) {
         const PostgresResult result(next());
         isSynced_ = PQresultStatus(result.get()) == PGRES_PIPELINE_SYNC;
-        if (PQstatus(connection_.get()) == CONNECTION_BAD) lose(plainMessage(PQerrorMessage(connection_.get())));
+        if (PQstatus(connection_.get()) == CONNECTION_BAD)
+            lose(plainMessage(PQerrorMessage(connection_.get())));
     }
 }
 

@@ -138,7 +138,8 @@ bool PostgresSession::write(const LedgerUpdate* ledger, const std::vector<Change
         }
         return writeWithSavepoints(attempt, care);
     });
-    std::sort(refused.begin(), refused.end(), [](const Refused& a, const Refused& b) { return a.change < b.change; });
+    std::sort(refused.begin(), refused.end(),
+              [](const Refused& a, const Refused& b) { return a.change < b.change; });
     return isOurs;
 }
 

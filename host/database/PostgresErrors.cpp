@@ -13,20 +13,20 @@ struct Passing {
     const char* reason;
 };
 constexpr Passing kPassing[] = {
-    {"08", nullptr},     // the connection
+    {"08", nullptr},  // the connection
     {"25006", "it takes no changes now"},
     {"25P03", "it ended a transaction that stood still"},
     {"40001", nullptr},  // serialization
     {"40P01", nullptr},  // deadlock
     {"53100", "its disk is full"},
-    {"53", nullptr},     // resources
+    {"53", nullptr},  // resources
     {"55P03", "a lock is held by somebody else"},
     {"57014", "a statement took too long"},
     {"57P01", nullptr},
     {"57P02", nullptr},
     {"57P03", nullptr},
     {"57P05", nullptr},
-    {"58", nullptr},     // input and output
+    {"58", nullptr},  // input and output
 };
 
 // Values, constraints, keys too long for an index, views with a check, and what triggers raise.
@@ -40,7 +40,8 @@ bool isPassing(const std::string& code) {
 }
 
 bool isOfRow(const std::string& code) {
-    return std::any_of(std::begin(kOfRow), std::end(kOfRow), [&code](const char* one) { return code.starts_with(one); });
+    return std::any_of(std::begin(kOfRow), std::end(kOfRow),
+                       [&code](const char* one) { return code.starts_with(one); });
 }
 
 std::string reasonOf(const std::string& code, const std::string& text) {

@@ -77,7 +77,8 @@ PostgresParameters& PostgresParameters::add(std::string_view bytes) {
 
 const char* const* PostgresParameters::values() {
     values_.clear();
-    for (const size_t begin : begins_) values_.push_back(begin == std::string::npos ? nullptr : bytes_.data() + begin);
+    for (const size_t begin : begins_)
+        values_.push_back(begin == std::string::npos ? nullptr : bytes_.data() + begin);
     return values_.data();
 }
 
@@ -120,7 +121,8 @@ void PostgresArray::add(std::string_view bytes) {
 
 std::string_view PostgresArray::bytes() {
     std::string header;
-    for (const std::int32_t field : {1, hasNulls_ ? 1 : 0, static_cast<std::int32_t>(type_), count_, 1}) append(header, field);
+    for (const std::int32_t field : {1, hasNulls_ ? 1 : 0, static_cast<std::int32_t>(type_), count_, 1})
+        append(header, field);
     bytes_.replace(0, kHeader, header);
     return bytes_;
 }

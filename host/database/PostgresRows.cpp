@@ -51,7 +51,8 @@ PostgresRows::Form PostgresRows::formOf(const Column& column, const DatabaseType
     return {value, PostgresType::kText, "text", "::" + there.name};
 }
 
-PostgresRows::PostgresRows(SinkMode mode, const RowType& type, const std::string& table, const TableShape& shape)
+PostgresRows::PostgresRows(SinkMode mode, const RowType& type, const std::string& table,
+                           const TableShape& shape)
     : mode_(mode), type_(type), refusals_(mode, type) {
     for (const Column& column : type.columns) {
         const std::string name = toUtf8(column.name);
@@ -87,7 +88,9 @@ PostgresRows::PostgresRows(SinkMode mode, const RowType& type, const std::string
     std::string condition;
     for (const size_t key : keys_) {
         keyArrays_.emplace_back(forms_[key].type);
-        addToList(condition, "t." + quotedName(toUtf8(type.columns[key].name)) + " = c" + std::to_string(key) + forms_[key].cast,
+        addToList(condition,
+                  "t." + quotedName(toUtf8(type.columns[key].name)) + " = c" + std::to_string(key) +
+                      forms_[key].cast,
                   " AND ");
     }
     statements_.emplace_back(kUpdate, texts.update());
@@ -97,7 +100,8 @@ PostgresRows::PostgresRows(SinkMode mode, const RowType& type, const std::string
         return '$' + std::to_string(place + 1) + "::" + forms_[column].sent + forms_[column].cast;
     });
     statements_.emplace_back(kRemove, byKey.remove());
-    statements_.emplace_back(kTakeAway, "DELETE FROM " + table + " t USING " + together(keys_) + " WHERE " + condition);
+    statements_.emplace_back(kTakeAway,
+                             "DELETE FROM " + table + " t USING " + together(keys_) + " WHERE " + condition);
     statements_.emplace_back(kBring, bring + texts.onConflict());
 }
 
@@ -121,10 +125,12 @@ void PostgresRows::prepare(PostgresConnection& connection) const {
 std::optional<Reject> PostgresRows::unfit(const ServerRow& row) const {
     for (size_t i = 0; i < row.values.size(); ++i) {
         const auto* text = std::get_if<std::string>(&row.values[i]);
-        if (text == nullptr || forms_[i].value != ValueForm::kText || text->find(kNull) == std::string::npos) continue;
+        if (text == nullptr || forms_[i].value != ValueForm::kText || text->find(kNull) == std::string::npos)
+            continue;
         const std::string name = toUtf8(type_.columns[i].name);
         return refusals_.refused(
-            row, {kUntranslatable, "column " + inQuotes(name) + " has a U+0000, which PostgreSQL cannot store.", name});
+            row, {kUntranslatable,
+                  "column " + inQuotes(name) + " has a U+0000, which PostgreSQL cannot store.", name});
     }
     return refusals_.unfit(row);
 }
@@ -168,16 +174,23 @@ void PostgresRows::send(PostgresConnection& connection, const Change& change) {
         for (size_t i = 0; i < row.values.size(); ++i) addValue(parameters_, i, row.values[i]);
     }
     if (mode_ == SinkMode::kAppend) {
-        parameters_.add(std::string_view(&row.op, 1)).add(row.sequence).add(std::string_view(*change.messageId));
+        parameters_.add(std::string_view(&row.op, 1))
+            .add(row.sequence)
+            .add(std::string_view(*change.messageId));
         connection.send(kInsert, parameters_);
     } else {
-        connection.send(removes ? kRemove : row.op == 'u' ? kUpdate : row.op == 'p' ? kUpsert : kInsert, parameters_);
+        connection.send(removes         ? kRemove
+                        : row.op == 'u' ? kUpdate
+                        : row.op == 'p' ? kUpsert
+                                        : kInsert,
+                        parameters_);
     }
 }
 
 bool PostgresRows::canBring(const std::vector<Change>& changes) const {
     return changes.size() > 1 && (mode_ == SinkMode::kAppend ||
-                                  std::all_of(changes.begin(), changes.end(), [](const Change& one) { return setsKey(one.row->op); }));
+                                  std::all_of(changes.begin(), changes.end(),
+                                              [](const Change& one) { return setsKey(one.row->op); }));
 }
 
 void PostgresRows::fill(std::vector<PostgresArray>& arrays, const std::vector<size_t>& columns,
@@ -227,7 +240,8 @@ std::vector<std::optional<size_t>> PostgresRows::sendTogether(PostgresConnection
     std::vector<const Change*> brought = mode_ == SinkMode::kAppend ? changes : lastOfKeys(changes);
     const auto removed = mode_ == SinkMode::kAppend
                              ? brought.end()
-                             : std::stable_partition(brought.begin(), brought.end(), [](const Change* one) { return one->row->op == 'p'; });
+                             : std::stable_partition(brought.begin(), brought.end(),
+                                                     [](const Change* one) { return one->row->op == 'p'; });
     const std::vector<const Change*> taken(removed, brought.end());
     brought.erase(removed, brought.end());
     std::vector<std::optional<size_t>> counts;

@@ -38,9 +38,9 @@ public:
 private:
     struct Form {
         ValueForm value;
-        PostgresType type;     // of the parameter
-        std::string sent;      // the same by its name
-        std::string cast;      // to what the column needs; "": nothing
+        PostgresType type;  // of the parameter
+        std::string sent;   // the same by its name
+        std::string cast;   // to what the column needs; "": nothing
         bool isInterval = false;
     };
 
@@ -58,7 +58,7 @@ private:
     std::vector<Form> forms_;  // of the stream's columns, then of those that an appended row has besides
     std::vector<size_t> keys_;
     std::vector<std::pair<std::string, std::string>> statements_;  // by their names
-    std::string text_;  // of the value in hand
+    std::string text_;                                             // of the value in hand
     PostgresParameters parameters_;
     std::vector<PostgresArray> arrays_;
     std::vector<PostgresArray> keyArrays_;

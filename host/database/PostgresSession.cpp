@@ -122,14 +122,17 @@ std::optional<TableShape> PostgresSession::shapeOf(const std::string& table) {
         "CASE t.typtype WHEN 'd' THEN t.typtypmod ELSE a.atttypmod END), "
         "(a.attnotnull AND NOT a.atthasdef AND a.attidentity = '')::int, "
         "(a.attgenerated <> '' OR a.attidentity = 'a')::int "
-        "FROM pg_class c JOIN pg_namespace n ON n.oid = c.relnamespace JOIN pg_attribute a ON a.attrelid = c.oid "
+        "FROM pg_class c JOIN pg_namespace n ON n.oid = c.relnamespace JOIN pg_attribute a ON a.attrelid = "
+        "c.oid "
         "JOIN pg_type t ON t.oid = a.atttypid WHERE n.nspname = $1::text AND c.relname = $2::text "
         "AND c.relkind IN ('r', 'p') AND a.attnum > 0 AND NOT a.attisdropped ORDER BY a.attnum";
     // One that is checked later, or only for some rows, decides nothing when a row is written.
     constexpr char kIndexes[] =
-        "SELECT i.indexrelid::bigint, a.attname FROM pg_class c JOIN pg_namespace n ON n.oid = c.relnamespace "
+        "SELECT i.indexrelid::bigint, a.attname FROM pg_class c JOIN pg_namespace n ON n.oid = "
+        "c.relnamespace "
         "JOIN pg_index i ON i.indrelid = c.oid JOIN pg_attribute a ON a.attrelid = i.indexrelid "
-        "WHERE n.nspname = $1::text AND c.relname = $2::text AND i.indisunique AND i.indimmediate AND i.indisvalid "
+        "WHERE n.nspname = $1::text AND c.relname = $2::text AND i.indisunique AND i.indimmediate AND "
+        "i.indisvalid "
         "AND i.indpred IS NULL AND i.indexprs IS NULL AND a.attnum <= i.indnkeyatts ORDER BY 1, a.attnum";
     PostgresParameters name;
     name.add(std::string_view(settings_.schema)).add(std::string_view(table));
@@ -137,8 +140,8 @@ std::optional<TableShape> PostgresSession::shapeOf(const std::string& table) {
     if (columns.rows() == 0) return std::nullopt;
     TableShape shape;
     for (int i = 0; i < columns.rows(); ++i)
-        shape.columns.push_back({columns.text(i, 0), plainType(columns.text(i, 1)), columns.integer(i, 2) != 0,
-                                 columns.integer(i, 3) != 0});
+        shape.columns.push_back({columns.text(i, 0), plainType(columns.text(i, 1)),
+                                 columns.integer(i, 2) != 0, columns.integer(i, 3) != 0});
     const PostgresResult indexes = query(kIndexes, name);
     for (int i = 0; i < indexes.rows(); ++i) {
         if (i == 0 || indexes.integer(i, 0) != indexes.integer(i - 1, 0)) shape.uniqueIndexes.emplace_back();

@@ -26,7 +26,8 @@ KeptReject listedReject(const PostgresResult& result, int row) {
     kept.messageId = result.text(row, 2);
     kept.at = result.text(row, 3);
     kept.replayedAt = result.text(row, 4);
-    kept.reject = {stageOf(result.text(row, 5)), result.text(row, 6), result.text(row, 7), result.text(row, 8)};
+    kept.reject = {stageOf(result.text(row, 5)), result.text(row, 6), result.text(row, 7),
+                   result.text(row, 8)};
     kept.message.kind = result.text(row, 9);
     return kept;
 }
@@ -40,9 +41,10 @@ constexpr char kListed[] =
 std::optional<LedgerRow> PostgresSession::readLedger() {
     PostgresParameters source;
     source.add(std::string_view(settings_.source));
-    const PostgresResult row = query("SELECT epoch, array_to_string(ids, E'\\n'), array_to_string(old, E'\\n') FROM " +
-                                         tableName(kLedgerTable) + " WHERE source = $1::text FOR UPDATE",
-                                     source);
+    const PostgresResult row =
+        query("SELECT epoch, array_to_string(ids, E'\\n'), array_to_string(old, E'\\n') FROM " +
+                  tableName(kLedgerTable) + " WHERE source = $1::text FOR UPDATE",
+              source);
     if (row.rows() == 0) return std::nullopt;
     return LedgerRow{row.integer(0, 0), lines(row.text(0, 1)), lines(row.text(0, 2))};
 }
@@ -58,7 +60,11 @@ void PostgresSession::insertLedger() {
 bool PostgresSession::updateLedger(const LedgerRow& row, std::int64_t epoch) {
     PostgresArray ids = textArray(row.ids), old = textArray(row.old);
     PostgresParameters values;
-    values.add(row.epoch).add(ids.bytes()).add(old.bytes()).add(std::string_view(settings_.source)).add(epoch);
+    values.add(row.epoch)
+        .add(ids.bytes())
+        .add(old.bytes())
+        .add(std::string_view(settings_.source))
+        .add(epoch);
     return query("UPDATE " + tableName(kLedgerTable) +
                      " SET epoch = $1::bigint, ids = $2::text[], old = $3::text[], at = now() "
                      "WHERE source = $4::text AND epoch = $5::bigint",
@@ -78,8 +84,9 @@ bool PostgresSession::markReplayed(std::int64_t id) {
 std::int64_t PostgresSession::insertReject(const KeptReject& kept) {
     const std::string envelope = envelopeText(kept.message.envelope);
     PostgresParameters values;
-    for (const std::string& text : {settings_.source, kept.messageId, std::string(nameOf(kept.reject.stage)), kept.reject.key,
-                                    kept.reject.text, kept.reject.column, kept.message.kind, envelope})
+    for (const std::string& text :
+         {settings_.source, kept.messageId, std::string(nameOf(kept.reject.stage)), kept.reject.key,
+          kept.reject.text, kept.reject.column, kept.message.kind, envelope})
         values.add(std::string_view(text));
     if (kept.message.body) {
         values.add(std::string_view(*kept.message.body));
@@ -87,8 +94,10 @@ std::int64_t PostgresSession::insertReject(const KeptReject& kept) {
         values.addNull();
     }
     return query("INSERT INTO " + tableName(kRejectedTable) +
-                     " (source, message_id, at, stage, key, error, column_name, format, envelope, body) VALUES ($1::text, "
-                     "$2::text, now(), $3::text, $4::text, $5::text, $6::text, $7::text, $8::text, $9::bytea) RETURNING id",
+                     " (source, message_id, at, stage, key, error, column_name, format, envelope, body) "
+                     "VALUES ($1::text, "
+                     "$2::text, now(), $3::text, $4::text, $5::text, $6::text, $7::text, $8::text, "
+                     "$9::bytea) RETURNING id",
                  values)
         .integer(0, 0);
 }
@@ -108,9 +117,10 @@ std::vector<KeptReject> PostgresSession::listRejects(bool all, std::int64_t limi
 std::optional<KeptReject> PostgresSession::loadReject(std::int64_t id) {
     PostgresParameters which;
     which.add(std::string_view(settings_.source)).add(id);
-    const PostgresResult row = query(std::string(kListed) + ", encode(body, 'hex'), envelope FROM " +
-                                         tableName(kRejectedTable) + " WHERE source = $1::text AND id = $2::bigint",
-                                     which);
+    const PostgresResult row =
+        query(std::string(kListed) + ", encode(body, 'hex'), envelope FROM " + tableName(kRejectedTable) +
+                  " WHERE source = $1::text AND id = $2::bigint",
+              which);
     if (row.rows() == 0) return std::nullopt;
     KeptReject kept = listedReject(row, 0);
     if (!row.isNull(0, 10)) appendHexBytes(row.text(0, 10), kept.message.body.emplace());
@@ -120,11 +130,13 @@ std::optional<KeptReject> PostgresSession::loadReject(std::int64_t id) {
 
 void PostgresSession::changeReason(std::int64_t id, const Reject& reject) {
     PostgresParameters values;
-    for (const std::string& text : {std::string(nameOf(reject.stage)), reject.key, reject.text, reject.column})
+    for (const std::string& text :
+         {std::string(nameOf(reject.stage)), reject.key, reject.text, reject.column})
         values.add(std::string_view(text));
     values.add(id);
     query("UPDATE " + tableName(kRejectedTable) +
-              " SET stage = $1::text, key = $2::text, error = $3::text, column_name = $4::text WHERE id = $5::bigint",
+              " SET stage = $1::text, key = $2::text, error = $3::text, column_name = $4::text WHERE id = "
+              "$5::bigint",
           values);
 }
 
