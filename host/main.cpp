@@ -12,6 +12,7 @@
 #include "host/commands/Broker.h"
 #include "host/commands/Check.h"
 #include "host/commands/Discover.h"
+#include "host/commands/Rejects.h"
 #include "host/commands/Run.h"
 #include "host/commands/Send.h"
 #include "host/discovery/Report.h"
@@ -129,6 +130,33 @@ void addSend(CLI::App& send, host::SendOptions& options) {
         ->capture_default_str();
 }
 
+void addRejects(CLI::App& rejects, host::RejectsOptions& options) {
+    addConfiguration(rejects, options.session);
+    addLogLevel(rejects, options.session);
+    rejects.add_option("--plugin", options.plugin, "use this plug-in")->type_name("FILE");
+    CLI::Option* list =
+        rejects.add_flag("--list", options.list, "list those that were not sent again; the default");
+    rejects.add_flag("--all", options.all, "list those too that were sent again");
+    CLI::Option* show = rejects.add_option("--show", options.show, "show one with all that was kept of it")
+                            ->type_name("ID")
+                            ->check(countAboveZero())
+                            ->excludes(list);
+    CLI::Option* replay =
+        rejects.add_option("--replay", options.replay, "make a row of it under today's configuration")
+            ->type_name("ID|all")
+            ->check(CLI::Validator(
+                [](const std::string& text) {
+                    return text == "all" ? std::string() : countAboveZero()(text);
+                },
+                ""))
+            ->excludes(list)
+            ->excludes(show);
+    rejects.add_flag("--send", options.send, "send it back to its destination instead")->needs(replay);
+    addForm(rejects, "rows that go out as text", host::rowForms(), options.format);
+    rejects.add_option("--out", options.out, "append such rows to this file instead of standard output")
+        ->type_name("FILE");
+}
+
 void addBroker(CLI::App& broker, host::BrokerOptions& options) {
     broker.add_option("--port", options.port, "port on 127.0.0.1, 0 is any free one")
         ->type_name("PORT")
@@ -190,6 +218,7 @@ int execute(int argc, char** argv) {
     host::SendOptions sendOptions;
     host::BrokerOptions brokerOptions;
     host::CheckOptions checkOptions;
+    host::RejectsOptions rejectsOptions;
     const auto add = [&app](const char* name, const char* help) { return app.add_subcommand(name, help); };
     const Command commands[] = {
         {add("run", "feed the stream from the destination and write its rows"),
@@ -201,12 +230,15 @@ int execute(int argc, char** argv) {
          [&] { return host::runBroker(brokerOptions); }},
         {add("check", "name every problem of a configuration; connects nothing"),
          [&] { return host::checkConfiguration(checkOptions); }},
+        {add("rejects", "list, show and replay messages of which no row could be made"),
+         [&] { return host::runRejects(rejectsOptions); }},
     };
     addRun(*commands[0].parser, runOptions);
     addDiscover(*commands[1].parser, discoverOptions);
     addSend(*commands[2].parser, sendOptions);
     addBroker(*commands[3].parser, brokerOptions);
     addConfiguration(*commands[4].parser, checkOptions);
+    addRejects(*commands[5].parser, rejectsOptions);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

@@ -35,7 +35,8 @@ constexpr std::string_view kProperty = "property.";
 }  // namespace
 
 std::string faultOfSource(std::string_view from, std::uint32_t type) {
-    if (from.starts_with(kProperty) && from.size() > kProperty.size()) return {};
+    if (from == kProperty) return "is from \"property.\", which names none; it is written property.NAME.";
+    if (from.starts_with(kProperty)) return {};
     const auto nameOf = [](const Header& header) { return std::string_view(header.name); };
     const Header& header = nearest(kHeaders, from, nameOf);
     if (from != header.name)

@@ -1,9 +1,11 @@
 #include "host/configuration/SinkRules.h"
 
 #include <algorithm>
+#include <charconv>
 #include <map>
 
 #include "host/configuration/DatabaseUrls.h"
+#include "host/configuration/InForce.h"
 #include "host/process/Provider.h"
 #include "host/values/ModifiedUtf8.h"
 #include "host/values/Text.h"
@@ -78,12 +80,30 @@ void checkUrl(const Settings& settings, CheckResult& result) {
     result.problems.push_back("sink.url is " + inQuotes(settings.sink.url) + "; allowed are " + forms + ".");
 }
 
+// How many messages of a queue the client of ActiveMQ has sent ahead.
+std::int64_t queuePrefetch(const Settings& settings) {
+    std::int64_t prefetch = 1000;  // the client's own
+    for (const char* key : {"all=", "queuePrefetch="}) {
+        const std::string option = provider::optionBeginningWith(
+            urlInForce(settings), provider::kPrefetchOptions + std::string(key));
+        if (option.empty()) continue;
+        const size_t value = option.find('=') + 1;
+        std::from_chars(option.data() + value, option.data() + option.size(), prefetch);
+    }
+    return prefetch;
+}
+
+// The broker has as many of a queue out unsettled; the client tells it of half a prefetch taken, which then
+// makes room for more.
 void noteBatch(const Settings& settings, CheckResult& result) {
-    constexpr std::int64_t kMost = 200;  // as many of a queue as a broker reads from its store at a time
+    constexpr std::int64_t kMost = 200;
     if (!isQueue(settings) || !isAtActiveMq(settings) || batchSizeOf(settings) <= kMost) return;
-    result.notes.push_back("connection.batchsize is " + std::to_string(batchSizeOf(settings)) +
-                           "; a broker of ActiveMQ may hand out 200 messages of a queue and wait for them "
-                           "to be settled, so that a larger batch is one only after sink.commitMillis.");
+    if (queuePrefetch(settings) <= 2 * kMost) return;
+    result.notes.push_back(
+        "connection.batchsize is " + std::to_string(batchSizeOf(settings)) +
+        "; with a prefetch above 400 a broker of ActiveMQ hands out 200 messages of a queue "
+        "and waits for their commit, which comes after sink.commitMillis; host.prefetch = "
+        "400 lets larger batches through.");
 }
 
 void noteLosses(const Settings& settings, CheckResult& result) {

@@ -38,9 +38,8 @@ Session::Session(Settings sound, std::optional<int> logLevel)
         if (heard != nullptr && level <= kErrorLevel) heard->logged.emplace_back(text);
         if (level <= shown) sayModified("log " + std::to_string(level) + ": ", text);
     };
-    std::vector<std::string> options = connectorOptions(settings);
-    options.insert(options.end(), settings.jvmOptions.begin(), settings.jvmOptions.end());
-    startJvm(path, options);
+    startJvm(path, settings.jvmOptions);
+    for (const std::string& property : connectorProperties(settings)) setJavaProperty(property);
 }
 
 Session::~Session() { setErrorSink({}); }

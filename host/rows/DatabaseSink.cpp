@@ -1,6 +1,5 @@
 #include "host/rows/DatabaseSink.h"
 
-#include <charconv>
 #include <ctime>
 #include <unordered_set>
 #include <utility>
@@ -11,6 +10,7 @@
 #include "host/process/Failure.h"
 #include "host/process/Signals.h"
 #include "host/rows/Rejects.h"
+#include "host/values/ReplayMark.h"
 #include "host/values/Text.h"
 
 namespace host {
@@ -18,14 +18,6 @@ namespace host {
 namespace {
 
 constexpr std::chrono::milliseconds kLookAgain(250);
-
-constexpr std::int64_t kNoReplay = 0;
-
-std::int64_t replayId(const std::string& text) {
-    std::int64_t id = kNoReplay;
-    std::from_chars(text.data(), text.data() + text.size(), id);
-    return id;
-}
 
 std::string describe(const Holder& holder) {
     std::string text;
@@ -143,7 +135,7 @@ DatabaseSink::Work DatabaseSink::workOf(const Batch& batch) const {
         work.ids.push_back(storedLine(ids[i]));
         if (!ledger_.knows(work.ids[i]) && seen.insert(work.ids[i]).second) work.fresh.push_back(i);
     }
-    for (const std::string& text : replays) work.replays.push_back(replayId(text));
+    for (const std::string& text : replays) work.replays.push_back(replayedId(text, settings_.source));
     work.replays.resize(count, kNoReplay);
     return work;
 }
@@ -241,7 +233,7 @@ void DatabaseSink::keepRejects(Work& work) {
         kept.messageId = id;
         kept.reject = {one.reject.stage, storedLine(one.reject.key), storedLine(one.reject.text),
                        storedLine(one.reject.column)};
-        kept.message = work.batch->envelopes->copyOf(one.message);
+        kept.message = copyToKeep(*work.batch->envelopes, one.message, id);
         kept.message.kind = storedLine(kept.message.kind);
         one.id = session_->insertReject(kept);
     }

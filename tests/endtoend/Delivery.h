@@ -30,6 +30,9 @@ class Delivery : public ::testing::Test {
 protected:
     const Scratch scratch;
     std::string rows = scratch.path("rows");
+    std::string column = "Shares";  // has the numbers
+    int lowest = 0;                 // of those counted last
+    int highest = 0;
     std::mt19937 random{20240229};
 
     Texts run(const std::string& config, const Texts& more = {}) const {
@@ -41,17 +44,18 @@ protected:
         std::this_thread::sleep_for(Seconds(std::uniform_real_distribution<>(low, high)(random)));
     }
     // How many different numbers are in the rows, and how many of them again.
-    std::pair<int, int> counted() const {
+    std::pair<int, int> counted() {
         std::set<int> different;
         int repeats = 0;
         const std::string text = read(rows);
-        const std::string name = "\"Shares\":";
+        const std::string name = "\"" + column + "\":";
         for (size_t at = text.find(name); at != std::string::npos; at = text.find(name, at + 1)) {
             if (!different.insert(std::atoi(text.c_str() + at + name.size())).second) ++repeats;
         }
+        if (!different.empty()) lowest = *different.begin(), highest = *different.rbegin();
         return {static_cast<int>(different.size()), repeats};
     }
-    int report(const std::string& what, int messages, int kills) const {
+    int report(const std::string& what, int messages, int kills) {
         const auto [different, repeats] = counted();
         EXPECT_EQ(different, messages) << what;
         std::cout << what << ": " << messages << " messages, " << kills << " kills, " << messages - different << " missing, " << repeats

@@ -35,6 +35,18 @@ TEST(Console, ShowsNoPassword) {
         for (const char* password : {"secret", "s,e)c(r;et", "\xC3\xA4%"})
             EXPECT_EQ(host::withoutSecrets(with(row, password)), with(row, "***"));
     }
+    // What a database takes between user and host is more than other URLs may have there.
+    const std::string databases[] = {
+        "sink.url is \"postgresql://user:#@host:5432/trades?sslmode=require\"; allowed is x",
+        "postgresql://user:#@a:1,b:2/d?sslpassword=*** is away",
+        "postgres://user:#@host",
+        "FATAL: postgresql://user@host:5432/d (a@b: no such role)",
+        "\"postgresql://host:5432/d?user=u&password=***\", asked a@b",
+    };
+    for (const std::string& row : databases) {
+        for (const char* password : {"secret", "s,e)c(r;et", "a/b", "a?b#c", "a\"b", "p@ss", "a://b:c", "a b"})
+            EXPECT_EQ(host::withoutSecrets(with(row, password)), with(row, "***"));
+    }
     // Where an option or a text has quotes of its own, more may be part of it.
     const std::string quoted = R"(host.jvmOptions has "-Dx.password=#"; allowed is x.)";
     for (const char* password : {"a b", "a&b=c", "a\"b", "a,b:c"})
