@@ -100,11 +100,12 @@ public:
     // Sets replayed_at; false: it was set before, or there is no such reject.
     virtual bool markReplayed(std::int64_t id) = 0;
 
-    // How write treats a change that fails. Either is exact; with `kInOneGo` nothing may be in the
-    // transaction before, because it may be begun anew.
+    // How write treats a change that fails. Each is exact; with `kInOneGo` nothing may be in the transaction
+    // before, because it may be begun anew.
     enum class Care {
         kInOneGo,
-        kOneByOne,  // also finds out who breaks a constraint that is checked at the commit only
+        kOneByOne,
+        kStrict,  // so, and each must keep at once what is else checked at the commit: finds out who does not
     };
 
     // Writes the ledger, where there is an update of it, and the changes in their order; false: the epoch is

@@ -65,13 +65,6 @@ std::vector<std::string> lines(const std::string& text) {
     return all;
 }
 
-int nibble(char digit) { return digit <= '9' ? digit - '0' : (digit | 0x20) - 'a' + 10; }
-
-void appendBytes(std::string_view digits, std::string& out) {
-    for (size_t i = 0; i + 1 < digits.size(); i += 2)
-        out += static_cast<char>(nibble(digits[i]) << 4 | nibble(digits[i + 1]));
-}
-
 DatabaseError errorOf(const SqliteError& error) {
     constexpr std::string_view kNotNull = "NOT NULL constraint failed: ";
     const std::string text = error.what();
@@ -301,7 +294,7 @@ void SqliteSession::bindValue(SqliteStatement& statement, size_t column, const V
                 statement.bind(parameter, count);
                 break;
             case ValueForm::kBytes:
-                appendBytes(text, held);
+                appendHexBytes(text, held);
                 statement.bindBytes(parameter, held);
                 break;
             default:
@@ -361,7 +354,7 @@ bool SqliteSession::write(const LedgerUpdate* ledger, const std::vector<Change>&
         if (ledger != nullptr && !writeLedger(*ledger)) return false;
         for (size_t i = 0; i < changes.size(); ++i) {
             std::optional<Reject> reject =
-                care == Care::kOneByOne ? writeAlone(changes[i]) : writeOne(changes[i]);
+                care == Care::kStrict ? writeAlone(changes[i]) : writeOne(changes[i]);
             if (reject) refused.push_back({i, std::move(*reject)});
         }
         return true;

@@ -13,6 +13,8 @@ namespace {
 
 constexpr char kReplacement[] = "\xEF\xBF\xBD";
 
+int nibble(char digit) { return digit <= '9' ? digit - '0' : (digit | 0x20) - 'a' + 10; }
+
 struct Member {
     const char* name;
     std::string EnvelopeField::*text;
@@ -28,6 +30,11 @@ std::string validUtf8(std::string_view text) {
 }
 
 }  // namespace
+
+void appendHexBytes(std::string_view digits, std::string& out) {
+    for (size_t i = 0; i + 1 < digits.size(); i += 2)
+        out += static_cast<char>(nibble(digits[i]) << 4 | nibble(digits[i + 1]));
+}
 
 std::string storedLine(std::string_view text) { return oneLine(validUtf8(text)); }
 

@@ -46,7 +46,7 @@ struct DatabaseSink::Work {
     std::vector<std::string> ids;       // of all its messages, as the ledger has them
     std::vector<std::int64_t> replays;  // of each, where any is sent again
     std::vector<size_t> fresh;          // the messages that were not kept before
-    bool isOneByOne = false;
+    DatabaseSession::Care care = DatabaseSession::Care::kInOneGo;
     bool isCommitting = false;  // the last try may have been committed
 
     // What the last try came to.
@@ -187,19 +187,18 @@ bool DatabaseSink::attempt(Work& work) {
     gather(work, changes, messages);
     std::vector<Refused> refused;
     const LedgerUpdate update = ledger_.update(work.ids);
-    const auto care = work.isOneByOne ? DatabaseSession::Care::kOneByOne : DatabaseSession::Care::kInOneGo;
-    if (!session_->write(&update, changes, care, refused)) giveUpSource();
+    if (!session_->write(&update, changes, work.care, refused)) giveUpSource();
     for (Refused& one : refused) work.rejected.push_back({messages[one.change], std::move(one.reject)});
     work.rows = static_cast<std::int64_t>(changes.size() - refused.size());
     keepRejects(work);
     work.isCommitting = true;
     if (session_->commit()) return true;
     work.isCommitting = false;
-    if (work.isOneByOne)
+    if (work.care == DatabaseSession::Care::kStrict)
         throw Failure(
             "The database refuses the batch at its commit, though it took each of its rows; nothing of it "
             "was kept.");
-    work.isOneByOne = true;
+    work.care = DatabaseSession::Care::kStrict;
     return false;
 }
 
@@ -208,7 +207,8 @@ void DatabaseSink::gather(Work& work, std::vector<Change>& changes, std::vector<
     for (const size_t i : work.fresh) {
         const BatchMessage& message = work.batch->messages[i];
         if (work.replays[i] != kNoReplay) {
-            work.isOneByOne = true;  // the mark must not be rolled back with somebody else's row
+            // The mark must not be rolled back with somebody else's row.
+            if (work.care == DatabaseSession::Care::kInOneGo) work.care = DatabaseSession::Care::kOneByOne;
             if (!session_->markReplayed(work.replays[i])) {
                 ++work.repeated;
                 continue;

@@ -4,7 +4,7 @@
 namespace database {
 namespace {
 
-INSTANTIATE_TEST_SUITE_P(Of, Sinks, testing::Values("sqlite"));
+INSTANTIATE_TEST_SUITE_P(Of, Sinks, testing::Values("sqlite", "postgresql"));
 
 // Each opcode on a key that is there, and on one that is not.
 TEST_P(Sinks, OpcodesActOnTheTable) {

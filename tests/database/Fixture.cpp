@@ -37,9 +37,68 @@ private:
     const std::string folder_ = newFolder();
 };
 
+// The server of all tests of a process.
+class Cluster {
+public:
+    Cluster() { start(); }
+    ~Cluster() {
+        stop("immediate");
+        std::filesystem::remove_all(folder_);
+    }
+    Cluster(const Cluster&) = delete;
+    Cluster& operator=(const Cluster&) = delete;
+
+    bool isThere() const { return url_.starts_with("postgresql:"); }
+    void start() {
+        url_ = outputOf(KEL_SOURCE_DIR "/tools/private-postgresql start " + folder_);
+        url_ = url_.substr(0, url_.find('\n'));
+    }
+    void stop(const std::string& how) const { outputOf(KEL_SOURCE_DIR "/tools/private-postgresql stop " + folder_ + ' ' + how); }
+    const std::string& folder() const { return folder_; }
+    std::string url(const std::string& database) const {
+        std::string url = url_;
+        return url.replace(url.find("/postgres?"), std::string("/postgres").size(), '/' + database);
+    }
+
+private:
+    const std::string folder_ = newFolder();
+    std::string url_;
+};
+
+Cluster& cluster() {
+    static Cluster one;
+    return one;
+}
+
+class Postgres : public Server {
+public:
+    Postgres() {
+        static int count = 0;
+        database_ = "d" + std::to_string(++count);
+        run("postgres", "CREATE DATABASE " + database_);
+    }
+    ~Postgres() override { run("postgres", "DROP DATABASE " + database_ + " WITH (FORCE)"); }
+    std::string url() const override { return cluster().url(database_); }
+    std::string socket() const override { return cluster().folder() + "/.s.PGSQL.5432"; }
+    std::string ask(const std::string& statements) const override { return run(database_, statements); }
+    void stop() override { cluster().stop("immediate"); }
+    void start() override { cluster().start(); }
+
+private:
+    static std::string run(const std::string& database, const std::string& statements) {
+        const std::string file = testing::TempDir() + "kel-database.sql";
+        std::ofstream(file) << statements;
+        return outputOf("psql -X -q -A -t -P null='~' -f " + file + " '" + cluster().url(database) + "'");
+    }
+    std::string database_;
+};
+
 }  // namespace
 
-std::unique_ptr<Server> makeServer(const std::string&) { return std::make_unique<Sqlite>(); }
+std::unique_ptr<Server> makeServer(const std::string& kind) {
+    if (kind == "sqlite") return std::make_unique<Sqlite>();
+    return cluster().isThere() ? std::make_unique<Postgres>() : nullptr;
+}
 
 Messages::Messages(const host::RowType& type, std::vector<Sent> sent) : sent_(std::move(sent)) {
     std::int64_t sequence = 0;

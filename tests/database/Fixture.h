@@ -53,6 +53,9 @@ public:
     virtual std::string url() const = 0;
     // Runs statements by the database's command-line client; rows a line each, values between "|", null "~".
     virtual std::string ask(const std::string& statements) const = 0;
+    virtual std::string socket() const { return ""; }  // of a server
+    virtual void stop() {}                             // as by a power cut
+    virtual void start() {}
 };
 
 // Null where the machine has no such database.
