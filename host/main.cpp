@@ -228,7 +228,7 @@ int execute(int argc, char** argv) {
         {add("send", "put messages on the destination"), [&] { return host::sendMessages(sendOptions); }},
         {add("broker", "serve as an ActiveMQ broker on 127.0.0.1 and print its URL"),
          [&] { return host::runBroker(brokerOptions); }},
-        {add("check", "name every problem of a configuration; connects nothing"),
+        {add("check", "name every problem of a configuration"),
          [&] { return host::checkConfiguration(checkOptions); }},
         {add("rejects", "list, show and replay messages of which no row could be made"),
          [&] { return host::runRejects(rejectsOptions); }},
@@ -238,6 +238,7 @@ int execute(int argc, char** argv) {
     addSend(*commands[2].parser, sendOptions);
     addBroker(*commands[3].parser, brokerOptions);
     addConfiguration(*commands[4].parser, checkOptions);
+    commands[4].parser->add_flag("--connect", checkOptions.connect, "look into the database of the sink too");
     addRejects(*commands[5].parser, rejectsOptions);
     try {
         app.parse(argc, argv);

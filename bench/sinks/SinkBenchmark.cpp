@@ -1,8 +1,8 @@
 // A database's sink alone: batches of rows that are handed over one after another, for some seconds.
 //
-// bench_sinks URL append|upsert|mixed BATCH all|1000 SECONDS: the keys are all different, or of a thousand. Prints a
-// line: form, batch, keys, rows a second that the sink keeps, the same with the time in which the rows are made, and
-// the processor's time that this process takes to keep a row, in microseconds.
+// bench_sinks URL append|upsert|mixed BATCH all|1000 SECONDS: the keys are all different, or of a thousand.
+// Prints a line: form, batch, keys, rows a second that the sink keeps, the same with the time in which the
+// rows are made, and the processor's time that this process takes to keep a row, in microseconds.
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -85,7 +85,11 @@ private:
     char opFor(size_t key) {
         if (form_ != "mixed") return 'p';
         const std::uint64_t choice = random() % 5;
-        const char op = choice == 0 ? 'p' : choice == 1 ? 's' : !isThere_[key] ? 'i' : choice == 2 ? 'u' : 'd';
+        const char op = choice == 0      ? 'p'
+                        : choice == 1    ? 's'
+                        : !isThere_[key] ? 'i'
+                        : choice == 2    ? 'u'
+                                         : 'd';
         isThere_[key] = op != 'd' && op != 's';
         return op;
     }
@@ -95,15 +99,15 @@ private:
         const size_t key = areDifferent_ ? static_cast<size_t>(n) : random() % kKeys;
         const char op = opFor(areDifferent_ ? 0 : key);
         const auto part = [n](long long unit, long long count) { return static_cast<int>(n / unit % count); };
-        std::vector<host::Value> values = {
-            formatted("K%011zu", key),
-            std::int64_t{n},
-            static_cast<double>(random() % 1000000) / 100,
-            formatted("2026-11-21 %02d:%02d:%02d.%03d", part(3600000, 24), part(60000, 60), part(1000, 60), part(1, 1000)),
-            std::string(n % 2 == 1 ? "BUY" : "SELL"),
-            static_cast<std::int64_t>(random() % 10000),
-            n % 2 == 1,
-            std::string("account 12345 desk EQ1")};
+        std::vector<host::Value> values = {formatted("K%011zu", key),
+                                           std::int64_t{n},
+                                           static_cast<double>(random() % 1000000) / 100,
+                                           formatted("2026-11-21 %02d:%02d:%02d.%03d", part(3600000, 24),
+                                                     part(60000, 60), part(1000, 60), part(1, 1000)),
+                                           std::string(n % 2 == 1 ? "BUY" : "SELL"),
+                                           static_cast<std::int64_t>(random() % 10000),
+                                           n % 2 == 1,
+                                           std::string("account 12345 desk EQ1")};
         return std::unique_ptr<host::ServerRow>(new host::ServerRow{&type, "t", op, n, std::move(values)});
     }
 
@@ -116,7 +120,8 @@ private:
     std::uint64_t state_ = 88172645463325252ULL;
 };
 
-void run(const std::string& url, const std::string& form, size_t size, const std::string& keys, double limit) {
+void run(const std::string& url, const std::string& form, size_t size, const std::string& keys,
+         double limit) {
     host::SinkSettings settings;
     settings.url = url;
     settings.table = "t_" + form;

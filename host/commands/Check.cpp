@@ -2,16 +2,31 @@
 
 #include "host/configuration/Gate.h"
 #include "host/connection/Plugin.h"
+#include "host/database/Schema.h"
 #include "host/process/Console.h"
 #include "host/process/Failure.h"
 #include "host/process/Output.h"
 
 namespace host {
 
+namespace {
+
+// Only a configuration that is sound says what to connect to.
+void checkDatabase(const Settings& settings, const std::string& place, CheckResult& result) {
+    if (!hasSink(settings) || !result.problems.empty()) return;
+    const RowType streamType(settings.streamName, streamColumns(settings));
+    for (const std::string& problem : databaseProblems(settings.sink, streamType))
+        result.problems.push_back(place + ": " + problem);
+    if (result.problems.empty()) result.notes.push_back(place + ": note: the database can take the rows.");
+}
+
+}  // namespace
+
 int checkConfiguration(const CheckOptions& options) {
     Output output;
     CheckResult result;
     if (const auto settings = examine(options.config, options.overrides, StreamSection::kNeeded, result)) {
+        if (options.connect) checkDatabase(*settings, options.config, result);
         try {
             const Plugin plugin(pluginFor(*settings));
         } catch (const Failure& failure) {

@@ -1,4 +1,5 @@
-// kel-adapter-host check: every problem of a configuration at once, without connecting to anything.
+// kel-adapter-host check: every problem of a configuration at once, without connecting to anything unless
+// asked to.
 #pragma once
 
 #include <string>
@@ -9,6 +10,7 @@ namespace host {
 struct CheckOptions {
     std::string config;
     std::vector<std::string> overrides;  // section.name=value
+    bool connect = false;                // look into the database too, changing nothing
 };
 
 // Prints problems and notes, or that there is no problem, on standard output. The exit code.

@@ -16,15 +16,15 @@ std::int64_t settleAfter(const Settings& settings) {
     return isDurable(settings) && !hasSink(settings) ? 1 : kUncommitted;
 }
 
-std::vector<std::string> connectorOptions(const Settings& settings) {
+std::vector<std::string> connectorProperties(const Settings& settings) {
     std::vector<std::string> options;
     if (!settings.serverSettles) {
-        options.emplace_back("-Dkel.jms.settle=host");
-        if (hasSink(settings)) options.emplace_back("-Dkel.jms.transacted=true");
-        options.push_back("-Dkel.jms.settleAfter=" + std::to_string(settleAfter(settings)));
-        options.push_back("-Dkel.jms.settleMillis=" + std::to_string(settings.sink.commitMillis));
+        options.emplace_back("kel.jms.settle=host");
+        if (hasSink(settings)) options.emplace_back("kel.jms.transacted=true");
+        options.push_back("kel.jms.settleAfter=" + std::to_string(settleAfter(settings)));
+        options.push_back("kel.jms.settleMillis=" + std::to_string(settings.sink.commitMillis));
     }
-    if (!settings.selector.empty()) options.push_back("-Dkel.jms.selector=" + settings.selector);
+    if (!settings.selector.empty()) options.push_back("kel.jms.selector=" + settings.selector);
     return options;
 }
 

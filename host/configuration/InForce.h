@@ -11,8 +11,9 @@ namespace host {
 // How many messages at most wait for one settling by this host.
 std::int64_t settleAfter(const Settings& settings);
 
-// The options of the JVM by which the connector knows who settles messages and when, and which are wanted.
-std::vector<std::string> connectorOptions(const Settings& settings);
+// The system properties, as name=value in UTF-8, by which the connector knows who settles messages and when,
+// and which are wanted.
+std::vector<std::string> connectorProperties(const Settings& settings);
 
 // The provider's address, in modified UTF-8, with what a sink and host.prefetch ask of the provider's client.
 // What the configured one says already stays as it says it.

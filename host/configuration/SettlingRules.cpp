@@ -1,10 +1,5 @@
 #include "host/configuration/SettlingRules.h"
 
-#include <langinfo.h>
-#include <locale.h>
-
-#include <algorithm>
-
 #include "host/configuration/InForce.h"
 #include "host/process/Provider.h"
 #include "host/values/ModifiedUtf8.h"
@@ -44,24 +39,10 @@ void checkPrefetch(const Settings& settings, CheckResult& result) {
                                   "; only one of them may be there.");
 }
 
-// The JVM reads its options in the locale of the process.
-bool canPassBeyondAscii() {
-    const locale_t locale = ::newlocale(LC_CTYPE_MASK, "", nullptr);
-    if (locale == nullptr) return false;
-    const bool isUtf8 = std::string_view(::nl_langinfo_l(CODESET, locale)) == "UTF-8";
-    ::freelocale(locale);
-    return isUtf8;
-}
-
 void checkSelector(const Settings& settings, CheckResult& result) {
     const std::string& selector = settings.selector;
-    const bool isAscii = std::all_of(selector.begin(), selector.end(), [](char c) { return c > 0; });
-    if (selector.find('\0') != std::string::npos) {
+    if (selector.find('\0') != std::string::npos)
         result.problems.push_back("host.selector is " + inQuotes(selector) + "; it must not have U+0000.");
-    } else if (!isAscii && !canPassBeyondAscii()) {
-        result.problems.push_back("host.selector is " + inQuotes(selector) +
-                                  "; letters beyond ASCII need a locale of UTF-8, as with LC_ALL=C.UTF-8.");
-    }
     if (!selector.empty() && isDurable(settings))
         result.notes.emplace_back(
             "host.selector belongs to the durable subscription: when it is changed, the provider makes the "

@@ -13,6 +13,9 @@ struct AdapterError {
     std::string column;    // "": no column is to blame
 };
 
+// Says it on standard error.
+void tellError(const char* text);
+
 // While it lives, errors that are reported on its thread are kept here instead of going to standard error;
 // one at a time a thread.
 class HeardErrors {

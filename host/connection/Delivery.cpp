@@ -53,6 +53,12 @@ public:
         return answer == JNI_TRUE;
     }
 
+    int number() {
+        const jint answer = env_->CallStaticIntMethod(door().type, method_);
+        check();
+        return answer;
+    }
+
     template <typename Reference, typename... Arguments>
     LocalRef<Reference> get(Arguments... arguments) {
         const jobject answer = env_->CallStaticObjectMethod(door().type, method_, arguments...);
@@ -125,6 +131,8 @@ std::optional<std::string> inUtf8(const std::optional<std::string>& text) {
 }
 
 }  // namespace
+
+size_t Delivery::count() { return static_cast<size_t>(Call(delivery::kCount).number()); }
 
 std::vector<std::string> Delivery::ids() {
     Call call(delivery::kTaken);

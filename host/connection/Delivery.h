@@ -24,6 +24,7 @@ inline constexpr contract::Method kMethods[] = {
     {"isLost", "()Z"},
     {"settle", "()Z"},
     {"forget", "()Z"},
+    {"count", "()I"},
 };
 inline constexpr const contract::Method& kTaken = kMethods[0];
 inline constexpr const contract::Method& kHeader = kMethods[1];
@@ -35,6 +36,7 @@ inline constexpr const contract::Method& kDescribe = kMethods[6];
 inline constexpr const contract::Method& kIsLost = kMethods[7];
 inline constexpr const contract::Method& kSettle = kMethods[8];
 inline constexpr const contract::Method& kForget = kMethods[9];
+inline constexpr const contract::Method& kCount = kMethods[10];
 }  // namespace delivery
 
 // Everything runs on the thread that receives, and is about the connector that it receives from. Throws
@@ -43,6 +45,8 @@ class Delivery : public Envelopes {
 public:
     // One a message taken; none where the message has no such header or property.
     using Values = std::vector<std::optional<std::string>>;
+
+    size_t count();  // of the messages
 
     std::vector<std::string> ids() override;
     std::vector<std::string> replayOf() override;

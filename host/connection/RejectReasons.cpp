@@ -82,12 +82,13 @@ Reject silent(const Settings& settings, Delivery* delivery, size_t message) {
 
 }  // namespace
 
-Reject reasonOf(const Settings& settings, const HeardErrors& heard, Delivery* delivery, size_t message) {
+Reject reasonOf(const Settings& settings, HeardErrors& heard, Delivery* delivery, size_t message) {
     if (delivery != nullptr) {
         if (auto refusal = delivery->refusal(message)) return {Stage::kReceive, "", std::move(*refusal), ""};
     }
     if (!heard.errors.empty()) {
-        const AdapterError& error = heard.errors.back();
+        const AdapterError error = std::move(heard.errors.back());
+        heard.errors.pop_back();
         return {error.isOfRow ? Stage::kType : Stage::kParse, keyOf(error.text), toUtf8(error.text),
                 toUtf8(error.column)};
     }

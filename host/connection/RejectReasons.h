@@ -9,6 +9,7 @@ namespace host {
 
 // The connector's own reason, else what the adapter reported or logged, else what only a look at the message
 // can tell: the adapter passes over in silence what is for another stream. `delivery` null: nobody can look.
-Reject reasonOf(const Settings& settings, const HeardErrors& heard, Delivery* delivery, size_t message);
+// The error that is the reason is taken from `heard`.
+Reject reasonOf(const Settings& settings, HeardErrors& heard, Delivery* delivery, size_t message);
 
 }  // namespace host

@@ -116,6 +116,7 @@ void RunLoop::settle() {
         drop();
         return;
     }
+    checkAlignment();
     if (envelope_) envelope_->fill(batch_, *settlement_->delivery());
     try {
         count(sink_.keep(batch_));
@@ -125,6 +126,15 @@ void RunLoop::settle() {
     }
     sink_.settled(settlement_->settle());
     beginBatch();
+}
+
+// The rows' messages are found by their numbers alone.
+void RunLoop::checkAlignment() {
+    Delivery* delivery = settlement_->delivery();
+    if (delivery == nullptr || delivery->count() == batch_.messages.size()) return;
+    throw Failure("The adapter counts " + std::to_string(batch_.messages.size()) +
+                  " messages since the last settling and the connector " + std::to_string(delivery->count()) +
+                  ", so nobody knows which row is of which; none of them is settled, and they come again.");
 }
 
 // The messages come again, so the rows are nobody's.

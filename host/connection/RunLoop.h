@@ -45,6 +45,7 @@ private:
     void take();
     bool isDue(Clock::time_point now) const;
     void settle();
+    void checkAlignment();
     void drop();
     void beginBatch();
     void count(const Kept& kept);

@@ -27,7 +27,7 @@ Session::Session(Settings sound, std::optional<int> logLevel)
         if (HeardErrors* heard = HeardErrors::ofThisThread()) {
             heard->errors.push_back({text, fault != nullptr, fault != nullptr ? fault->column : ""});
         } else {
-            sayModified("error: ", text);
+            tellError(text);
         }
     });
     context.adapterName = settings.streamName;
@@ -38,9 +38,8 @@ Session::Session(Settings sound, std::optional<int> logLevel)
         if (heard != nullptr && level <= kErrorLevel) heard->logged.emplace_back(text);
         if (level <= shown) sayModified("log " + std::to_string(level) + ": ", text);
     };
-    std::vector<std::string> options = connectorOptions(settings);
-    options.insert(options.end(), settings.jvmOptions.begin(), settings.jvmOptions.end());
-    startJvm(path, options);
+    startJvm(path, settings.jvmOptions);
+    for (const std::string& property : connectorProperties(settings)) setJavaProperty(property);
 }
 
 Session::~Session() { setErrorSink({}); }

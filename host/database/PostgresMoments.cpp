@@ -38,7 +38,8 @@ std::optional<std::int64_t> postgresMoment(std::string_view text) {
     seconds = seconds * 60 + take(text);
     seconds = seconds * 60 + take(text);
     std::int64_t fraction = 0;
-    for (size_t i = 0; i < kMicrosecondDigits; ++i) fraction = fraction * 10 + (i < text.size() ? text[i] - '0' : 0);
+    for (size_t i = 0; i < kMicrosecondDigits; ++i)
+        fraction = fraction * 10 + (i < text.size() ? text[i] - '0' : 0);
     return seconds * 1'000'000 + fraction;
 }
 

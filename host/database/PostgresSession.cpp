@@ -28,10 +28,12 @@ std::chrono::milliseconds silence(const SinkSettings& settings) {
 // Whatever the role or the database has for these.
 std::vector<std::string> sessionSettings(const SinkSettings& settings, int version) {
     const std::string lease = std::to_string(settings.leaseSeconds) + "s'";
+    // A commit that the server only promises may be gone after a power cut, and its messages with it.
+    constexpr char kDurable[] =
+        "SELECT set_config('synchronous_commit', 'on', false) "
+        "WHERE current_setting('synchronous_commit') IN ('off', 'local')";
     std::vector<std::string> all = {
-        // A commit that the server only promises may be gone after a power cut, and its messages with it.
-        "SELECT set_config('synchronous_commit', 'on', false) WHERE current_setting('synchronous_commit') IN "
-        "('off', 'local')",
+        kDurable,
         "SET timezone = 'UTC'",
         "SET datestyle = 'ISO, YMD'",
         "SET standard_conforming_strings = on",

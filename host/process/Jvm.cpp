@@ -9,6 +9,8 @@
 #include "host/process/Failure.h"
 #include "host/process/Installation.h"
 #include "host/process/Provider.h"
+#include "host/values/ModifiedUtf8.h"
+#include "jms/JniReferences.h"
 #include "toolkit/kel_java_native.h"
 
 namespace fs = std::filesystem;
@@ -77,6 +79,34 @@ void startJvm(const std::string& classPath, const std::vector<std::string>& opti
     if (const jint result = createJavaVm(&jvm, &environment, &arguments); result != JNI_OK)
         throw Failure(std::string("The Java virtual machine does not start: ") + meaning(result) + ".");
     _globaljvm = jvm;
+}
+
+void setJavaProperty(const std::string& property) {
+    void* environment = nullptr;
+    _globaljvm->GetEnv(&environment, JNI_VERSION_10);
+    auto* env = static_cast<JNIEnv*>(environment);
+    const auto javaText = [env](std::string_view utf8) {
+        std::string modified;
+        appendModifiedUtf8(utf8, modified);
+        return LocalRef<jstring>(env, env->NewStringUTF(modified.c_str()));
+    };
+    const size_t equals = property.find('=');
+    const LocalRef<jclass> system(env, env->FindClass("java/lang/System"));
+    const jmethodID set =
+        system ? env->GetStaticMethodID(system.get(), "setProperty",
+                                        "(Ljava/lang/String;Ljava/lang/String;)Ljava/lang/String;")
+               : nullptr;
+    if (set != nullptr) {
+        const auto name = javaText(std::string_view(property).substr(0, equals));
+        const auto value = javaText(std::string_view(property).substr(equals + 1));
+        const LocalRef<jobject> former(
+            env, env->CallStaticObjectMethod(system.get(), set, name.get(), value.get()));
+    }
+    if (env->ExceptionCheck() == JNI_FALSE) return;
+    env->ExceptionDescribe();
+    env->ExceptionClear();
+    throw Failure("The system property " + property.substr(0, equals) +
+                  " could not be set; the reason stands above.");
 }
 
 JvmThread::~JvmThread() {

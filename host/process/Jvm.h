@@ -11,6 +11,10 @@ namespace host {
 // after this host's own and may override them. Throws Failure.
 void startJvm(const std::string& classPath, const std::vector<std::string>& options);
 
+// Sets the system property "name=value", in UTF-8: an option of the JVM is read in the process's locale, and
+// so loses letters. Behind startJvm, on its thread. Throws Failure.
+void setJavaProperty(const std::string& property);
+
 // Lives as long as a thread that may become attached to the JVM, and detaches it at its end.
 class JvmThread {
 public:

@@ -240,7 +240,7 @@ void DatabaseSink::keepRejects(Work& work) {
         kept.messageId = id;
         kept.reject = {one.reject.stage, storedLine(one.reject.key), storedLine(one.reject.text),
                        storedLine(one.reject.column)};
-        kept.message = work.batch->envelopes->copyOf(one.message);
+        kept.message = copyToKeep(*work.batch->envelopes, one.message, id);
         kept.message.kind = storedLine(kept.message.kind);
         one.id = session_->insertReject(kept);
     }

@@ -283,7 +283,7 @@ public final class JmsConnector {
         boolean isDealtWith = false;
         try {
             if (memory.isToBlame(message)) {
-                boolean kept = batch == null && link.keepAside(message);
+                boolean kept = link.keepAside(message);
                 isDealtWith = !link.hasEnded();
                 if (isDealtWith) sayBlamed(message, e, kept);
             }

@@ -54,10 +54,11 @@ public class DeliveryTest extends BrokerFixture {
         assertTrue(next.disconnect());
     }
 
+    /** Long before the time that a receive waits. */
     private static void checkNothingAtOnce(JmsConnector connector) {
         long start = System.nanoTime();
         assertEquals("", connector.receiveTextMessage());
-        assertTrue("at once", System.nanoTime() - start < 150_000_000L);
+        assertTrue("at once", System.nanoTime() - start < 2_000_000_000L);
     }
 
     @Test
@@ -73,7 +74,7 @@ public class DeliveryTest extends BrokerFixture {
             assertEquals(0, Delivery.taken().length);
             assertEquals(numbers(4, 5), receive(connector, 2));
             connector.commitTransaction();
-            checkNothingAtOnce(connector);
+            assertEquals("", connector.receiveTextMessage());
             assertFalse("ended it is not yet", Delivery.isLost());
             assertTrue("the reader's own", connector.disconnect());
             assertTrue(Delivery.isLost());
@@ -85,16 +86,16 @@ public class DeliveryTest extends BrokerFixture {
 
     @Test
     public void theHostGetsItsTurn() throws Exception {
-        System.setProperty("kel.jms.receiveTimeoutMillis", "400");
+        System.setProperty("kel.jms.receiveTimeoutMillis", "4000");
         System.setProperty("kel.jms.settleAfter", "3");
-        System.setProperty("kel.jms.settleMillis", "300");
+        System.setProperty("kel.jms.settleMillis", "1000");
         sendNumbers(QUEUE, 1, 9);
         JmsConnector connector = receiver("");
         assertEquals(numbers(1, 3), receive(connector, 3));
         checkNothingAtOnce(connector);
         assertTrue(Delivery.settle());
         assertEquals(numbers(4, 4), receive(connector, 1));
-        Thread.sleep(310);
+        Thread.sleep(1_010);
         checkNothingAtOnce(connector);
         assertEquals(1, Delivery.count());
         assertTrue(Delivery.settle());
@@ -105,7 +106,12 @@ public class DeliveryTest extends BrokerFixture {
         assertTrue(Delivery.settle());
         long start = System.nanoTime();
         assertEquals("", connector.receiveTextMessage());
-        assertTrue("waits with nothing in hand", System.nanoTime() - start > 390_000_000L);
+        assertTrue("waits with nothing in hand", System.nanoTime() - start > 3_900_000_000L);
+        sendNumbers(QUEUE, 1, 1);
+        assertEquals(numbers(1, 1), receive(connector, 1));
+        broker.stop();
+        waitUntil("lost", Delivery::isLost);
+        checkNothingAtOnce(connector);
         assertEquals("on another thread there is nothing", 0, (int) CompletableFuture.supplyAsync(Delivery::count).join());
     }
 
@@ -136,7 +142,7 @@ public class DeliveryTest extends BrokerFixture {
             cut();
             waitUntil("lost", Delivery::isLost);
             waitUntil("connected again", () -> JmsConnector.connectionState() == 0);
-            for (int i = 0; i < 3; ++i) checkNothingAtOnce(connector);
+            for (int i = 0; i < 3; ++i) assertEquals("", connector.receiveTextMessage());
             if (source == Source.DURABLE) assertFalse(Delivery.forget());
             else assertFalse(Delivery.settle());
             assertEquals(source + "", numbers(3, 6), receive(connector, 4));
@@ -177,11 +183,11 @@ public class DeliveryTest extends BrokerFixture {
                 JmsConnector connector = open(source);
                 sendNumbers(source.destination, 1, 2);
                 assertEquals(numbers(1, 2), receive(connector, 2));
-                checkNothingAtOnce(connector);
+                assertEquals("", connector.receiveTextMessage());
                 long start = System.nanoTime();
                 var stop = CompletableFuture.supplyAsync(connector::disconnect);
                 Thread.sleep(300);
-                checkNothingAtOnce(connector);
+                assertEquals("", connector.receiveTextMessage());
                 assertFalse("there is time", stop.isDone() || Delivery.isLost());
                 if (each.does.equals("settle")) assertTrue(Delivery.settle());
                 if (each.does.equals("forget")) assertTrue(Delivery.forget());
@@ -226,6 +232,7 @@ public class DeliveryTest extends BrokerFixture {
     public void aSettlingThatFailsIsToldOnceAndOneThatHangsEndsInTime() throws Exception {
         JmsConnector failing = FakeProvider.connector("");
         assertTrue(failing.connectForInput(true));
+        assertEquals("[false, 2]", FakeProvider.session);
         assertNull("a message without text", failing.receiveTextMessage());
         FakeProvider.failing = "Session.commit";
         assertFalse(Delivery.settle());
@@ -239,8 +246,10 @@ public class DeliveryTest extends BrokerFixture {
         assertEquals("", takeLog().lines().filter(line -> !line.contains("may come again")).findAny().orElse(""));
         failing.disconnect();
 
+        System.setProperty("kel.jms.transacted", "true");
         JmsConnector hanging = FakeProvider.connector("Session.commit");
         assertTrue(hanging.connectForInput(true));
+        assertEquals("[true, 2]", FakeProvider.session);
         assertNull("a message without text", hanging.receiveTextMessage());
         AtomicBoolean isClean = new AtomicBoolean(true);
         Thread stop = later(200_000, () -> {
@@ -298,8 +307,7 @@ public class DeliveryTest extends BrokerFixture {
             batch.clear();
         }
         assertEquals(settled + "", 4, settled.size());
-        assertTrue(
-                settled.get(2), settled.get(2).contains("could not be read for want of memory 3 times and was refused: Java heap space"));
+        assertTrue(settled.get(2), settled.get(2).contains("could not be read for want of memory 3 times and was left to the provider"));
         assertEquals("one at a time", 1, largestAfter);
         assertTrue(hasFailed && !takeLog().contains("3 times"));
     }

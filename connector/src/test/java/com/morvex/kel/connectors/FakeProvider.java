@@ -20,6 +20,7 @@ public final class FakeProvider implements InitialContextFactory {
     static volatile Supplier<Throwable> failure;
     static volatile ExceptionListener listener;
     static volatile String login;
+    static volatile String session;
 
     static JmsConnector connector(String blockedCall) {
         CALLS.clear();
@@ -51,6 +52,7 @@ public final class FakeProvider implements InitialContextFactory {
             // As jndi.properties has them, which the naming context adds to what it was given.
             if (call.equals("Context.getEnvironment"))
                 return new Hashtable<>(Map.of(Context.SECURITY_PRINCIPAL, "user", Context.SECURITY_CREDENTIALS, "password"));
+            if (call.endsWith(".createSession")) session = Arrays.toString(arguments);
             if (call.equals(CREATE)) login = Arrays.toString(arguments);
             if (call.equals("MessageConsumer.receive")) return proxy(TextMessage.class);
             if (call.endsWith(".getJMSMessageID")) return "ID:\u001b[2J\u202e";   // as a sender may make it
