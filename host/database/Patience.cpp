@@ -62,8 +62,10 @@ void Patience::await(const std::string& reason) {
     const bool isOver = limit_.count() > 0 && now - *start_ >= limit_;
     if (stop_.isStopped() && messages_ == 0) throw Failure(kStoppedEarly);
     if (stop_.isStopped() || isOver) {
-        const std::string left =
-            messages_ > 0 ? "; nothing of the last batch was kept, its messages come again." : ".";
+        const std::string left = messages_ == 0 ? "."
+                                 : messages_ == 1
+                                     ? "; its 1 message comes again."
+                                     : "; its " + std::to_string(messages_) + " messages come again.";
         throw Failure("The database does not answer (" + reason + ')' +
                       (isOver ? " for " + secondsText(past) + ", the limit of sink.retrySeconds"
                               : ", and the stop does not wait for it") +

@@ -28,9 +28,12 @@ constexpr std::chrono::milliseconds kLongestConnecting(10'000);
 std::string plainMessage(const char* message) {
     std::string text = message;
     text = text.substr(0, text.find('\n'));
-    for (const std::string_view before : {"FATAL:  ", "ERROR:  ", "PANIC:  "}) {
+    for (const std::string_view before : {"FATAL:  ", "ERROR:  ", "PANIC:  ", " failed: "}) {
         const size_t at = text.find(before);
-        if (at != std::string::npos) text.erase(0, at + before.size());
+        if (at == std::string::npos) continue;
+        text.erase(0, at + before.size());
+        text.front() = lowerCase(text.front());
+        break;
     }
     return text;
 }
@@ -123,7 +126,7 @@ void PostgresConnection::open(const std::string& url) {
         if (state == PGRES_POLLING_FAILED) {
             const std::string all = without(passwordOf(url), message()), code = codeIn(all);
             std::string text = plainMessage(all.c_str());
-            if (!code.empty() && text.starts_with(code)) text.erase(0, code.size() + 2);
+            if (!code.empty()) text = text.substr(std::min(text.size(), code.size() + 2));
             if (code.empty() || isPassing(code)) throw Unavailable(reasonOf(code, text));
             throw Failure("The database refuses the connection: " + text + '.');
         }

@@ -114,6 +114,10 @@ bool SqliteSession::connect() {
     const bool isThere = std::filesystem::exists(file_);
     if (!isThere && !settings_.create && access_ == Access::kWrite)
         throw Failure("The database file " + file_ + " does not exist; set sink.create, or create it.");
+    if (const std::filesystem::path folder = std::filesystem::path(file_).parent_path();
+        !folder.empty() && !std::filesystem::is_directory(folder))
+        throw Failure("The database file " + file_ + " cannot be opened: there is no folder " +
+                      folder.string() + '.');
     const bool isLook = access_ == Access::kLook;
     const int flags = SQLITE_OPEN_READWRITE | (settings_.create && !isLook ? SQLITE_OPEN_CREATE : 0);
     guarded([&] {

@@ -1,5 +1,6 @@
 #include "host/rows/DatabaseSink.h"
 
+#include <algorithm>
 #include <ctime>
 #include <unordered_set>
 #include <utility>
@@ -189,6 +190,8 @@ bool DatabaseSink::attempt(Work& work) {
     const LedgerUpdate update = ledger_.update(work.ids);
     if (!session_->write(&update, changes, work.care, refused)) giveUpSource();
     for (Refused& one : refused) work.rejected.push_back({messages[one.change], std::move(one.reject)});
+    std::sort(work.rejected.begin(), work.rejected.end(),
+              [](const Work::Rejected& a, const Work::Rejected& b) { return a.message < b.message; });
     work.rows = static_cast<std::int64_t>(changes.size() - refused.size());
     keepRejects(work);
     work.isCommitting = true;

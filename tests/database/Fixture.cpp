@@ -124,7 +124,7 @@ std::vector<std::string> Messages::replayOf() {
 }
 
 host::MessageCopy Messages::copyOf(size_t message) {
-    return {"text", "body of " + sent_[message].id, {{"JMSType", "header", "a \"b\""}, {"n", "Integer", "1"}}};
+    return {"text", "body of " + sent_[message].id + "\xFF", {{"JMSType", "header", "a \"b\""}, {"n", "Integer", "1"}}};
 }
 
 void Sinks::SetUp() {
