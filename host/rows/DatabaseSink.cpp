@@ -129,7 +129,8 @@ DatabaseSink::Work DatabaseSink::workOf(const Batch& batch) const {
     ids.resize(count);
     std::unordered_set<std::string> seen;
     for (size_t i = 0; i < count; ++i) {
-        if (ids[i].empty())
+        const BatchMessage& message = batch.messages[i];
+        if (ids[i].empty() && (message.row || message.reject))
             throw Failure(
                 "The provider gives no message IDs (they are disabled at the sender); exactly once needs "
                 "them.");
@@ -236,7 +237,7 @@ void DatabaseSink::keepRejects(Work& work) {
         kept.messageId = id;
         kept.reject = {one.reject.stage, storedLine(one.reject.key), storedLine(one.reject.text),
                        storedLine(one.reject.column)};
-        kept.message = copyToKeep(*work.batch->envelopes, one.message, id);
+        kept.message = work.batch->envelopes->copyOf(one.message);
         kept.message.kind = storedLine(kept.message.kind);
         one.id = session_->insertReject(kept);
     }
