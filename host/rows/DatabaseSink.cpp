@@ -127,7 +127,10 @@ DatabaseSink::Work DatabaseSink::workOf(const Batch& batch) const {
         replays = batch.envelopes->replayOf();
     }
     ids.resize(count);
-    std::unordered_set<std::string> seen;
+    std::unordered_set<std::string_view> seen;
+    seen.reserve(count);
+    work.ids.reserve(count);  // they must stay where they are
+    work.fresh.reserve(count);
     for (size_t i = 0; i < count; ++i) {
         if (ids[i].empty())
             throw Failure(
@@ -150,6 +153,7 @@ Kept DatabaseSink::keep(Batch& batch) {
         try {
             if (work && work->isCommitting) isAttached_ = false;  // the ledger tells what became of it
             attach(Standby::kFails);
+            session_->signOfLife();
             if (!work) work = workOf(batch);
             isDone = (work->isCommitting && ledger_.wasCommitted(work->ids)) || attempt(*work);
             patience.isBack();
@@ -161,7 +165,6 @@ Kept DatabaseSink::keep(Batch& batch) {
             throw;
         }
     }
-    if (!work->fresh.empty()) ledger_.isWritten(work->ids);
     tell(*work);
     for (const Work::Rejected& rejected : work->rejected) {
         batch.messages[rejected.message].reject = rejected.reject;
@@ -171,6 +174,7 @@ Kept DatabaseSink::keep(Batch& batch) {
     kept.rejected = static_cast<std::int64_t>(work->rejected.size());
     kept.repeated = work->repeated;
     kept.waited = patience.seconds();
+    if (!work->fresh.empty()) ledger_.isWritten(std::move(work->ids));
     return kept;
 }
 
