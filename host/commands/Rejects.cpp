@@ -130,7 +130,7 @@ private:
             say("Reject " + std::to_string(id) + " stays: its body was not kept.");
             return;
         }
-        if (!sender_.send(kept->message, rejects_.markOf(id)))
+        if (!sender_.send(kept->message, rejects_.markOf(*kept)))
             throw Failure("Reject " + std::to_string(id) + " could not be sent; the reason stands above.");
         if (isSentBack_) {
             rejects_.wasSent(id);
