@@ -133,7 +133,8 @@ DatabaseSink::Work DatabaseSink::workOf(const Batch& batch) const {
     work.ids.reserve(count);  // they must stay where they are
     work.fresh.reserve(count);
     for (size_t i = 0; i < count; ++i) {
-        if (ids[i].empty())
+        const BatchMessage& message = batch.messages[i];
+        if (ids[i].empty() && (message.row || message.reject))
             throw Failure(
                 "The provider gives no message IDs (they are disabled at the sender); exactly once needs "
                 "them.");
@@ -245,7 +246,7 @@ void DatabaseSink::keepRejects(Work& work) {
         kept.messageId = id;
         kept.reject = {one.reject.stage, storedLine(one.reject.key), storedLine(one.reject.text),
                        storedLine(one.reject.column)};
-        kept.message = copyToKeep(*work.batch->envelopes, one.message, id);
+        kept.message = work.batch->envelopes->copyOf(one.message);
         kept.message.kind = storedLine(kept.message.kind);
         one.id = session_->insertReject(kept);
     }
