@@ -132,7 +132,7 @@ private:
             say("Reject " + std::to_string(id) + " stays: its body was not kept.");
             return;
         }
-        if (!sender_.send(kept->message, rejects_.markOf(id))) {
+        if (!sender_.send(kept->message, rejects_.markOf(*kept))) {
             if (!isStopped_)
                 say("Reject " + std::to_string(id) +
                     " stays: it could not be sent; the reason stands above.");

@@ -114,7 +114,9 @@ Affinity affinityOf(const std::string& declared) {
 
 Fit fitOfSqlite(const TypeRow& row, const DatabaseType& column) {
     const Affinity wanted = affinityOf(row.sqlite), found = affinityOf(column.name);
-    if (found == wanted || found == Affinity::kNone) return Fit::kExact;
+    if (found == wanted) return Fit::kExact;
+    if (found == Affinity::kNone)
+        return column.isStrict && lowerCase(column.name) == "blob" ? Fit::kWrong : Fit::kExact;
     if (found == Affinity::kNumeric && wanted == Affinity::kInteger) return Fit::kExact;
     const bool becomesNumber = found != Affinity::kText && wanted != Affinity::kNone;
     return becomesNumber ? Fit::kRounds : Fit::kWrong;

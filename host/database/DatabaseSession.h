@@ -70,7 +70,7 @@ public:
 
     virtual DatabaseKind kind() const = 0;
 
-    // Connects where there is no connection; whether there was none.
+    // Connects where there is no connection; whether prepare is due. What fails leaves none half set up.
     virtual bool connect() = 0;
     virtual void disconnect() = 0;
 
@@ -83,22 +83,28 @@ public:
     // Runs statements that make tables, in a transaction that waits for others who do the same.
     virtual void create(const std::vector<std::string>& statements) = 0;
 
-    // Comes before the first change: how the stream's table looks.
+    // Comes before the first change: how the stream's table looks. What fails drops the connection.
     virtual void prepare(const TableShape& shape) = 0;
 
     // Makes this session the source's only writer; else who is. May come again.
     virtual std::optional<Holder> lockSource() = 0;
 
-    // Keeps the source's lock from passing to somebody who takes this host for dead. Cheap.
-    virtual void signOfLife() = 0;
+    // Keeps the source's lock from passing to somebody who takes this host for dead; false: it is lost, as
+    // far as is known here. Cheap, and comes often.
+    virtual bool signOfLife() = 0;
 
     virtual void begin() = 0;
     virtual std::optional<LedgerRow> readLedger() = 0;  // and lets nobody else change it before the commit
     virtual void insertLedger() = 0;                    // where there is no row
     virtual bool updateLedger(const LedgerRow& row, std::int64_t epoch) = 0;  // whether it had that epoch
 
-    // Sets replayed_at; false: it was set before, or there is no such reject.
-    virtual bool markReplayed(std::int64_t id) = 0;
+    // Sets replayed_at of the source's reject of that number and message.
+    enum class Marked {
+        kNow,
+        kBefore,
+        kUnknown,  // there is none: its table was made anew, or somebody has cleared it
+    };
+    virtual Marked markReplayed(std::int64_t id, const std::string& messageId) = 0;
 
     // How write treats a change that fails. Each is exact; with `kInOneGo` nothing may be in the transaction
     // before, because it may be begun anew.
@@ -109,7 +115,9 @@ public:
     };
 
     // Writes the ledger, where there is an update of it, and the changes in their order; false: the epoch is
-    // somebody else's, nothing may be committed.
+    // somebody else's, nothing may be committed. With `kInOneGo` of the `p` and `s` of one key the last may
+    // stand for all: the table comes out the same, but it sees no row that another of the batch replaces, and
+    // so refuses none.
     virtual bool write(const LedgerUpdate* ledger, const std::vector<Change>& changes, Care care,
                        std::vector<Refused>& refused) = 0;
 

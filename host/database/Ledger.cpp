@@ -16,14 +16,18 @@ std::int64_t secondsOf(const std::string& row) {
     return seconds;
 }
 
-std::string idOf(const std::string& row) { return row.substr(row.find(' ') + 1); }
+std::string_view idOf(std::string_view row) { return row.substr(row.find(' ') + 1); }
 
 }  // namespace
 
+// One that is there already gets the new time.
 void Ledger::moveToOld(const std::vector<std::string>& ids) {
+    std::unordered_set<std::string_view> moved(ids.begin(), ids.end());
+    std::erase_if(oldRows_, [&](const std::string& row) { return moved.count(idOf(row)) > 0; });
+    old_.insert(ids.begin(), ids.end());
     const std::string now = std::to_string(std::time(nullptr)) + ' ';
     for (const std::string& id : ids) {
-        if (old_.insert(id).second) oldRows_.push_back(now + id);
+        if (moved.erase(id) > 0) oldRows_.push_back(now + id);
     }
     oldIsChanged_ = oldIsChanged_ || !ids.empty();
     dropAged();
@@ -33,7 +37,7 @@ void Ledger::moveToOld(const std::vector<std::string>& ids) {
 void Ledger::dropAged() {
     const std::int64_t first = std::time(nullptr) - hours_ * kSecondsPerHour;
     auto end = oldRows_.begin();
-    for (; end != oldRows_.end() && secondsOf(*end) < first; ++end) old_.erase(idOf(*end));
+    for (; end != oldRows_.end() && secondsOf(*end) < first; ++end) old_.erase(std::string(idOf(*end)));
     oldIsChanged_ = oldIsChanged_ || end != oldRows_.begin();
     oldRows_.erase(oldRows_.begin(), end);
 }
@@ -60,7 +64,7 @@ Ledger::Claim Ledger::claim(DatabaseSession& session) {
     found_.clear();
     old_.clear();
     oldRows_ = std::move(row->old);
-    for (const std::string& one : oldRows_) old_.insert(idOf(one));
+    for (const std::string& one : oldRows_) old_.emplace(idOf(one));
     moveToOld(row->ids);
     LedgerRow next{row->epoch + 1, {}, oldRows_};
     session.updateLedger(next, row->epoch);
@@ -68,6 +72,7 @@ Ledger::Claim Ledger::claim(DatabaseSession& session) {
     epoch_ = next.epoch;
     oldIsChanged_ = false;
     isConfirmed_ = true;
+    isAwaited_ = false;
     return Claim::kNew;
 }
 
@@ -83,6 +88,12 @@ void Ledger::isWritten(std::vector<std::string> ids) {
     known_.insert(written_.begin(), written_.end());
     oldIsChanged_ = false;
     isConfirmed_ = false;
+    isAwaited_ = true;
+}
+
+void Ledger::isRepeated(const std::vector<std::string>& ids) {
+    moveToOld(ids);
+    isAwaited_ = false;
 }
 
 }  // namespace host

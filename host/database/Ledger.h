@@ -44,8 +44,14 @@ public:
     // The transaction of that batch was committed.
     void isWritten(std::vector<std::string> ids);
 
-    // Whether the provider has confirmed what was written last; asked for by every batch.
-    void settled(bool isConfirmed) { isConfirmed_ = isConfirmed; }
+    // All of that batch was known, and nothing written for it. What comes again once may do so once more.
+    void isRepeated(const std::vector<std::string>& ids);
+
+    // Whether the provider has confirmed the batch that was written or repeated last; of a repeated one that
+    // says nothing of what was written before it.
+    void settled(bool isConfirmed) {
+        if (isAwaited_) isConfirmed_ = isConfirmed;
+    }
 
     // Whether the transaction of that batch is in what the last claim found.
     bool wasCommitted(const std::vector<std::string>& ids) const { return found_ == ids; }
@@ -55,8 +61,9 @@ private:
     void dropAged();
 
     const std::int64_t hours_;
-    std::int64_t epoch_ = 0;  // 0: none is ours
-    bool isConfirmed_ = true;
+    std::int64_t epoch_ = 0;                      // 0: none is ours
+    bool isConfirmed_ = true;                     // what was written last
+    bool isAwaited_ = false;                      // its confirmation is the next to come
     std::vector<std::string> written_;            // `ids` as this host wrote them last
     std::unordered_set<std::string_view> known_;  // the same
     std::vector<std::string> found_;              // `ids` as they stood in the database at the last claim

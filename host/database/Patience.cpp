@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "host/process/Console.h"
 #include "host/process/Failure.h"
@@ -13,6 +14,7 @@ namespace {
 
 constexpr std::chrono::milliseconds kFirstWait(100);
 constexpr std::chrono::milliseconds kLongestWait(5000);
+constexpr std::chrono::milliseconds kSlice(250);  // between two calls of what goes on meanwhile
 constexpr std::chrono::seconds kRemindAfter(60);
 constexpr std::chrono::seconds kWorthTelling(1);  // two who were in each other's way are done by then
 
@@ -36,10 +38,12 @@ void StopRequest::wait(std::chrono::milliseconds time) const {
     changed_.wait_for(guard, time, [this] { return isStopped_; });
 }
 
-Patience::Patience(const StopRequest& stop, std::int64_t retrySeconds, size_t messages)
+Patience::Patience(const StopRequest& stop, std::int64_t retrySeconds, size_t messages,
+                   std::function<void()> meanwhile)
     : stop_(stop),
       limit_(retrySeconds),
       messages_(messages),
+      meanwhile_(std::move(meanwhile)),
       showsStatus_(canShowStatus()),
       next_(kFirstWait) {}
 
@@ -53,6 +57,15 @@ std::string Patience::waiting(const std::string& reason, std::chrono::millisecon
         sentence += std::to_string(messages_) +
                     (messages_ == 1 ? " message waits for it, " : " messages wait for it, ");
     return sentence + "next try in " + secondsText(std::chrono::duration<double>(next).count()) + '.';
+}
+
+void Patience::pass(std::chrono::milliseconds time) const {
+    const Clock::time_point end = Clock::now() + time;
+    while (!stop_.isStopped() && Clock::now() < end) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now());
+        stop_.wait(meanwhile_ ? std::min(left, kSlice) : left);
+        if (meanwhile_) meanwhile_();
+    }
 }
 
 void Patience::await(const std::string& reason) {
@@ -71,7 +84,7 @@ void Patience::await(const std::string& reason) {
                               : ", and the stop does not wait for it") +
                       left);
     }
-    if (next_ >= kWorthTelling && (!told_ || now - *told_ >= kRemindAfter)) {
+    if (now - begin_ >= kWorthTelling && (!told_ || now - *told_ >= kRemindAfter)) {
         say(waiting(reason, next_));
         told_ = now;
     }
@@ -79,7 +92,7 @@ void Patience::await(const std::string& reason) {
     auto wait = next_;
     if (limit_.count() > 0)
         wait = std::min(wait, std::chrono::duration_cast<std::chrono::milliseconds>(*start_ + limit_ - now));
-    stop_.wait(wait);
+    pass(wait);
     seconds_ += secondsBetween(now, Clock::now());
     next_ = std::min(2 * next_, kLongestWait);
 }
@@ -90,6 +103,7 @@ void Patience::isBack() {
     if (told_ && showsStatus_) hideStatus();
     told_.reset();
     start_.reset();
+    begin_ = Clock::now();
     next_ = kFirstWait;
 }
 

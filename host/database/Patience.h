@@ -4,6 +4,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
+#include <functional>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -30,8 +31,10 @@ private:
 // last line.
 class Patience {
 public:
-    // `messages`: how many wait for the database; `retrySeconds` 0: as long as it takes.
-    Patience(const StopRequest& stop, std::int64_t retrySeconds, size_t messages);
+    // Is made before the first try. `messages`: how many wait for the database; `retrySeconds` 0: as long as
+    // it takes; `meanwhile`: is called every now and then in a wait, and throws nothing.
+    Patience(const StopRequest& stop, std::int64_t retrySeconds, size_t messages,
+             std::function<void()> meanwhile = {});
     ~Patience();
     Patience(const Patience&) = delete;
     Patience& operator=(const Patience&) = delete;
@@ -45,14 +48,17 @@ public:
     double seconds() const { return seconds_; }  // that were waited
 
 private:
+    void pass(std::chrono::milliseconds time) const;
     std::string waiting(const std::string& reason, std::chrono::milliseconds next) const;
 
     const StopRequest& stop_;
     const std::chrono::seconds limit_;
     const size_t messages_;
+    const std::function<void()> meanwhile_;
     const bool showsStatus_;
+    Clock::time_point begin_ = Clock::now();  // of the tries
     std::chrono::milliseconds next_;
-    std::optional<Clock::time_point> start_;
+    std::optional<Clock::time_point> start_;  // of the waits
     std::optional<Clock::time_point> told_;
     double seconds_ = 0;
 };

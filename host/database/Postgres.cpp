@@ -217,8 +217,9 @@ PostgresResult PostgresConnection::receive() {
         const char* text = PQresultErrorField(result.get(), code);
         return std::string(text != nullptr ? text : "");
     };
-    const std::string code = field(PG_DIAG_SQLSTATE);
-    if (result.get() == nullptr || PQstatus(connection_.get()) == CONNECTION_BAD || code.empty()) {
+    const std::string code = field(PG_DIAG_SQLSTATE), severity = field(PG_DIAG_SEVERITY_NONLOCALIZED);
+    const bool isLast = severity == "FATAL" || severity == "PANIC";  // the server says nothing after it
+    if (result.get() == nullptr || PQstatus(connection_.get()) == CONNECTION_BAD || code.empty() || isLast) {
         isLost_ = true;
         if (!isPassing(code)) lose(plainMessage(PQerrorMessage(connection_.get())));
     }

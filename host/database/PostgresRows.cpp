@@ -19,9 +19,8 @@ namespace {
 
 constexpr char kInsert[] = "i", kUpdate[] = "u", kUpsert[] = "p", kRemove[] = "d";
 constexpr char kBring[] = "bring", kTakeAway[] = "take away";
-constexpr std::string_view kNull = "\xC0\x80";                        // U+0000 in modified UTF-8
-constexpr char kUntranslatable[] = "22021", kOutOfRange[] = "22008";  // as the server would say
-constexpr size_t kTogether = 500;  // rows a statement: the server works while the next are made ready
+constexpr char kOutOfRange[] = "22008";  // as the server would say
+constexpr size_t kTogether = 500;        // rows a statement: the server works while the next are made ready
 
 constexpr size_t kOp = 0, kSequence = 1,
                  kAt = 3;  // behind the stream's columns; the ID of the message is between
@@ -138,10 +137,6 @@ std::optional<Reject> PostgresRows::unfit(const ServerRow& row) const {
         const auto* text = std::get_if<std::string>(&row.values[i]);
         if (text == nullptr) continue;
         const std::string& name = names_[i];
-        if (forms_[i].value == ValueForm::kText && text->find(kNull) != std::string::npos)
-            return refusals_.refused(
-                row, {kUntranslatable,
-                      "column " + inQuotes(name) + " has a U+0000, which PostgreSQL cannot store.", name});
         if (isMoment(forms_[i].type) && !postgresMoment(*text))
             return refusals_.refused(row, {kOutOfRange,
                                            "column " + inQuotes(name) + " is " + inQuotes(*text) +

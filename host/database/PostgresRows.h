@@ -27,7 +27,7 @@ public:
     void send(PostgresConnection& connection, const Change& change);
 
     // Whether the changes can be brought together: they are appended, or each sets or removes its key's row
-    // whatever was there, so that the last one of a key is all that matters.
+    // whatever was there, so that the last one of a key is all that the table is left with, and is sent.
     bool canBring(const std::vector<Change>& changes) const;
 
     // Sends them so, and gives for each statement how many rows it must write; none: any number.

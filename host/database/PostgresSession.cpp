@@ -83,10 +83,21 @@ void PostgresSession::fail(const PostgresError& error) {
     throw Failure("The database cannot do it: " + text + " (" + error.code + ").");
 }
 
+// A connection that is only half set up is dropped: a second try would trip over what the first has done.
+template <typename Action>
+void PostgresSession::setUp(Action action) {
+    try {
+        guarded(action);
+    } catch (...) {
+        disconnect();
+        throw;
+    }
+}
+
 bool PostgresSession::connect() {
-    if (connection_ && !connection_->isLost()) return false;
+    if (connection_ && !connection_->isLost()) return !rows_;
     disconnect();
-    guarded([&] {
+    setUp([&] {
         connection_.emplace(settings_.url, silence(settings_), stop_);
         const std::vector<std::string> all = sessionSettings(settings_, connection_->version());
         for (const std::string& one : all) connection_->sendText(one);
@@ -98,6 +109,7 @@ bool PostgresSession::connect() {
 }
 
 void PostgresSession::disconnect() {
+    rows_.reset();
     connection_.reset();
     beginIsDue_ = isInTransaction_ = isLocked_ = false;
 }
@@ -134,13 +146,14 @@ std::optional<TableShape> PostgresSession::shapeOf(const std::string& table) {
         "JOIN pg_type t ON t.oid = a.atttypid WHERE n.nspname = $1::text AND c.relname = $2::text "
         "AND c.relkind IN ('r', 'p') AND a.attnum > 0 AND NOT a.attisdropped ORDER BY a.attnum";
     // One that is checked later, or only for some rows, decides nothing when a row is written.
+    // The columns' names are the table's: an index keeps those that they had when it was made.
     constexpr char kIndexes[] =
         "SELECT i.indexrelid::bigint, a.attname FROM pg_class c JOIN pg_namespace n ON n.oid = "
         "c.relnamespace "
-        "JOIN pg_index i ON i.indrelid = c.oid JOIN pg_attribute a ON a.attrelid = i.indexrelid "
+        "JOIN pg_index i ON i.indrelid = c.oid CROSS JOIN generate_series(0, i.indnkeyatts - 1) place "
+        "JOIN pg_attribute a ON a.attrelid = c.oid AND a.attnum = i.indkey[place] "
         "WHERE n.nspname = $1::text AND c.relname = $2::text AND i.indisunique AND i.indimmediate AND "
-        "i.indisvalid "
-        "AND i.indpred IS NULL AND i.indexprs IS NULL AND a.attnum <= i.indnkeyatts ORDER BY 1, a.attnum";
+        "i.indisvalid AND i.indpred IS NULL AND i.indexprs IS NULL ORDER BY 1, place";
     PostgresParameters name;
     name.add(std::string_view(settings_.schema)).add(std::string_view(table));
     const PostgresResult columns = query(kColumns, name);
@@ -167,7 +180,7 @@ void PostgresSession::create(const std::vector<std::string>& statements) {
 }
 
 void PostgresSession::prepare(const TableShape& shape) {
-    guarded([&] {
+    setUp([&] {
         rows_.emplace(settings_.mode, type_, tableName(settings_.table), shape);
         rows_->prepare(*connection_);
         const std::string ledger = "UPDATE " + tableName(kLedgerTable) + " SET at = now(), ids = $3::text[]";
@@ -205,10 +218,12 @@ std::optional<Holder> PostgresSession::lockSource() {
 }
 
 // The server ends a session that says nothing for the lease.
-void PostgresSession::signOfLife() {
-    const auto isDue = std::chrono::seconds(settings_.leaseSeconds) / kSignsPerLease;
-    if (!connection_ || connection_->isLost() || Clock::now() - lastUse_ < isDue) return;
-    query("SELECT 1");
+bool PostgresSession::signOfLife() {
+    if (!connection_ || connection_->isLost() || !isLocked_) return false;
+    const auto isDue =
+        std::chrono::milliseconds(std::chrono::seconds(settings_.leaseSeconds)) / kSignsPerLease;
+    if (Clock::now() - lastUse_ >= isDue) query("SELECT 1");
+    return true;
 }
 
 void PostgresSession::beginAnew() {

@@ -27,13 +27,13 @@ public:
     void prepare(const TableShape& shape) override;
 
     std::optional<Holder> lockSource() override;
-    void signOfLife() override;
+    bool signOfLife() override;
 
     void begin() override { beginIsDue_ = true; }
     std::optional<LedgerRow> readLedger() override;
     void insertLedger() override;
     bool updateLedger(const LedgerRow& row, std::int64_t epoch) override;
-    bool markReplayed(std::int64_t id) override;
+    Marked markReplayed(std::int64_t id, const std::string& messageId) override;
     bool write(const LedgerUpdate* ledger, const std::vector<Change>& changes, Care care,
                std::vector<Refused>& refused) override;
     std::int64_t insertReject(const KeptReject& reject) override;
@@ -59,6 +59,8 @@ private:
 
     template <typename Action>
     auto guarded(Action action);
+    template <typename Action>
+    void setUp(Action action);
     [[noreturn]] void fail(const PostgresError& error);
     PostgresResult query(const std::string& statement, PostgresParameters& parameters);
     PostgresResult query(const std::string& statement);

@@ -72,13 +72,15 @@ bool PostgresSession::updateLedger(const LedgerRow& row, std::int64_t epoch) {
                .affected() == 1;
 }
 
-bool PostgresSession::markReplayed(std::int64_t id) {
-    PostgresParameters parameters;
-    parameters.add(id);
-    return query("UPDATE " + tableName(kRejectedTable) +
-                     " SET replayed_at = now() WHERE id = $1::bigint AND replayed_at IS NULL",
-                 parameters)
-               .affected() == 1;
+DatabaseSession::Marked PostgresSession::markReplayed(std::int64_t id, const std::string& messageId) {
+    PostgresParameters which;
+    which.add(id).add(std::string_view(settings_.source)).add(std::string_view(messageId));
+    const std::string table = tableName(kRejectedTable),
+                      that = " WHERE id = $1::bigint AND source = $2::text AND message_id = $3::text";
+    if (query("UPDATE " + table + " SET replayed_at = now()" + that + " AND replayed_at IS NULL", which)
+            .affected() == 1)
+        return Marked::kNow;
+    return query("SELECT 1 FROM " + table + that, which).rows() == 1 ? Marked::kBefore : Marked::kUnknown;
 }
 
 std::int64_t PostgresSession::insertReject(const KeptReject& kept) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "host/database/ColumnTypes.h"
 #include "host/values/ModifiedUtf8.h"
 #include "host/values/Opcodes.h"
 #include "host/values/Text.h"
@@ -10,6 +11,14 @@
 namespace host {
 
 namespace {
+
+constexpr std::string_view kNull = "\xC0\x80";  // U+0000 in modified UTF-8
+
+bool hasNull(const Column& column, const Value& value) {
+    const auto* text = std::get_if<std::string>(&value);
+    return text != nullptr && valueForm(column.type) == ValueForm::kText &&
+           text->find(kNull) != std::string::npos;
+}
 
 const char* meaningOf(char letter) {
     const auto* found = std::find_if(std::begin(kOpcodes), std::end(kOpcodes),
@@ -53,11 +62,15 @@ Reject Refusals::refused(const ServerRow& row, const DatabaseError& error) const
 }
 
 std::optional<Reject> Refusals::unfit(const ServerRow& row) const {
-    if (mode_ == SinkMode::kAppend) return std::nullopt;
     for (size_t i = 0; i < type_.columns.size(); ++i) {
-        if (!type_.columns[i].key || !isNull(row.values[i])) continue;
-        Reject found = reject(row, "the key column " + inQuotes(toUtf8(type_.columns[i].name)) + " is null.");
-        found.column = toUtf8(type_.columns[i].name);
+        const Column& column = type_.columns[i];
+        const bool lacksKey = column.key && mode_ == SinkMode::kApply && isNull(row.values[i]);
+        if (!lacksKey && !hasNull(column, row.values[i])) continue;
+        const std::string name = toUtf8(column.name);
+        Reject found = reject(row, lacksKey ? "the key column " + inQuotes(name) + " is null."
+                                            : "column " + inQuotes(name) +
+                                                  " has a U+0000, which a text in a database cannot have.");
+        found.column = name;
         return found;
     }
     return std::nullopt;

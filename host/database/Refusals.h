@@ -29,7 +29,8 @@ public:
 
     Reject refused(const ServerRow& row, const DatabaseError& error) const;
 
-    // What no database is asked about: a key that is null is found by no comparison.
+    // What no database is asked about: a key that is null is found by no comparison, and a U+0000 is not
+    // stored, or ends the text for many who read it.
     std::optional<Reject> unfit(const ServerRow& row) const;
 
 private:

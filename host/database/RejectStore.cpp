@@ -49,18 +49,19 @@ std::optional<KeptReject> RejectStore::load(std::int64_t id) {
 RejectStore::Outcome RejectStore::attempt(std::int64_t id, const ServerRow& row, bool& isCommitting) {
     session_->begin();
     const std::optional<KeptReject> kept = session_->loadReject(id);
-    if (!kept || !session_->markReplayed(id)) {
+    if (!kept || session_->markReplayed(id, kept->messageId) != DatabaseSession::Marked::kNow) {
         session_->rollback();
         // Of the last try nobody knew whether it had been committed.
         return {isCommitting && kept ? Replay::kDone : Replay::kBefore, {}};
     }
     std::vector<Refused> refused;
-    session_->write(nullptr, {{&row, &kept->messageId}}, DatabaseSession::Care::kOneByOne, refused);
+    // What a constraint says at the commit must be known before: it becomes the reject's reason.
+    session_->write(nullptr, {{&row, &kept->messageId}}, DatabaseSession::Care::kStrict, refused);
     if (refused.empty()) {
         isCommitting = true;
         if (session_->commit()) return {};
-        throw Failure(
-            "The database refuses the row at the commit, though it took it before; it was not written.");
+        throw Failure("The database refuses the row of reject " + std::to_string(id) +
+                      " at the commit, though it took it before; it was not written.");
     }
     session_->rollback();
     Reject& reject = refused.front().reject;

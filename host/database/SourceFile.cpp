@@ -8,6 +8,7 @@
 #include <cctype>
 #include <cerrno>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <system_error>
 
@@ -36,12 +37,19 @@ std::string fileNameOf(const std::string& source) {
     return name;
 }
 
+// What cannot be followed stays as it is.
+std::string withoutLinks(const std::string& path) {
+    std::error_code error;
+    const std::filesystem::path plain = std::filesystem::canonical(path, error);
+    return error ? path : plain.string();
+}
+
 int openFile(const std::string& path) { return ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kMode); }
 
 }  // namespace
 
 SourceFile::SourceFile(const std::string& database, const std::string& source, std::int64_t leaseSeconds)
-    : path_(database + '.' + fileNameOf(source) + ".lock"), lease_(leaseSeconds) {}
+    : database_(database), ending_('.' + fileNameOf(source) + ".lock"), lease_(leaseSeconds) {}
 
 SourceFile::~SourceFile() { unlock(); }
 
@@ -83,6 +91,7 @@ bool SourceFile::replace() {
 }
 
 std::optional<Holder> SourceFile::lock() {
+    if (path_.empty()) path_ = withoutLinks(database_) + ending_;
     if (descriptor_ >= 0 && isInPlace()) return std::nullopt;
     unlock();
     descriptor_ = openFile(path_);
@@ -100,11 +109,14 @@ std::optional<Holder> SourceFile::lock() {
     return std::nullopt;
 }
 
-void SourceFile::signOfLife() {
+bool SourceFile::signOfLife() {
+    if (descriptor_ < 0) return false;
     const Clock::time_point now = Clock::now();
-    if (descriptor_ < 0 || now - touched_ < lease_ / kSignsPerLease) return;
+    if (now - touched_ < std::chrono::milliseconds(lease_) / kSignsPerLease) return true;
+    if (!isInPlace()) return false;
     ::futimens(descriptor_, nullptr);
     touched_ = now;
+    return true;
 }
 
 void SourceFile::unlock() {

@@ -14,7 +14,7 @@ namespace host {
 
 // A file beside the database that its writer holds locked, and touches as a sign of life. A lock falls with
 // its process; from one that lives but shows no life for the lease, the source passes on by a new file in the
-// old one's place.
+// old one's place. Every way to the database, by links too, is one to the same file.
 class SourceFile {
 public:
     SourceFile(const std::string& database, const std::string& source, std::int64_t leaseSeconds);
@@ -24,7 +24,9 @@ public:
 
     // None: the lock is ours. Throws Failure where there can be no such file.
     std::optional<Holder> lock();
-    void signOfLife();  // does nothing without the lock, and mostly nothing with it
+    // Whether the lock is still ours, as far as the last look at the file tells; there is one every now and
+    // then.
+    bool signOfLife();
     void unlock();
 
 private:
@@ -35,7 +37,9 @@ private:
     void write() const;
     [[noreturn]] void fail() const;
 
-    const std::string path_;
+    const std::string database_;
+    const std::string ending_;
+    std::string path_;  // known with the first lock: then the database is there, wherever links lead
     const std::chrono::seconds lease_;
     int descriptor_ = -1;  // -1: not ours
     Clock::time_point touched_;

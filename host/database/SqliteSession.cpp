@@ -70,7 +70,8 @@ SqliteSession::SqliteSession(const SinkSettings& settings, const RowType& type, 
       lock_(file_, settings.source, settings.leaseSeconds) {}
 
 // After a stop shorter, but a batch that needs a moment still gets through.
-bool SqliteSession::waitsOn(int millis) const {
+bool SqliteSession::waitsOn(int millis) {
+    lock_.signOfLife();
     return millis < (stop_.isStopped() ? std::min<std::int64_t>(kGraceMillis, settings_.lockTimeoutMillis)
                                        : settings_.lockTimeoutMillis);
 }
@@ -87,8 +88,19 @@ void SqliteSession::fail(const SqliteError& error) const {
     throw Failure("The database file " + file_ + what + error.what() + '.');
 }
 
+// A connection that is only half set up is dropped.
+template <typename Action>
+void SqliteSession::setUp(Action action) {
+    try {
+        guarded(action);
+    } catch (...) {
+        disconnect();
+        throw;
+    }
+}
+
 bool SqliteSession::connect() {
-    if (connection_) return false;
+    if (connection_) return !rows_.insert;
     const bool isThere = std::filesystem::exists(file_);
     if (!isThere && !settings_.create && access_ == Access::kWrite)
         throw Failure("The database file " + file_ + " does not exist; set sink.create, or create it.");
@@ -98,7 +110,7 @@ bool SqliteSession::connect() {
                       folder.string() + '.');
     const bool isLook = access_ == Access::kLook;
     const int flags = SQLITE_OPEN_READWRITE | (settings_.create && !isLook ? SQLITE_OPEN_CREATE : 0);
-    guarded([&] {
+    setUp([&] {
         connection_.emplace(isLook && !isThere ? ":memory:" : file_, flags,
                             [this](int millis) { return waitsOn(millis); });
         // What exists keeps its journal; the other writes once where a rollback journal writes twice.
@@ -123,18 +135,19 @@ std::string SqliteSession::tableName(const std::string& table) const { return qu
 std::optional<TableShape> SqliteSession::shapeOf(const std::string& table) {
     return guarded([&]() -> std::optional<TableShape> {
         SqliteStatement columns = connection().prepare(
-            "SELECT c.name, c.type, c.\"notnull\" <> 0 AND c.dflt_value IS NULL, c.hidden, c.pk FROM "
-            "sqlite_schema s, "
-            "pragma_table_xinfo(s.name) c WHERE s.type = 'table' AND s.name = ?1 COLLATE NOCASE ORDER BY "
-            "c.cid");
+            "SELECT c.name, c.type, c.\"notnull\" <> 0 AND c.dflt_value IS NULL, c.hidden, c.pk, l.strict "
+            "FROM "
+            "sqlite_schema s, pragma_table_list(s.name) l, pragma_table_xinfo(s.name) c "
+            "WHERE s.type = 'table' AND s.name = ?1 COLLATE NOCASE AND l.schema = 'main' ORDER BY c.cid");
         TableShape shape;
         std::vector<std::string> primary;
         columns.bind(1, table);
         while (columns.step()) {
             constexpr int kFirstComputed = 2;
             const bool isComputed = columns.integer(3) >= kFirstComputed;
-            shape.columns.push_back(
-                {columns.text(0), databaseType(columns.text(1)), columns.integer(2) != 0, isComputed});
+            DatabaseType type = databaseType(columns.text(1));
+            type.isStrict = columns.integer(5) != 0;
+            shape.columns.push_back({columns.text(0), std::move(type), columns.integer(2) != 0, isComputed});
             if (columns.integer(4) != 0) primary.push_back(columns.text(0));
         }
         if (shape.columns.empty()) return std::nullopt;
@@ -170,7 +183,7 @@ void SqliteSession::prepare(const TableShape&) {
     rows_.keys = texts.keyColumns();
     rows_.texts.resize(type_.columns.size());
     for (const Column& column : type_.columns) rows_.forms.push_back(valueForm(column.type));
-    guarded([&] {
+    setUp([&] {
         rows_.insert = connection().prepare(texts.insert());
         if (settings_.mode == SinkMode::kAppend) return;
         rows_.update = connection().prepare(texts.update());

@@ -28,13 +28,13 @@ public:
     void prepare(const TableShape& shape) override;
 
     std::optional<Holder> lockSource() override { return lock_.lock(); }
-    void signOfLife() override { lock_.signOfLife(); }
+    bool signOfLife() override { return lock_.signOfLife(); }
 
     void begin() override;
     std::optional<LedgerRow> readLedger() override;
     void insertLedger() override;
     bool updateLedger(const LedgerRow& row, std::int64_t epoch) override;
-    bool markReplayed(std::int64_t id) override;
+    Marked markReplayed(std::int64_t id, const std::string& messageId) override;
     bool write(const LedgerUpdate* ledger, const std::vector<Change>& changes, Care care,
                std::vector<Refused>& refused) override;
     std::int64_t insertReject(const KeptReject& reject) override;
@@ -54,10 +54,12 @@ private:
         std::vector<std::string> texts;
     };
 
-    bool waitsOn(int millis) const;
+    bool waitsOn(int millis);
     [[noreturn]] void fail(const SqliteError& error) const;
     template <typename Action>
     auto guarded(Action action);
+    template <typename Action>
+    void setUp(Action action);
     bool writeLedger(const LedgerUpdate& update);
     std::optional<Reject> writeOne(const Change& change);
     std::optional<Reject> writeAlone(const Change& change);

@@ -89,14 +89,16 @@ bool SqliteSession::writeLedger(const LedgerUpdate& update) {
     return connection().changes() == 1;
 }
 
-bool SqliteSession::markReplayed(std::int64_t id) {
+DatabaseSession::Marked SqliteSession::markReplayed(std::int64_t id, const std::string& messageId) {
     return guarded([&] {
-        connection()
-            .prepare("UPDATE kel_rejected SET replayed_at = ?1 WHERE id = ?2 AND replayed_at IS NULL")
-            .bind(1, now_)
-            .bind(2, id)
-            .run();
-        return connection().changes() == 1;
+        const std::string that = " WHERE id = ?1 AND source = ?2 AND message_id = ?3";
+        SqliteStatement mark = connection().prepare("UPDATE kel_rejected SET replayed_at = ?4" + that +
+                                                    " AND replayed_at IS NULL");
+        mark.bind(1, id).bind(2, settings_.source).bind(3, messageId).bind(4, now_).run();
+        if (connection().changes() == 1) return Marked::kNow;
+        SqliteStatement look = connection().prepare("SELECT 1 FROM kel_rejected" + that);
+        look.bind(1, id).bind(2, settings_.source).bind(3, messageId);
+        return look.step() ? Marked::kBefore : Marked::kUnknown;
     });
 }
 

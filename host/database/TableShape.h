@@ -11,6 +11,7 @@ namespace host {
 struct DatabaseType {
     std::string name;
     std::vector<int> numbers;
+    bool isStrict = false;  // SQLite's: the column takes no values of another type
 };
 
 // As it is written: numeric(10,1).

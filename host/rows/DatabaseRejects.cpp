@@ -20,7 +20,9 @@ public:
         return store_.list(all, std::numeric_limits<std::int64_t>::max());
     }
     std::optional<KeptReject> load(std::int64_t id) override { return store_.load(id); }
-    std::string markOf(std::int64_t id) const override { return replayMark(id, source_); }
+    std::string markOf(const KeptReject& kept) const override {
+        return replayMark(kept.id, source_, kept.messageId);
+    }
     RowSink& replaySink() override { return *this; }
     void wasSent(std::int64_t /*id*/) override {}  // whoever takes the copy tells
     void stop() override { store_.stop(); }
@@ -31,7 +33,7 @@ private:
         const std::vector<std::string> marks = batch.envelopes->replayOf();
         for (size_t i = 0; i < batch.messages.size() && i < marks.size(); ++i) {
             BatchMessage& message = batch.messages[i];
-            const std::int64_t id = replayedId(marks[i], source_);
+            const std::int64_t id = replayedOf(marks[i], source_).id;
             if (message.row) {
                 RejectStore::Outcome outcome = store_.replay(id, std::move(message.row));
                 if (outcome.replay == RejectStore::Replay::kDone) ++kept.rows;

@@ -19,6 +19,7 @@ namespace host {
 namespace {
 
 constexpr std::chrono::milliseconds kLookAgain(250);
+constexpr std::chrono::seconds kIdleTry(5);  // while nobody waits for the database
 
 std::string describe(const Holder& holder) {
     std::string text;
@@ -44,9 +45,9 @@ struct DatabaseSink::Work {
     };
 
     const Batch* batch = nullptr;
-    std::vector<std::string> ids;       // of all its messages, as the ledger has them
-    std::vector<std::int64_t> replays;  // of each, where any is sent again
-    std::vector<size_t> fresh;          // the messages that were not kept before
+    std::vector<std::string> ids;   // of all its messages, as the ledger has them
+    std::vector<Replayed> replays;  // of each, where any is sent again
+    std::vector<size_t> fresh;      // the messages that were not kept before
     DatabaseSession::Care care = DatabaseSession::Care::kInOneGo;
     bool isCommitting = false;  // the last try may have been committed
 
@@ -78,7 +79,7 @@ void DatabaseSink::open() {
 
 void DatabaseSink::attach(Standby standby) {
     const bool isNew = session_->connect();
-    if (!isNew && isAttached_) return;
+    if (!isNew && isAttached_ && session_->signOfLife()) return;
     isAttached_ = false;
     if (!shape_) shape_ = schema_.ensure(*session_);
     if (isNew) session_->prepare(*shape_);
@@ -114,7 +115,7 @@ void DatabaseSink::giveUpSource() {
     isAttached_ = false;
     throw TakenOver(
         "Source " + inQuotes(settings_.source) +
-        " was taken over by another host; its last batch was not written here, and this host starts again.");
+        " was taken over by another host; this one writes nothing more for it, and starts again.");
 }
 
 DatabaseSink::Work DatabaseSink::workOf(const Batch& batch) const {
@@ -140,21 +141,20 @@ DatabaseSink::Work DatabaseSink::workOf(const Batch& batch) const {
         work.ids.push_back(storedLine(ids[i]));
         if (!ledger_.knows(work.ids[i]) && seen.insert(work.ids[i]).second) work.fresh.push_back(i);
     }
-    for (const std::string& text : replays) work.replays.push_back(replayedId(text, settings_.source));
-    work.replays.resize(count, kNoReplay);
+    for (const std::string& text : replays) work.replays.push_back(replayedOf(text, settings_.source));
+    work.replays.resize(count);
     return work;
 }
 
 Kept DatabaseSink::keep(Batch& batch) {
     Kept kept;
     if (batch.messages.empty()) return kept;
-    Patience patience(stop_, settings_.retrySeconds, batch.messages.size());
+    Patience patience(stop_, settings_.retrySeconds, batch.messages.size(), [this] { signOfLife(); });
     std::optional<Work> work;
     for (bool isDone = false; !isDone;) {
         try {
             if (work && work->isCommitting) isAttached_ = false;  // the ledger tells what became of it
             attach(Standby::kFails);
-            session_->signOfLife();
             if (!work) work = workOf(batch);
             isDone = (work->isCommitting && ledger_.wasCommitted(work->ids)) || attempt(*work);
             patience.isBack();
@@ -175,7 +175,11 @@ Kept DatabaseSink::keep(Batch& batch) {
     kept.rejected = static_cast<std::int64_t>(work->rejected.size());
     kept.repeated = work->repeated;
     kept.waited = patience.seconds();
-    if (!work->fresh.empty()) ledger_.isWritten(std::move(work->ids));
+    if (work->fresh.empty()) {
+        ledger_.isRepeated(work->ids);
+    } else {
+        ledger_.isWritten(std::move(work->ids));
+    }
     return kept;
 }
 
@@ -214,10 +218,11 @@ bool DatabaseSink::attempt(Work& work) {
 void DatabaseSink::gather(Work& work, std::vector<Change>& changes, std::vector<size_t>& messages) {
     for (const size_t i : work.fresh) {
         const BatchMessage& message = work.batch->messages[i];
-        if (work.replays[i] != kNoReplay) {
+        if (const Replayed& replayed = work.replays[i]; replayed.id != kNoReplay) {
             // The mark must not be rolled back with somebody else's row.
             if (work.care == DatabaseSession::Care::kInOneGo) work.care = DatabaseSession::Care::kOneByOne;
-            if (!session_->markReplayed(work.replays[i])) {
+            // One that nobody knows here is a message like any other.
+            if (session_->markReplayed(replayed.id, replayed.messageId) == DatabaseSession::Marked::kBefore) {
                 ++work.repeated;
                 continue;
             }
@@ -253,12 +258,25 @@ void DatabaseSink::tell(const Work& work) const {
                            std::string(kRejectedTable) + " (id " + std::to_string(one.id) + ')'));
 }
 
-// A connection that is lost here is made anew with the next batch.
+// Without a try for itself a host that has nothing to write would never hear that its source was taken over,
+// and keep the provider's connection from the one who has it.
 void DatabaseSink::idle() {
-    if (!isAttached_) return;
+    if (!ledger_.isClaimed() || Clock::now() < nextIdleTry_) return;
+    try {
+        attach(Standby::kFails);
+    } catch (const Unavailable&) {
+        session_->rollback();
+        // A session that has just turned out to be lost is made anew at once.
+        if (!isAttached_) nextIdleTry_ = Clock::now() + kIdleTry;
+        isAttached_ = false;
+    }
+}
+
+// While a batch waits. A loss is the next try's.
+void DatabaseSink::signOfLife() noexcept {
     try {
         session_->signOfLife();
-    } catch (const Unavailable&) {
+    } catch (const std::exception&) {
         session_->rollback();
     }
 }

@@ -10,6 +10,7 @@
 #include "host/database/Ledger.h"
 #include "host/database/Patience.h"
 #include "host/database/Schema.h"
+#include "host/process/Clock.h"
 #include "host/rows/Batch.h"
 #include "host/rows/RowSink.h"
 
@@ -33,6 +34,7 @@ private:
     enum class Standby { kWaits, kFails };
 
     void attach(Standby standby);
+    void signOfLife() noexcept;
     void awaitSource(Standby standby);
     Work workOf(const Batch& batch) const;
     bool attempt(Work& work);
@@ -48,6 +50,7 @@ private:
     StopRequest stop_;
     std::optional<TableShape> shape_;
     bool isAttached_ = false;  // connected, the lock and the epoch ours, as far as is known
+    Clock::time_point nextIdleTry_;
 };
 
 // The sink for the settings' URL. Both must outlive it. Throws Failure for a URL of no database of this

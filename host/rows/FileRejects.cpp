@@ -55,7 +55,9 @@ public:
             std::find_if(all_.begin(), all_.end(), [id](const KeptReject& one) { return one.id == id; });
         return found != all_.end() ? std::optional(*found) : std::nullopt;
     }
-    std::string markOf(std::int64_t id) const override { return replayMark(id, {}); }
+    std::string markOf(const KeptReject& kept) const override {
+        return replayMark(kept.id, {}, kept.messageId);
+    }
     RowSink& replaySink() override { return *this; }
     void wasSent(std::int64_t id) override { append(replayedLine(id)); }
     void stop() override {
@@ -69,7 +71,7 @@ private:
         std::string lines;
         for (size_t i = 0; i < batch.messages.size() && i < marks.size(); ++i) {
             const BatchMessage& message = batch.messages[i];
-            const std::int64_t id = replayedId(marks[i], {});
+            const std::int64_t id = replayedOf(marks[i], {}).id;
             if (message.row) lines += replayedLine(id);
             if (message.reject) say("Reject " + std::to_string(id) + " stays: " + message.reject->text);
         }

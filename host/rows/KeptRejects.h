@@ -24,7 +24,7 @@ public:
     virtual std::optional<KeptReject> load(std::int64_t id) = 0;  // none: there is no such one
 
     // What a copy says of which kept message it is.
-    virtual std::string markOf(std::int64_t id) const = 0;
+    virtual std::string markOf(const KeptReject& kept) const = 0;
 
     // A sink for batches of such copies: makes rows of those that were not before. Belongs to this object.
     virtual RowSink& replaySink() = 0;

@@ -39,7 +39,8 @@ public:
     // Whether the provider has confirmed the last batch; if not, its messages may come again.
     virtual void settled(bool /*isConfirmed*/) {}
 
-    // Comes every now and then while there is nothing to keep.
+    // Comes every now and then while there is nothing to keep, and takes no longer than one try to reach what
+    // rows are kept in. Throws TakenOver.
     virtual void idle() {}
 
     // From now on nothing waits for long.

@@ -68,7 +68,7 @@ TEST_P(Sinks, ARefusedRowIsKeptAsAReject) {
     for (int i = 0; i < 20; ++i)
         many.push_back({"m" + std::to_string(i), 'i', {text(("S" + std::to_string(i)).c_str()), number(90 + i), Value()}});
     EXPECT_EQ(keep(*sink, many), "10 10 0");
-    EXPECT_EQ(keep(*sink, {{"7", 'p', {Value(), number(1), 1.0}}}), "0 1 0");
+    EXPECT_EQ(keep(*sink, {{"7", 'p', {Value(), number(1), 1.0}}, row("8", 'p', "A\xC0\x80", 1)}), "0 2 0");
     EXPECT_EQ(ask("SELECT count(*), sum(\"Shares\") FROM \"Trades\" WHERE \"Symbol\" <> 'D';"), "12|949\n");
     const std::string said = errors();
     EXPECT_NE(said.find("Message 2 was kept in kel_rejected (id 1): upsert: "), std::string::npos) << said;
@@ -120,9 +120,29 @@ TEST_P(Sinks, WhatWasKeptIsLeftOut) {
     settings.ledgerHours = 0;
     std::this_thread::sleep_for(std::chrono::milliseconds(1100));
     sink = open();
-    EXPECT_EQ(keep(*sink, {row("1", 'p', "Z", 1)}), "1 0 0") << "IDs age";
+    EXPECT_EQ(keep(*sink, {row("3", 'p', "Z", 1)}), "1 0 0") << "IDs age";
     EXPECT_EQ(failureOf([&] { keep(*sink, {row("", 'p', "Z", 1)}); }),
               "The provider gives no message IDs (they are disabled at the sender); exactly once needs them.");
+}
+
+// A batch of repeats says nothing of the batch before it, and what came again may come once more.
+TEST_P(Sinks, ARepeatedBatchConfirmsNoOther) {
+    auto sink = open();
+    EXPECT_EQ(keep(*sink, {row("a1", 'i', "A", 1), row("a2", 'i', "B", 1), row("a3", 'i', "C", 1)}, false), "3 0 0");
+    EXPECT_EQ(keep(*sink, {row("a1", 'i', "A", 1)}), "0 0 1");
+    EXPECT_EQ(keep(*sink, {row("b1", 'i', "D", 1)}), "1 0 0");
+    EXPECT_EQ(keep(*sink, {row("a2", 'i', "B", 1), row("a3", 'i', "C", 1)}), "0 0 2");
+    sink.reset();
+    ask(isPostgres() ? "UPDATE kel_ledger SET old = '{\"1000000000 x\",\"1000000001 a2\"}';"
+                     : "UPDATE kel_ledger SET old = '1000000000 x' || char(10) || '1000000001 a2' || char(10);");
+    settings.ledgerHours = 876000;
+    sink = open();
+    EXPECT_EQ(keep(*sink, {row("a2", 'i', "B", 1), row("a2", 'i', "B", 1)}), "0 0 2");
+    EXPECT_EQ(keep(*sink, {row("c1", 'i', "E", 1)}), "1 0 0");
+    const std::string old = ask("SELECT old FROM kel_ledger;");
+    EXPECT_NE(old.find("1000000000 x"), std::string::npos) << old;
+    EXPECT_EQ(old.find("1000000001"), std::string::npos) << "it got a new time: " << old;
+    EXPECT_EQ(old.find(" a2"), old.rfind(" a2")) << old;
 }
 
 TEST_P(Sinks, RejectsMayStopTheRun) {
@@ -157,14 +177,36 @@ TEST_P(Sinks, ARejectIsReplayedOnce) {
     EXPECT_EQ(replay(1, 'u').replay, host::RejectStore::Replay::kBefore);
     EXPECT_EQ(replay(9, 'u').replay, host::RejectStore::Replay::kBefore);
     Sent again = row("4", 'p', "B", 2), twice = row("5", 'p', "B", 99), bad = row("6", 'u', "X", 3);
-    again.replayOf = twice.replayOf = "2@trades";
-    bad.replayOf = "3@trades";
+    again.replayOf = twice.replayOf = "2@trades@2";
+    bad.replayOf = "3@trades@3";
     EXPECT_EQ(keep(*sink, {again, row("7", 'p', "D", 4), bad}), "2 1 0");
     EXPECT_EQ(keep(*sink, {twice}), "0 0 1");
     EXPECT_EQ(ask("SELECT \"Symbol\", \"Shares\" FROM \"Trades\" ORDER BY 1;"), "A|1\nB|2\nD|4\n");
     EXPECT_EQ(store.list(false, 10).size(), 1U);
     ASSERT_EQ(store.list(true, 10).size(), 4U);
     EXPECT_EQ(store.list(true, 1)[0].messageId, "6");
+    // Marks of another source, of a reject that is gone, and of one whose number another message has now.
+    for (const char* mark : {"4@others@6", "9@trades@6", "4@trades@old", "4@trades"}) {
+        Sent unknown = row(mark, 'p', "E", 5);
+        unknown.replayOf = mark;
+        EXPECT_EQ(keep(*sink, {unknown}), "1 0 0") << mark;
+    }
+    EXPECT_EQ(store.list(false, 10).size(), 1U) << "none of them marked it";
+}
+
+// A constraint that is checked at the commit gives the reject its reason, and the next one its turn.
+TEST_P(Sinks, AReplayIsRefusedByADeferredConstraint) {
+    ask("CREATE TABLE \"P\" (p DOUBLE PRECISION PRIMARY KEY);"
+        "CREATE TABLE \"Trades\" (\"Symbol\" TEXT PRIMARY KEY, \"Shares\" INTEGER, \"Price\" DOUBLE PRECISION REFERENCES \"P\""
+        " DEFERRABLE INITIALLY DEFERRED);");
+    keep(*open(), {{"1", 'i', {}, "bad"}});
+    host::RejectStore store(settings, *type);
+    const auto outcome =
+        store.replay(1, std::make_unique<host::ServerRow>(host::ServerRow{type.get(), "Trades", 'i', 1, {text("A"), number(1), 2.0}}));
+    EXPECT_EQ(outcome.replay, host::RejectStore::Replay::kRefused);
+    EXPECT_EQ(store.load(1)->reject.key, isPostgres() ? "23503" : "787");
+    EXPECT_EQ(store.list(false, 9).size(), 1U);
+    EXPECT_EQ(ask(kAll), "");
 }
 
 }  // namespace

@@ -117,7 +117,7 @@ TEST_P(Outages, ASecondHostWaitsAndTheFirstNoticesThatItWasReplaced) {
     } catch (const host::TakenOver& takenOver) {
         said = takenOver.what();
     }
-    EXPECT_EQ(said, "Source \"trades\" was taken over by another host; its last batch was not written here, and this host starts again.");
+    EXPECT_EQ(said, "Source \"trades\" was taken over by another host; this one writes nothing more for it, and starts again.");
     second.reset();
     first->open();
     EXPECT_EQ(keep(*first, {row("2", "B"), row("3", "C")}), "1 0 1");
@@ -139,6 +139,103 @@ TEST_P(Outages, AStandbyCanBeStopped) {
     stop.join();
     settings.source = "another source";
     EXPECT_EQ(failureOf([&] { open(); }), "none") << "sources do not stand in each other's way";
+}
+
+// The database is there and yet does not let the start through: its tables wait to be made, or are locked.
+TEST_P(Outages, AStartThatMustWaitIsMendedByTheNextTry) {
+    settings.lockTimeoutMillis = 50;
+    if (!isPostgres()) ask("CREATE TABLE x (a);");
+    Client other(*server, isPostgres());
+    other.write(isPostgres() ? "BEGIN; SELECT pg_advisory_xact_lock(hashtext('kel-adapter-host'), hashtext('create'));"
+                             : "BEGIN EXCLUSIVE;");
+    std::thread release([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(600));
+        other.write("COMMIT;");
+    });
+    const auto sink = open();
+    EXPECT_EQ(keep(*sink, {row("1", "A")}), "1 0 0");
+    release.join();
+    EXPECT_EQ(symbols(), "A\n");
+}
+
+// The one that has nothing to write hears of it too, and does not keep the provider's connection from the other.
+TEST_P(Outages, AQuietHostNoticesThatItWasReplaced) {
+    settings.leaseSeconds = 1;
+    const auto first = open();
+    keep(*first, {row("1", "A")});
+    std::this_thread::sleep_for(std::chrono::milliseconds(2100));
+    const auto second = open();
+    bool isTakenOver = false;
+    for (int i = 0; i < 20 && !isTakenOver; ++i) {
+        try {
+            second->idle();
+            first->idle();
+        } catch (const host::TakenOver&) {
+            isTakenOver = true;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
+    EXPECT_TRUE(isTakenOver);
+    EXPECT_EQ(keep(*second, {row("2", "B")}), "1 0 0");
+}
+
+// Neither a batch that waits nor one that comes behind the other costs the source.
+TEST_P(Outages, ABusyHostKeepsItsSource) {
+    settings.leaseSeconds = 1;
+    settings.lockTimeoutMillis = 50;
+    const auto first = open();
+    const auto second = host::makeDatabaseSink(settings, *type);
+    std::atomic<bool> isOpen{false};
+    std::thread opening([&] {
+        failureOf([&] { second->open(); });
+        isOpen = true;
+    });
+    for (int i = 0; i < 12; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+        keep(*first, {row("a" + std::to_string(i), std::to_string(i).c_str())});
+    }
+    {
+        Client other(*server, isPostgres());
+        other.write(isPostgres() ? "BEGIN; LOCK TABLE \"Trades\";" : "BEGIN IMMEDIATE;");
+        std::thread release([&] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(4000));
+            other.write("COMMIT;");
+        });
+        EXPECT_EQ(keep(*first, {row("b", "B")}), "1 0 0");
+        release.join();
+    }
+    EXPECT_FALSE(isOpen);
+    second->stop();
+    opening.join();
+}
+
+TEST_P(Outages, ALinkLeadsToTheSameSource) {
+    if (isPostgres()) GTEST_SKIP() << "a server has no file";
+    const std::string file = server->url().substr(7), link = file + ".link";
+    std::filesystem::create_symlink(file, link);
+    settings.url = "sqlite:" + link;
+    const auto first = open();
+    settings.url = server->url();
+    const auto second = host::makeDatabaseSink(settings, *type);
+    std::thread stop([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        second->stop();
+    });
+    EXPECT_EQ(failureOf([&] { second->open(); }), "The command was stopped before it was ready.");
+    stop.join();
+}
+
+// The first try takes longer than what is worth telling.
+TEST_P(Outages, ASlowTryIsToldAtOnce) {
+    settings.lockTimeoutMillis = 1200;
+    const auto sink = open();
+    Client other(*server, isPostgres());
+    other.write(isPostgres() ? "BEGIN; LOCK TABLE \"Trades\";" : "BEGIN IMMEDIATE;");
+    settings.retrySeconds = 1;
+    testing::internal::CaptureStderr();
+    EXPECT_NE(failureOf([&] { keep(*sink, {row("1", "A")}); }), "none");
+    const std::string said = errors();
+    EXPECT_NE(said.find("; 1 message waits for it, next try in 1 s.\n"), std::string::npos) << said;
 }
 
 // A full disk, or what looks like it.
@@ -168,7 +265,7 @@ TEST_P(Outages, ACutConnectionLosesAndDoublesNothing) {
     settings.mode = SinkMode::kAppend;
     const auto sink = open();
     int sent = 0;
-    for (const char* words : {"BEGIN", "COMMIT"}) {
+    for (const std::string& words : {std::string("BEGIN"), std::string("COMMIT\0", 7)}) {  // no READ COMMITTED
         for (const auto cut : {Proxy::Cut::kBeforeTheServerHasThem, Proxy::Cut::kWhenTheServerHasDoneThem}) {
             proxy.cutAt(words, cut);
             std::vector<Sent> batch;

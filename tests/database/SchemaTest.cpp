@@ -26,6 +26,9 @@ TEST_P(Schemas, EachFaultHasItsSentence) {
         {"CREATE TABLE \"Trades\" (\"Symbol\" TEXT, \"Shares\" INTEGER, \"Price\" DOUBLE PRECISION); "
          "CREATE UNIQUE INDEX one ON \"Trades\" (\"Symbol\");",
          ""},
+        {"CREATE TABLE \"Trades\" (\"Old\" TEXT PRIMARY KEY, \"Shares\" INTEGER, \"Price\" DOUBLE PRECISION); "
+         "ALTER TABLE \"Trades\" RENAME COLUMN \"Old\" TO \"Symbol\";",
+         ""},
         {begin + "INTEGER);", "The table \"Trades\" lacks the column \"Price\" for float; add it: ALTER TABLE " + name("Trades") +
                                   " ADD COLUMN \"Price\" " + real + '.'},
         {begin + "INTEGER, \"Price\" NUMERIC(10,1));", "The column \"Price\" of \"Trades\" is " +
@@ -51,6 +54,15 @@ TEST_P(Schemas, EachFaultHasItsSentence) {
         EXPECT_EQ(problems(), sentence.empty() ? Texts() : Texts{sentence}) << table;
         EXPECT_EQ(failureOf([&] { open(); }), sentence.empty() ? "none" : sentence);
     }
+}
+
+TEST_P(Schemas, AStrictColumnTakesItsOwnTypeAlone) {
+    if (isPostgres()) GTEST_SKIP() << "every column of PostgreSQL does";
+    const std::string columns = "(\"Symbol\" TEXT PRIMARY KEY, \"Shares\" BLOB, \"Price\" ANY)";
+    ask("CREATE TABLE \"Trades\" " + columns + ';');
+    EXPECT_EQ(problems(), Texts());
+    ask("DROP TABLE \"Trades\"; CREATE TABLE \"Trades\" " + columns + " STRICT;");
+    EXPECT_EQ(problems(), Texts{"The column \"Shares\" of \"Trades\" is BLOB, which does not take integer; it needs INTEGER."});
 }
 
 TEST_P(Schemas, TheSettingsMayBeWhatIsWrong) {
