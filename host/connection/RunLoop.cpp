@@ -42,7 +42,9 @@ RunLoop::RunLoop(LoadedAdapter& adapter, const Session& session, const RowType& 
       settlement_(settlementOf(session.settings, adapter)),
       envelope_(session.settings.envelope.empty()
                     ? std::nullopt
-                    : std::optional<EnvelopeFields>(std::in_place, session.settings, streamType)) {
+                    : std::optional<EnvelopeFields>(std::in_place, session.settings, streamType)),
+      adapterTotal_(adapter.plugin().getTotalRowsProcessed(adapter.handle())),
+      adapterBad_(adapter.plugin().getNumberOfBadRows(adapter.handle())) {
     batch_.envelopes = settlement_->delivery();
 }
 
