@@ -150,6 +150,7 @@ Kept DatabaseSink::keep(Batch& batch) {
         try {
             if (work && work->isCommitting) isAttached_ = false;  // the ledger tells what became of it
             attach(Standby::kFails);
+            session_->signOfLife();
             if (!work) work = workOf(batch);
             isDone = (work->isCommitting && ledger_.wasCommitted(work->ids)) || attempt(*work);
             patience.isBack();
@@ -161,7 +162,8 @@ Kept DatabaseSink::keep(Batch& batch) {
             throw;
         }
     }
-    if (!work->fresh.empty()) ledger_.isWritten(work->ids);
+    hasWritten_ = !work->fresh.empty();
+    if (hasWritten_) ledger_.isWritten(work->ids);
     tell(*work);
     for (const Work::Rejected& rejected : work->rejected) {
         batch.messages[rejected.message].reject = rejected.reject;
@@ -172,6 +174,11 @@ Kept DatabaseSink::keep(Batch& batch) {
     kept.repeated = work->repeated;
     kept.waited = patience.seconds();
     return kept;
+}
+
+// Repeats that are confirmed say nothing of the others that were written with them.
+void DatabaseSink::settled(bool isConfirmed) {
+    if (hasWritten_) ledger_.settled(isConfirmed);
 }
 
 // One try; false: the same again, with more care.

@@ -24,7 +24,7 @@ public:
 
     void open() override;
     Kept keep(Batch& batch) override;
-    void settled(bool isConfirmed) override { ledger_.settled(isConfirmed); }
+    void settled(bool isConfirmed) override;
     void idle() override;
     void stop() override;
 
@@ -47,6 +47,7 @@ private:
     Ledger ledger_;
     StopRequest stop_;
     std::optional<TableShape> shape_;
+    bool hasWritten_ = false;  // the batch kept last, which else was of repeats alone
     bool isAttached_ = false;  // connected, the lock and the epoch ours, as far as is known
 };
 

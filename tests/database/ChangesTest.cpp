@@ -167,5 +167,17 @@ TEST_P(Sinks, ARejectIsReplayedOnce) {
     EXPECT_EQ(store.list(true, 1)[0].messageId, "6");
 }
 
+// What the provider did not confirm stays known, also where a batch of nothing but repeats is confirmed meanwhile.
+TEST_P(Sinks, AConfirmedRepeatDoesNotForgetTheRestOfItsBatch) {
+    settings.mode = SinkMode::kAppend;
+    const auto sink = open();
+    const auto row = [](const char* id) { return Sent{id, 'i', {text("IBM"), number(1), 0.5}}; };
+    EXPECT_EQ(keep(*sink, {row("m1"), row("m2"), row("m3")}, false), "3 0 0");
+    EXPECT_EQ(keep(*sink, {row("m1")}), "0 0 1");
+    EXPECT_EQ(keep(*sink, {row("m4")}), "1 0 0");
+    EXPECT_EQ(keep(*sink, {row("m2"), row("m3")}), "0 0 2");
+    EXPECT_EQ(ask("SELECT count(*) FROM \"Trades\";"), "4\n");
+}
+
 }  // namespace
 }  // namespace database
