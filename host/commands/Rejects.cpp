@@ -80,7 +80,8 @@ std::unique_ptr<KeptRejects> rejectsOf(const Settings& settings, const RowType& 
                       kBadConfiguration);
     const bool makesRows = !options.replay.empty() && !options.send;
     return fileRejects(settings.rejects,
-                       makesRows ? rowForm(options.format).make(streamType, options.out) : nullptr);
+                       makesRows ? rowForm(options.format).make(streamType, options.out) : nullptr,
+                       !options.replay.empty());
 }
 
 class Replay {
@@ -110,8 +111,9 @@ public:
                                      : "The destination takes no sender; the reason stands above.");
         for (size_t i = 0; i < ids.size() && !isStopped_; ++i) {
             send(ids[i]);
-            if (!isSentBack_ && (waiting_ == kAtATime || i + 1 == ids.size())) take();
+            if (waiting_ == kAtATime) take();
         }
+        if (waiting_ > 0 && !isStopped_) take();
         sender_.stop();
         adapter_.stop();
         return tell(ids.size());

@@ -31,9 +31,20 @@ LocalRef<jobjectArray> descriptionOf(JNIEnv* env, const MessageCopy& copy) {
     const LocalRef<jclass> stringClass(env, env->FindClass(contract::kStringClass));
     const auto length = static_cast<jsize>(texts.size());
     jobjectArray array = env->NewObjectArray(length, stringClass.get(), nullptr);
-    for (jsize i = 0; array != nullptr && i < length; ++i)
-        env->SetObjectArrayElement(array, i, newString(env, texts[static_cast<size_t>(i)]).get());
+    for (jsize i = 0; array != nullptr && i < length; ++i) {
+        const LocalRef<jstring> text = newString(env, texts[static_cast<size_t>(i)]);
+        if (!text) return {env, nullptr};
+        env->SetObjectArrayElement(array, i, text.get());
+    }
     return {env, array};
+}
+
+// False when there is an exception, which is told.
+bool described(JNIEnv* env) {
+    if (env->ExceptionCheck() == JNI_FALSE) return true;
+    env->ExceptionDescribe();
+    env->ExceptionClear();
+    return false;
 }
 
 // Null where the body was not kept.
@@ -74,16 +85,22 @@ bool CopySender::send(const MessageCopy& copy, const std::string& replayOf) {
         replay ? env->GetStaticMethodID(replay.get(), kSend.name, kSend.signature) : nullptr;
     bool isSent = false;
     if (send != nullptr) {
+        // Without memory for one of them the exception stands, under which nothing may be called.
         const LocalRef<jbyteArray> body = bodyOf(env, copy);
+        if (copy.body && !body) {
+            described(env);
+            return false;
+        }
         const LocalRef<jobjectArray> description = descriptionOf(env, copy);
+        if (!description) {
+            described(env);
+            return false;
+        }
         const LocalRef<jstring> of = newString(env, replayOf);
         isSent = env->CallStaticBooleanMethod(replay.get(), send, client_.bridge().connector, body.get(),
                                               description.get(), of.get()) == JNI_TRUE;
     }
-    if (env->ExceptionCheck() == JNI_FALSE) return isSent;
-    env->ExceptionDescribe();
-    env->ExceptionClear();
-    return false;
+    return described(env) && isSent;
 }
 
 }  // namespace host

@@ -109,7 +109,17 @@ private:
     }
 
     void check() const {
-        if (env_->ExceptionCheck() == JNI_FALSE) return;
+        const LocalRef<jthrowable> thrown(env_, env_->ExceptionOccurred());
+        if (!thrown) return;
+        env_->ExceptionClear();
+        const LocalRef<jclass> shortage(env_, env_->FindClass("java/lang/OutOfMemoryError"));
+        const bool isShortage = shortage && env_->IsInstanceOf(thrown.get(), shortage.get()) == JNI_TRUE;
+        env_->ExceptionClear();
+        if (isShortage)
+            throw Failure(
+                "The memory of the JVM does not suffice to keep a message (a larger heap, -Xmx in "
+                "host.jvmOptions, would do); what was taken since the last settling comes again.");
+        env_->Throw(thrown.get());
         env_->ExceptionDescribe();
         env_->ExceptionClear();
         throw Failure("The connector failed while it was asked about its messages; the reason stands above.");
@@ -124,6 +134,12 @@ std::vector<std::string> withoutNone(const Delivery::Values& values) {
     texts.reserve(values.size());
     for (const auto& value : values) texts.push_back(toUtf8(value.value_or("")));
     return texts;
+}
+
+// Name, type and value of all there is to the message but its body, the kind first; empty for no message.
+std::vector<std::string> described(size_t message) {
+    Call describe(delivery::kDescribe);
+    return withoutNone(describe.texts(describe.get<jobjectArray>(static_cast<jint>(message)).get()));
 }
 
 std::optional<std::string> inUtf8(const std::optional<std::string>& text) {
@@ -141,10 +157,10 @@ std::vector<std::string> Delivery::ids() {
 
 std::vector<std::string> Delivery::replayOf() { return withoutNone(property(kReplayOf)); }
 
+bool Delivery::isMessage(size_t message) { return !described(message).empty(); }
+
 MessageCopy Delivery::copyOf(size_t message) {
-    Call describe(delivery::kDescribe);
-    const std::vector<std::string> texts =
-        withoutNone(describe.texts(describe.get<jobjectArray>(static_cast<jint>(message)).get()));
+    const std::vector<std::string> texts = described(message);
     MessageCopy copy;
     copy.body = Call(delivery::kBody).bytes(message);
     for (size_t i = 0; i + 2 < texts.size(); i += 3) {

@@ -56,6 +56,9 @@ public:
     Values header(const std::string& name);
     Values property(const std::string& name);  // empty: no message has it
 
+    // False for a receive that failed before there was a message.
+    bool isMessage(size_t message);
+
     // Why the connector refused the message; none: it handed it on.
     std::optional<std::string> refusal(size_t message);
 

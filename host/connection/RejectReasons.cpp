@@ -3,6 +3,7 @@
 #include <optional>
 #include <string_view>
 
+#include "host/process/Console.h"
 #include "host/values/ModifiedUtf8.h"
 #include "host/values/Text.h"
 #include "jmsin/XmlScanner.h"
@@ -82,18 +83,23 @@ Reject silent(const Settings& settings, Delivery* delivery, size_t message) {
 
 }  // namespace
 
-Reject reasonOf(const Settings& settings, HeardErrors& heard, Delivery* delivery, size_t message) {
+std::optional<Reject> reasonOf(const Settings& settings, HeardErrors& heard, Delivery* delivery,
+                               size_t message) {
     if (delivery != nullptr) {
-        if (auto refusal = delivery->refusal(message)) return {Stage::kReceive, "", std::move(*refusal), ""};
+        if (auto refusal = delivery->refusal(message)) {
+            if (delivery->isMessage(message)) return Reject{Stage::kReceive, "", std::move(*refusal), ""};
+            say(*refusal);
+            return std::nullopt;
+        }
     }
     if (!heard.errors.empty()) {
         const AdapterError error = std::move(heard.errors.back());
         heard.errors.pop_back();
-        return {error.isOfRow ? Stage::kType : Stage::kParse, keyOf(error.text), toUtf8(error.text),
-                toUtf8(error.column)};
+        return Reject{error.isOfRow ? Stage::kType : Stage::kParse, keyOf(error.text), toUtf8(error.text),
+                      toUtf8(error.column)};
     }
     if (!heard.logged.empty())
-        return {Stage::kParse, keyOf(heard.logged.back()), toUtf8(heard.logged.back()), ""};
+        return Reject{Stage::kParse, keyOf(heard.logged.back()), toUtf8(heard.logged.back()), ""};
     return silent(settings, delivery, message);
 }
 

@@ -24,6 +24,9 @@ size_t bytesOf(const ServerRow& row) {
     return bytes;
 }
 
+// Whether the provider gives a message again that was not settled.
+bool comesAgain(const Settings& settings) { return isQueue(settings) || isDurable(settings); }
+
 std::unique_ptr<Settlement> settlementOf(const Settings& settings, LoadedAdapter& adapter) {
     return settings.serverSettles ? settledByAdapter(adapter)
                                   : settledByHost(static_cast<size_t>(settleAfter(settings)));
@@ -42,10 +45,10 @@ RunLoop::RunLoop(LoadedAdapter& adapter, const Session& session, const RowType& 
       settlement_(settlementOf(session.settings, adapter)),
       envelope_(session.settings.envelope.empty()
                     ? std::nullopt
-                    : std::optional<EnvelopeFields>(std::in_place, session.settings, streamType)),
-      adapterTotal_(adapter.plugin().getTotalRowsProcessed(adapter.handle())),
-      adapterBad_(adapter.plugin().getNumberOfBadRows(adapter.handle())) {
+                    : std::optional<EnvelopeFields>(std::in_place, session.settings, streamType)) {
     batch_.envelopes = settlement_->delivery();
+    adapterTotal_ = adapter.plugin().getTotalRowsProcessed(adapter.handle());
+    adapterBad_ = adapter.plugin().getNumberOfBadRows(adapter.handle());
 }
 
 void RunLoop::run() {
@@ -114,7 +117,8 @@ bool RunLoop::isDue(Clock::time_point now) const {
 // Only what is kept may be settled.
 void RunLoop::settle() {
     if (batch_.messages.empty()) return;
-    if (settlement_->isLost()) {
+    const bool isLost = settlement_->isLost();
+    if (isLost && comesAgain(session_.settings)) {
         drop();
         return;
     }
@@ -126,7 +130,10 @@ void RunLoop::settle() {
         drop();
         throw;
     }
-    sink_.settled(settlement_->settle());
+    // Of a topic without a memory nothing comes again, so what was heard is kept although its link is lost.
+    if (isLost) settlement_->forget();
+    sink_.settled(isLost || settlement_->settle());
+    idleSince_ = Clock::now();
     beginBatch();
 }
 

@@ -64,8 +64,8 @@ private:
     std::int64_t batchGood_ = 0;
     std::int64_t batchBad_ = 0;
     Clock::time_point batchBegin_;
-    std::int64_t adapterTotal_;  // as the adapter counts, also for a loop before this one
-    std::int64_t adapterBad_;
+    std::int64_t adapterTotal_ = 0;  // as the adapter counts
+    std::int64_t adapterBad_ = 0;
     Clock::time_point idleSince_;
     double idle_ = 0;
 };

@@ -52,10 +52,12 @@ Ledger::Claim Ledger::claim(DatabaseSession& session) {
     if (epoch_ != 0) {
         session.rollback();
         if (row->epoch != epoch_) return Claim::kTakenOver;
-        written_ = std::move(row->ids);
+        found_ = std::move(row->ids);
         return Claim::kOurs;
     }
-    ids_.clear();
+    known_.clear();
+    written_.clear();
+    found_.clear();
     old_.clear();
     oldRows_ = std::move(row->old);
     for (const std::string& one : oldRows_) old_.insert(idOf(one));
@@ -64,7 +66,6 @@ Ledger::Claim Ledger::claim(DatabaseSession& session) {
     session.updateLedger(next, row->epoch);
     session.commit();
     epoch_ = next.epoch;
-    written_.clear();
     oldIsChanged_ = false;
     isConfirmed_ = true;
     return Claim::kNew;
@@ -76,10 +77,10 @@ LedgerUpdate Ledger::update(const std::vector<std::string>& ids) {
     return {epoch_, &ids, oldIsChanged_ ? &oldRows_ : nullptr};
 }
 
-void Ledger::isWritten(const std::vector<std::string>& ids) {
-    written_ = ids;
-    ids_.clear();
-    ids_.insert(ids.begin(), ids.end());
+void Ledger::isWritten(std::vector<std::string> ids) {
+    known_.clear();
+    written_ = std::move(ids);
+    known_.insert(written_.begin(), written_.end());
     oldIsChanged_ = false;
     isConfirmed_ = false;
 }

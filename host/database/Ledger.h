@@ -34,19 +34,21 @@ public:
     // The next claim begins anew.
     void giveUp() { epoch_ = 0; }
 
-    bool knows(const std::string& id) const { return ids_.count(id) > 0 || old_.count(id) > 0; }
+    bool knows(const std::string& id) const {
+        return known_.count(id) > 0 || (!old_.empty() && old_.count(id) > 0);
+    }
 
     // What goes into the transaction of a batch; valid until the next call that is not const.
     LedgerUpdate update(const std::vector<std::string>& ids);
 
     // The transaction of that batch was committed.
-    void isWritten(const std::vector<std::string>& ids);
+    void isWritten(std::vector<std::string> ids);
 
     // Whether the provider has confirmed what was written last; asked for by every batch.
     void settled(bool isConfirmed) { isConfirmed_ = isConfirmed; }
 
-    // Whether a transaction was committed of which nobody knew: reads the row, which is still ours.
-    bool wasCommitted(const std::vector<std::string>& ids) const { return written_ == ids; }
+    // Whether the transaction of that batch is in what the last claim found.
+    bool wasCommitted(const std::vector<std::string>& ids) const { return found_ == ids; }
 
 private:
     void moveToOld(const std::vector<std::string>& ids);
@@ -55,10 +57,11 @@ private:
     const std::int64_t hours_;
     std::int64_t epoch_ = 0;  // 0: none is ours
     bool isConfirmed_ = true;
-    std::vector<std::string> written_;  // `ids` as they stand in the database
-    std::vector<std::string> oldRows_;  // `old` as it should stand there
+    std::vector<std::string> written_;            // `ids` as this host wrote them last
+    std::unordered_set<std::string_view> known_;  // the same
+    std::vector<std::string> found_;              // `ids` as they stood in the database at the last claim
+    std::vector<std::string> oldRows_;            // `old` as it should stand there
     bool oldIsChanged_ = false;
-    std::unordered_set<std::string> ids_;
     std::unordered_set<std::string> old_;
 };
 

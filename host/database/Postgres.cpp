@@ -46,7 +46,7 @@ std::string codeIn(const std::string& message) {
                std::isupper(static_cast<unsigned char>(c)) != 0;
     };
     for (size_t at = message.find(":  "); at != std::string::npos; at = message.find(":  ", at + 1)) {
-        const std::string code = message.substr(at + 3, kLength);
+        std::string code = message.substr(at + 3, kLength);
         if (code.size() == kLength && message.compare(at + 3 + kLength, 2, ": ") == 0 &&
             std::all_of(code.begin(), code.end(), isOfCode))
             return code;
@@ -188,6 +188,10 @@ void PostgresConnection::sendText(const std::string& statement, PostgresParamete
 void PostgresConnection::sendText(const std::string& statement) {
     PostgresParameters none;
     sendText(statement, none);
+}
+
+void PostgresConnection::push() {
+    if (PQflush(connection_.get()) < 0) lose(plainMessage(PQerrorMessage(connection_.get())));
 }
 
 void PostgresConnection::sync() {

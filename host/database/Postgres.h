@@ -58,6 +58,7 @@ public:
     void send(const std::string& name, PostgresParameters& parameters);  // one that was prepared
     void sendText(const std::string& statement, PostgresParameters& parameters);
     void sendText(const std::string& statement);
+    void push();  // what was sent goes out now, as far as there is room
     void sync();
     PostgresResult receive();  // throws PostgresError
     void finish();             // what was not received is left out

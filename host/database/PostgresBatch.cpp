@@ -44,6 +44,7 @@ PostgresSession::Outcome PostgresSession::writeTogether(const Attempt& attempt) 
     std::vector<const Change*> changes;
     for (const size_t i : attempt.left) changes.push_back(&attempt.changes[i]);
     const size_t sent = sendBegin(attempt.ledger);
+    connection_->push();
     const std::vector<std::optional<size_t>> counts = rows_->sendTogether(*connection_, changes);
     connection_->sync();
     if (!receiveBegin(attempt.ledger, sent)) return Outcome::kNotOurs;

@@ -9,7 +9,15 @@
 namespace host {
 
 // The types of parameters that are sent, by their numbers in every PostgreSQL.
-enum class PostgresType : std::uint32_t { kBoolean = 16, kBytes = 17, kLong = 20, kText = 25, kFloat = 701 };
+enum class PostgresType : std::uint32_t {
+    kBoolean = 16,
+    kBytes = 17,
+    kLong = 20,
+    kText = 25,
+    kFloat = 701,
+    kTimestamp = 1114,
+    kTimestamptz = 1184
+};
 
 // The parameters of one statement, in their order.
 class PostgresParameters {

@@ -5,6 +5,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "host/database/PostgresMoments.h"
 #include "host/database/RowStatements.h"
 #include "host/database/Schema.h"
 #include "host/database/StoredText.h"
@@ -18,10 +19,15 @@ namespace {
 
 constexpr char kInsert[] = "i", kUpdate[] = "u", kUpsert[] = "p", kRemove[] = "d";
 constexpr char kBring[] = "bring", kTakeAway[] = "take away";
-constexpr std::string_view kNull = "\xC0\x80";  // U+0000 in modified UTF-8
-constexpr char kUntranslatable[] = "22021";
+constexpr std::string_view kNull = "\xC0\x80";                        // U+0000 in modified UTF-8
+constexpr char kUntranslatable[] = "22021", kOutOfRange[] = "22008";  // as the server would say
+constexpr size_t kTogether = 500;  // rows a statement: the server works while the next are made ready
 
 constexpr size_t kOp = 0, kSequence = 1, kMessageId = 2, kAt = 3;  // behind the stream's columns
+
+bool isMoment(PostgresType type) {
+    return type == PostgresType::kTimestamp || type == PostgresType::kTimestamptz;
+}
 
 bool setsKey(char op) { return op == 'p' || op == 's'; }
 
@@ -44,8 +50,11 @@ PostgresRows::Form PostgresRows::formOf(const Column& column, const DatabaseType
             return {value, PostgresType::kLong, "bigint", ""};
         case ValueForm::kText:
             return {value, PostgresType::kText, "text", ""};
-        case ValueForm::kDecimal:
         case ValueForm::kMoment:
+            if (there.name == "timestamp") return {value, PostgresType::kTimestamp, "timestamp", ""};
+            if (there.name == "timestamptz") return {value, PostgresType::kTimestamptz, "timestamptz", ""};
+            break;
+        case ValueForm::kDecimal:
             break;
     }
     return {value, PostgresType::kText, "text", "::" + there.name};
@@ -59,6 +68,7 @@ PostgresRows::PostgresRows(SinkMode mode, const RowType& type, const std::string
         const auto there = std::find_if(shape.columns.begin(), shape.columns.end(),
                                         [&name](const TableColumn& one) { return one.name == name; });
         forms_.push_back(formOf(column, there->type));
+        names_.push_back(name);
     }
     const RowStatements texts(mode, type, table, [this](size_t column) {
         if (column == type_.columns.size() + kAt) return std::string("now()");
@@ -125,12 +135,17 @@ void PostgresRows::prepare(PostgresConnection& connection) const {
 std::optional<Reject> PostgresRows::unfit(const ServerRow& row) const {
     for (size_t i = 0; i < row.values.size(); ++i) {
         const auto* text = std::get_if<std::string>(&row.values[i]);
-        if (text == nullptr || forms_[i].value != ValueForm::kText || text->find(kNull) == std::string::npos)
-            continue;
-        const std::string name = toUtf8(type_.columns[i].name);
-        return refusals_.refused(
-            row, {kUntranslatable,
-                  "column " + inQuotes(name) + " has a U+0000, which PostgreSQL cannot store.", name});
+        if (text == nullptr) continue;
+        const std::string& name = names_[i];
+        if (forms_[i].value == ValueForm::kText && text->find(kNull) != std::string::npos)
+            return refusals_.refused(
+                row, {kUntranslatable,
+                      "column " + inQuotes(name) + " has a U+0000, which PostgreSQL cannot store.", name});
+        if (isMoment(forms_[i].type) && !postgresMoment(*text))
+            return refusals_.refused(row, {kOutOfRange,
+                                           "column " + inQuotes(name) + " is " + inQuotes(*text) +
+                                               ", which is beyond PostgreSQL's timestamps.",
+                                           name});
     }
     return refusals_.unfit(row);
 }
@@ -147,6 +162,10 @@ void PostgresRows::addValue(Out& out, size_t column, const Value& value) {
         out.add(*number);
     } else {
         const auto& text = std::get<std::string>(value);
+        if (isMoment(forms_[column].type)) {
+            out.add(postgresMoment(text).value_or(0));
+            return;
+        }
         text_.clear();
         if (forms_[column].value == ValueForm::kBytes) {
             appendHexBytes(text, text_);
@@ -194,7 +213,7 @@ bool PostgresRows::canBring(const std::vector<Change>& changes) const {
 }
 
 void PostgresRows::fill(std::vector<PostgresArray>& arrays, const std::vector<size_t>& columns,
-                        const std::vector<const Change*>& changes) {
+                        std::span<const Change* const> changes) {
     const size_t own = type_.columns.size();
     for (size_t i = 0; i < columns.size(); ++i) {
         PostgresArray& array = arrays[i];
@@ -250,12 +269,14 @@ std::vector<std::optional<size_t>> PostgresRows::sendTogether(PostgresConnection
         for (PostgresArray& array : arrays) parameters_.add(array.bytes());
         connection.send(name, parameters_);
     };
-    if (!brought.empty()) {
-        std::vector<size_t> columns(forms_.size());
-        for (size_t i = 0; i < columns.size(); ++i) columns[i] = i;
-        fill(arrays_, columns, brought);
+    std::vector<size_t> columns(forms_.size());
+    for (size_t i = 0; i < columns.size(); ++i) columns[i] = i;
+    for (size_t begin = 0; begin < brought.size(); begin += kTogether) {
+        const size_t count = std::min(kTogether, brought.size() - begin);
+        fill(arrays_, columns, std::span(brought).subspan(begin, count));
         sendAll(kBring, arrays_);
-        counts.emplace_back(brought.size());
+        connection.push();
+        counts.emplace_back(count);
     }
     if (!taken.empty()) {
         fill(keyArrays_, keys_, taken);

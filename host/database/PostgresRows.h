@@ -2,6 +2,7 @@
 #pragma once
 
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -49,13 +50,14 @@ private:
     void addValue(Out& out, size_t column, const Value& value);
     std::string together(const std::vector<size_t>& columns) const;
     void fill(std::vector<PostgresArray>& arrays, const std::vector<size_t>& columns,
-              const std::vector<const Change*>& changes);
+              std::span<const Change* const> changes);
     std::vector<const Change*> lastOfKeys(const std::vector<const Change*>& changes);
 
     const SinkMode mode_;
     const RowType& type_;
     const Refusals refusals_;
     std::vector<Form> forms_;  // of the stream's columns, then of those that an appended row has besides
+    std::vector<std::string> names_;  // of the stream's columns
     std::vector<size_t> keys_;
     std::vector<std::pair<std::string, std::string>> statements_;  // by their names
     std::string text_;                                             // of the value in hand

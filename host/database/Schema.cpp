@@ -144,24 +144,10 @@ void Schema::checkColumns(const DatabaseSession& session, const TableShape& shap
     const std::string table = quotedName(settings_.table);
     std::set<std::string> written;
     for (const Expected& column : expected(kind)) {
-        const std::string server = typeName(column.type), name = quotedName(column.name);
         written.insert(known(kind, column.name));
         const TableColumn* there = findColumn(kind, shape, column.name);
-        if (there == nullptr) {
-            found.push_back("The table " + table + " lacks the column " + name + " for " + server +
-                            "; add it: ALTER TABLE " + session.tableName(settings_.table) + " ADD COLUMN " +
-                            name + ' ' + column.created + '.');
-            continue;
-        }
-        const std::string begin = "The column " + name + " of " + table + " is ";
-        const Fit fit = fitOf(kind, column.type, there->type);
-        if (there->isComputed) {
-            found.push_back(begin + "computed by the database and cannot be written.");
-        } else if (fit != Fit::kExact) {
-            found.push_back(begin + textOf(there->type) +
-                            (fit == Fit::kRounds ? ", which would round " : ", which does not take ") +
-                            server + "; it needs " + column.created + '.');
-        }
+        std::string sentence = there != nullptr ? misfit(kind, column, *there) : missing(session, column);
+        if (!sentence.empty()) found.push_back(std::move(sentence));
     }
     for (const TableColumn& column : shape.columns) {
         if (!column.mustBeGiven || column.isComputed || written.count(known(kind, column.name)) > 0) continue;
@@ -169,6 +155,31 @@ void Schema::checkColumns(const DatabaseSession& session, const TableShape& shap
             "The column " + quotedName(column.name) + " of " + table +
             " is not in the stream, must not be null and has no default: no row could be written.");
     }
+}
+
+std::string Schema::missing(const DatabaseSession& session, const Expected& column) const {
+    std::string sentence = "The table ";
+    sentence.append(quotedName(settings_.table)).append(" lacks the column ").append(quotedName(column.name));
+    sentence.append(" for ").append(typeName(column.type)).append("; add it: ALTER TABLE ");
+    sentence.append(session.tableName(settings_.table))
+        .append(" ADD COLUMN ")
+        .append(quotedName(column.name));
+    return sentence.append(" ").append(column.created).append(".");
+}
+
+// "": its values come back as they went in.
+std::string Schema::misfit(DatabaseKind kind, const Expected& column, const TableColumn& there) const {
+    const Fit fit = fitOf(kind, column.type, there.type);
+    std::string sentence = "The column ";
+    sentence.append(quotedName(column.name))
+        .append(" of ")
+        .append(quotedName(settings_.table))
+        .append(" is ");
+    if (there.isComputed) return sentence.append("computed by the database and cannot be written.");
+    if (fit == Fit::kExact) return "";
+    sentence.append(textOf(there.type));
+    sentence.append(fit == Fit::kRounds ? ", which would round " : ", which does not take ");
+    return sentence.append(typeName(column.type)).append("; it needs ").append(column.created).append(".");
 }
 
 void Schema::checkKey(const DatabaseSession& session, const TableShape& shape,

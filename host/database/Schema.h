@@ -47,6 +47,8 @@ private:
     void checkNames(DatabaseKind kind, std::vector<std::string>& found) const;
     void checkColumns(const DatabaseSession& session, const TableShape& shape,
                       std::vector<std::string>& found) const;
+    std::string missing(const DatabaseSession& session, const Expected& column) const;
+    std::string misfit(DatabaseKind kind, const Expected& column, const TableColumn& there) const;
     void checkKey(const DatabaseSession& session, const TableShape& shape,
                   std::vector<std::string>& found) const;
     void checkOwnTable(const DatabaseSession& session, const std::string& table, const TableShape& shape,

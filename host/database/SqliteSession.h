@@ -78,4 +78,13 @@ private:
     std::string now_;  // of the transaction
 };
 
+template <typename Action>
+auto SqliteSession::guarded(Action action) {
+    try {
+        return action();
+    } catch (const SqliteError& error) {
+        fail(error);
+    }
+}
+
 }  // namespace host

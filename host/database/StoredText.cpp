@@ -4,6 +4,8 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
+#include <algorithm>
+
 #include "host/process/SafeText.h"
 #include "host/values/ModifiedUtf8.h"
 
@@ -29,6 +31,16 @@ std::string validUtf8(std::string_view text) {
     return valid.append(text);
 }
 
+void read(const rapidjson::Value& object, EnvelopeField& field) {
+    for (const auto& one : object.GetObject()) {
+        const auto* member = std::find_if(
+            std::begin(kMembers), std::end(kMembers),
+            [&one](const Member& known) { return std::string_view(one.name.GetString()) == known.name; });
+        if (member != std::end(kMembers) && one.value.IsString())
+            (field.*member->text).assign(one.value.GetString(), one.value.GetStringLength());
+    }
+}
+
 }  // namespace
 
 void appendHexBytes(std::string_view digits, std::string& out) {
@@ -36,7 +48,11 @@ void appendHexBytes(std::string_view digits, std::string& out) {
         out += static_cast<char>(nibble(digits[i]) << 4 | nibble(digits[i + 1]));
 }
 
-std::string storedLine(std::string_view text) { return oneLine(validUtf8(text)); }
+std::string storedLine(std::string_view text) {
+    const auto isPlain = [](char c) { return c >= ' ' && c < '\x7F'; };
+    if (std::all_of(text.begin(), text.end(), isPlain)) return std::string(text);
+    return oneLine(validUtf8(text));
+}
 
 std::string envelopeText(const std::vector<EnvelopeField>& fields) {
     rapidjson::StringBuffer buffer;
@@ -62,11 +78,7 @@ std::vector<EnvelopeField> envelopeFields(const std::string& text) {
     if (!document.IsArray()) return fields;
     for (const auto& one : document.GetArray()) {
         EnvelopeField& field = fields.emplace_back();
-        for (const Member& member : kMembers) {
-            if (!one.IsObject() || !one.HasMember(member.name) || !one[member.name].IsString()) continue;
-            const auto& value = one[member.name];
-            (field.*member.text).assign(value.GetString(), value.GetStringLength());
-        }
+        if (one.IsObject()) read(one, field);
         if (field.name.empty()) fields.pop_back();
     }
     return fields;

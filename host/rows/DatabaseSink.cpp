@@ -127,9 +127,13 @@ DatabaseSink::Work DatabaseSink::workOf(const Batch& batch) const {
         replays = batch.envelopes->replayOf();
     }
     ids.resize(count);
-    std::unordered_set<std::string> seen;
+    std::unordered_set<std::string_view> seen;
+    seen.reserve(count);
+    work.ids.reserve(count);  // they must stay where they are
+    work.fresh.reserve(count);
     for (size_t i = 0; i < count; ++i) {
-        if (ids[i].empty())
+        const BatchMessage& message = batch.messages[i];
+        if (ids[i].empty() && (message.row || message.reject))
             throw Failure(
                 "The provider gives no message IDs (they are disabled at the sender); exactly once needs "
                 "them.");
@@ -162,8 +166,6 @@ Kept DatabaseSink::keep(Batch& batch) {
             throw;
         }
     }
-    hasWritten_ = !work->fresh.empty();
-    if (hasWritten_) ledger_.isWritten(work->ids);
     tell(*work);
     for (const Work::Rejected& rejected : work->rejected) {
         batch.messages[rejected.message].reject = rejected.reject;
@@ -173,6 +175,8 @@ Kept DatabaseSink::keep(Batch& batch) {
     kept.rejected = static_cast<std::int64_t>(work->rejected.size());
     kept.repeated = work->repeated;
     kept.waited = patience.seconds();
+    hasWritten_ = !work->fresh.empty();
+    if (hasWritten_) ledger_.isWritten(std::move(work->ids));
     return kept;
 }
 
@@ -243,7 +247,7 @@ void DatabaseSink::keepRejects(Work& work) {
         kept.messageId = id;
         kept.reject = {one.reject.stage, storedLine(one.reject.key), storedLine(one.reject.text),
                        storedLine(one.reject.column)};
-        kept.message = copyToKeep(*work.batch->envelopes, one.message, id);
+        kept.message = work.batch->envelopes->copyOf(one.message);
         kept.message.kind = storedLine(kept.message.kind);
         one.id = session_->insertReject(kept);
     }

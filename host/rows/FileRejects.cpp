@@ -1,6 +1,11 @@
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
 #include <algorithm>
 
 #include "host/process/Console.h"
+#include "host/process/Failure.h"
 #include "host/process/Output.h"
 #include "host/rows/Batch.h"
 #include "host/rows/KeptRejects.h"
@@ -11,10 +16,32 @@ namespace host {
 
 namespace {
 
+// Keeps two replays of one file apart: each would make rows of what the other makes rows of.
+class ReplayLock {
+public:
+    explicit ReplayLock(const std::string& file) : descriptor_(::open(file.c_str(), O_RDONLY | O_CLOEXEC)) {
+        if (descriptor_ >= 0 && ::flock(descriptor_, LOCK_EX | LOCK_NB) != 0) {
+            ::close(descriptor_);
+            throw Failure("Another process is replaying " + file + "; try again when it has ended.");
+        }
+    }
+    ~ReplayLock() {
+        if (descriptor_ >= 0) ::close(descriptor_);
+    }
+    ReplayLock(const ReplayLock&) = delete;
+    ReplayLock& operator=(const ReplayLock&) = delete;
+
+private:
+    const int descriptor_;
+};
+
 class FileRejects : public KeptRejects, private RowSink {
 public:
-    FileRejects(const std::string& file, std::unique_ptr<RowSink> rows)
-        : file_(file), all_(readRejectFile(file)), rows_(std::move(rows)) {}
+    FileRejects(const std::string& file, std::unique_ptr<RowSink> rows, bool replays)
+        : file_(file),
+          lock_(replays ? std::make_unique<ReplayLock>(file) : nullptr),
+          all_(readRejectFile(file)),
+          rows_(std::move(rows)) {}
 
     std::vector<KeptReject> list(bool all) override {
         std::vector<KeptReject> found;
@@ -56,6 +83,7 @@ private:
     }
 
     const std::string file_;
+    const std::unique_ptr<ReplayLock> lock_;
     const std::vector<KeptReject> all_;
     const std::unique_ptr<RowSink> rows_;
     std::optional<Output> output_;
@@ -63,8 +91,9 @@ private:
 
 }  // namespace
 
-std::unique_ptr<KeptRejects> fileRejects(const std::string& file, std::unique_ptr<RowSink> rows) {
-    return std::make_unique<FileRejects>(file, std::move(rows));
+std::unique_ptr<KeptRejects> fileRejects(const std::string& file, std::unique_ptr<RowSink> rows,
+                                         bool replays) {
+    return std::make_unique<FileRejects>(file, std::move(rows), replays);
 }
 
 }  // namespace host

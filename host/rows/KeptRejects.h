@@ -39,7 +39,8 @@ public:
 std::unique_ptr<KeptRejects> databaseRejects(const SinkSettings& settings, const RowType& type);
 
 // Those in the file of a run with rows as text; `rows` takes the rows, of which a crash may repeat some, and
-// is null where none will come.
-std::unique_ptr<KeptRejects> fileRejects(const std::string& file, std::unique_ptr<RowSink> rows);
+// is null where none will come. `replays`: not only to be looked at, which one process at a time may do.
+std::unique_ptr<KeptRejects> fileRejects(const std::string& file, std::unique_ptr<RowSink> rows,
+                                         bool replays);
 
 }  // namespace host

@@ -1,6 +1,5 @@
 #include "host/rows/Rejects.h"
 
-#include "host/process/Failure.h"
 #include "host/values/Text.h"
 
 namespace host {
@@ -23,15 +22,6 @@ std::string rejectSentence(std::string_view messageId, const Reject& reject, std
         sentence += "... (" + std::to_string(reject.text.size()) + " bytes)";
     if (!sentence.ends_with('.')) sentence += '.';
     return sentence;
-}
-
-MessageCopy copyToKeep(Envelopes& envelopes, size_t message, std::string_view messageId) {
-    MessageCopy copy = envelopes.copyOf(message);
-    const bool isReadable = copy.kind == "text" || copy.kind == "bytes";
-    if (copy.body || !isReadable) return copy;
-    throw Failure("Message " + std::string(messageId) +
-                  " cannot be kept, because the memory does not suffice for its body (a larger heap, -Xmx in "
-                  "host.jvmOptions, would do); it comes again.");
 }
 
 }  // namespace host

@@ -70,6 +70,28 @@ TEST(Rejects, EveryBadMessageHasItsReasonAndIsKept) {
     }
 }
 
+TEST(Rejects, AnyNumberIsReplayedOnceUnderTodaysConfiguration) {
+    constexpr int kCount = 60;
+    const Scratch scratch;
+    std::string config = trades(kInJvm) + "[host]\nrejects = \"rejects.jsonl\"\n";
+    std::string feed;
+    for (int i = 0; i < kCount; ++i) feed += "Trades,i,K" + std::to_string(i) + ",many,1\n";
+    HostProcess host(scratch, {"run", "--config", scratch.write("c.toml", config), "--feed", scratch.write("feed", feed), "--idle", "0.5"});
+    ASSERT_EQ(host.wait(), 0) << host.errors();
+    const std::string type = "\"integer\"";
+    scratch.write("c.toml", config.replace(config.find(type), type.size(), "\"string\""));
+    const std::tuple<const char*, const char*, int> replays[] = {{"all", "replayed 60, replayed before 0, stay 0", kCount},
+                                                                 {"all", "no reject to replay", 0},
+                                                                 {"7", "replayed 0, replayed before 1", 0}};
+    for (const auto& [which, said, rows] : replays) {
+        HostProcess replay(scratch, {"rejects", "--config", scratch.path("c.toml"), "--replay", which});
+        EXPECT_EQ(replay.wait(Seconds(30)), 0) << replay.errors();
+        EXPECT_NE(replay.errors().find(said), std::string::npos) << replay.errors();
+        const std::string output = replay.output();
+        EXPECT_EQ(std::count(output.begin(), output.end(), '\n'), rows);
+    }
+}
+
 // A wrong header is found before anything starts.
 TEST(Rejects, ColumnsFromHeadersStandAnywhereAndAreNoFields) {
     const Scratch scratch;

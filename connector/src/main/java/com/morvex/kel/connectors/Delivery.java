@@ -74,7 +74,7 @@ public final class Delivery {
     /**
      * The body as it came: a text in UTF-8, bytes, a serialised object, for a stream message a serialised
      * {@code ArrayList} of its values, for a map message a serialised {@code LinkedHashMap}; empty for no body. Null
-     * when it cannot be had. Throws nothing.
+     * when it cannot be had; an OutOfMemoryError when it could with more memory.
      */
     public static byte[] body(int message) {
         Batch batch = BATCH.get();

@@ -6,6 +6,7 @@ import java.util.concurrent.locks.LockSupport;
 import java.util.concurrent.locks.ReentrantLock;
 import java.util.function.Supplier;
 import javax.jms.Connection;
+import javax.jms.DeliveryMode;
 import javax.jms.Destination;
 import javax.jms.JMSException;
 import javax.jms.Message;
@@ -231,7 +232,8 @@ final class Link {
             } catch (JMSException e) {
                 throw new ConnectorException("The message could not be made: " + Log.reason(e), e);
             }
-            blocking.run(() -> producer.send(message));
+            int priority = Replay.priorityOf(message);
+            blocking.run(() -> producer.send(message, DeliveryMode.PERSISTENT, priority, Message.DEFAULT_TIME_TO_LIVE));
         } finally {
             lock.unlock();
         }

@@ -45,7 +45,10 @@ final class MessageBody {
         return "none";
     }
 
-    /** A text in UTF-8, bytes, a serialised object, list or map; empty without a body, null if it cannot be had. */
+    /**
+     * A text in UTF-8, bytes, a serialised object, list or map; empty without a body, null if it cannot be had. An
+     * error of the virtual machine goes up: with more memory it could.
+     */
     byte[] bytes(Message message) {
         try {
             if (message instanceof TextMessage text) return utf8(text.getText());
@@ -54,7 +57,8 @@ final class MessageBody {
             if (message instanceof StreamMessage stream) return serialised(valuesOf(stream));
             if (message instanceof MapMessage map) return serialised(valuesOf(map));
             return message == null ? null : new byte[0];
-        } catch (JMSException | IOException | RuntimeException | Error e) {   // no memory is a reason too
+        } catch (JMSException | IOException | RuntimeException | Error e) {
+            if (MemoryShortage.isBehind(e)) throw new OutOfMemoryError(Log.rootReason(e));
             Log.detail("The body of a message cannot be had.", e);
             return null;
         }

@@ -23,8 +23,8 @@ final class MessageFacts {
     private static final Map<String, Header> HEADERS = new LinkedHashMap<>();
 
     static {
-        HEADERS.put("JMSMessageID", message -> original(message, Replay.ID, message.getJMSMessageID()));
-        HEADERS.put("JMSTimestamp", message -> original(message, Replay.TIMESTAMP, time(message.getJMSTimestamp())));
+        HEADERS.put("JMSMessageID", Message::getJMSMessageID);
+        HEADERS.put("JMSTimestamp", message -> time(message.getJMSTimestamp()));
         HEADERS.put("JMSCorrelationID", Message::getJMSCorrelationID);
         HEADERS.put("JMSRedelivered", message -> String.valueOf(message.getJMSRedelivered()));
         HEADERS.put("JMSType", Message::getJMSType);
@@ -45,7 +45,7 @@ final class MessageFacts {
             String unknown = "\"%s\" is no header of a message; allowed are %s.";
             throw new ConnectorException(unknown.formatted(name, String.join(", ", HEADERS.keySet())));
         }
-        return message == null ? null : orNull(message, header);
+        return message == null ? null : original(message, name, header);
     }
 
     /** Null where the message does not have it. */
@@ -63,7 +63,7 @@ final class MessageFacts {
         if (message == null) return new String[0];
         Collections.addAll(triples, "kind", "", MessageBody.kindOf(message));
         HEADERS.forEach((name, header) -> {
-            String value = orNull(message, header);
+            String value = original(message, name, header);
             if (value != null) Collections.addAll(triples, name, "header", value);
         });
         for (String name : propertyNames(message)) {
@@ -103,10 +103,9 @@ final class MessageFacts {
     }
 
     /** A replayed message stands for the one that it was made of. */
-    private static String original(Message message, String property, String own) throws JMSException {
-        if (!message.propertyExists(Replay.OF)) return own;
-        String original = message.getStringProperty(property);
-        return original == null ? own : original;
+    private static String original(Message message, String name, Header header) {
+        String original = Replay.isReplay(message) ? property(message, Replay.PREFIX + name) : null;
+        return original == null ? orNull(message, header) : original;
     }
 
     private static String time(long millis) { return millis == 0 ? null : String.valueOf(millis); }

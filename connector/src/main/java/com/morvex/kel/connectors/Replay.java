@@ -9,12 +9,9 @@ import javax.jms.Session;
 
 /** Sends messages once more that were kept as {@link Delivery} told them. */
 public final class Replay {
-    /** The properties of such a message: what it is a replay of, and the ID and time of the message it stands for. */
+    /** What such a message is a replay of, and how the properties begin that have the headers of the message it was. */
     static final String OF = "kelReplayOf";
-    static final String ID = "kelReplayID";
-    static final String TIMESTAMP = "kelReplayTimestamp";
-
-    private static final Set<String> OWN = Set.of(OF, ID, TIMESTAMP);
+    static final String PREFIX = "kelReplay";
 
     /** Of the names that JMS reserves, those that are a sender's to set. */
     private static final Set<String> SETTABLE = Set.of("JMSXGroupID", "JMSXGroupSeq");
@@ -34,6 +31,21 @@ public final class Replay {
         return connector.replay(body, description, replayOf);
     }
 
+    static boolean isReplay(Message message) {
+        try {
+            return message.propertyExists(OF);
+        } catch (JMSException | RuntimeException e) {
+            Log.detail("A message does not tell its properties.", e);
+            return false;
+        }
+    }
+
+    /** The priority to send a message with: its original's, where it is a replay. */
+    static int priorityOf(Message message) throws JMSException {
+        String original = isReplay(message) ? message.getStringProperty(PREFIX + "JMSPriority") : null;
+        return original == null ? Message.DEFAULT_PRIORITY : Integer.parseInt(original);
+    }
+
     static Message message(Session session, MessageBody bodies, byte[] body, String[] description, String replayOf)
             throws JMSException {
         if (body == null) throw new ConnectorException("The message was not sent: its body was not kept.");
@@ -51,8 +63,9 @@ public final class Replay {
         message.setJMSCorrelationID(headers.get("JMSCorrelationID"));
         message.setJMSType(headers.get("JMSType"));
         setText(message, OF, replayOf);
-        setText(message, ID, headers.get("JMSMessageID"));
-        setText(message, TIMESTAMP, headers.get("JMSTimestamp"));
+        for (Map.Entry<String, String> header : headers.entrySet()) {
+            setText(message, PREFIX + header.getKey(), header.getValue());
+        }
         return message;
     }
 
@@ -61,7 +74,7 @@ public final class Replay {
     }
 
     private static void setProperty(Message message, String name, String type, String value) throws JMSException {
-        if (OWN.contains(name) || (name.startsWith("JMS") && !SETTABLE.contains(name))) return;
+        if (name.startsWith(PREFIX) || (name.startsWith("JMS") && !SETTABLE.contains(name))) return;
         try {
             message.setObjectProperty(name, valueOf(type, value));
         } catch (NumberFormatException e) {
