@@ -86,7 +86,7 @@ public:
 
 private:
     static std::string run(const std::string& database, const std::string& statements) {
-        const std::string file = testing::TempDir() + "kel-database.sql";
+        const std::string file = cluster().folder() + "/sql";
         std::ofstream(file) << statements;
         return outputOf("psql -X -q -A -t -P null='~' -f " + file + " '" + cluster().url(database) + "'");
     }
