@@ -132,8 +132,12 @@ private:
             say("Reject " + std::to_string(id) + " stays: its body was not kept.");
             return;
         }
-        if (!sender_.send(kept->message, rejects_.markOf(id)))
-            throw Failure("Reject " + std::to_string(id) + " could not be sent; the reason stands above.");
+        if (!sender_.send(kept->message, rejects_.markOf(id))) {
+            if (!isStopped_)
+                say("Reject " + std::to_string(id) +
+                    " stays: it could not be sent; the reason stands above.");
+            return;
+        }
         if (isSentBack_) {
             rejects_.wasSent(id);
             ++done_;

@@ -23,7 +23,8 @@ constexpr std::string_view kNull = "\xC0\x80";                        // U+0000 
 constexpr char kUntranslatable[] = "22021", kOutOfRange[] = "22008";  // as the server would say
 constexpr size_t kTogether = 500;  // rows a statement: the server works while the next are made ready
 
-constexpr size_t kOp = 0, kSequence = 1, kMessageId = 2, kAt = 3;  // behind the stream's columns
+constexpr size_t kOp = 0, kSequence = 1,
+                 kAt = 3;  // behind the stream's columns; the ID of the message is between
 
 bool isMoment(PostgresType type) {
     return type == PostgresType::kTimestamp || type == PostgresType::kTimestamptz;

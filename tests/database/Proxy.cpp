@@ -73,26 +73,22 @@ void Proxy::serve() {
 void Proxy::pass(int client, int server) {
     std::array<pollfd, 2> ends{{{client, POLLIN, 0}, {server, POLLIN, 0}}};
     std::array<char, 65536> buffer;
+    bool isFound = false;
     while (!isStopped_) {
         if (::poll(ends.data(), ends.size(), kLookMillis) <= 0) continue;
         for (size_t from = 0; from < ends.size(); ++from) {
             if (ends[from].revents == 0) continue;
             const ssize_t count = ::read(ends[from].fd, buffer.data(), buffer.size());
             if (count <= 0) return;
-            const bool isFound = from == 0 && cut_ != Cut::kNone &&
-                                 std::string_view(buffer.data(), static_cast<size_t>(count)).find(words_) != std::string_view::npos;
-            if (isFound && cut_ == Cut::kBeforeTheServerHasThem) {
+            const std::string_view text(buffer.data(), static_cast<size_t>(count));
+            isFound = isFound || (from == 0 && cut_ != Cut::kNone && text.find(words_) != std::string_view::npos);
+            // What the server has done is known by its answer, which the client never hears.
+            if (isFound && (cut_ == Cut::kBeforeTheServerHasThem || from == 1)) {
                 cut_ = Cut::kNone;
                 ++cuts_;
                 return;
             }
-            EXPECT_EQ(::write(ends[1 - from].fd, buffer.data(), static_cast<size_t>(count)), count);
-            if (isFound) {
-                cut_ = Cut::kNone;
-                ++cuts_;
-                EXPECT_GT(::poll(&ends[1], 1, 5000), 0) << "the server answers, and the client never hears it";
-                return;
-            }
+            EXPECT_EQ(::write(ends[1 - from].fd, buffer.data(), text.size()), count);
         }
     }
 }
