@@ -29,8 +29,9 @@ constexpr Passing kPassing[] = {
     {"58", nullptr},  // input and output
 };
 
-// Values, constraints, keys too long for an index, views with a check, and what triggers raise.
-constexpr const char* kOfRow[] = {"21", "22", "23", "27", "44", "54", "P0"};
+// Values, constraints, keys too long for an index, views with a check, and what triggers and their functions
+// raise.
+constexpr const char* kOfRow[] = {"21", "22", "23", "27", "38", "39", "44", "45", "54", "P0"};
 
 }  // namespace
 

@@ -1,5 +1,7 @@
 #include "host/database/SqliteSession.h"
 
+#include <sys/stat.h>
+
 #include <sqlite3.h>
 
 #include <algorithm>
@@ -122,7 +124,22 @@ bool SqliteSession::connect() {
         // FULL: a power cut must not take rows whose messages are gone.
         connection().execute("PRAGMA synchronous = FULL; PRAGMA foreign_keys = ON");
     });
+    struct stat status {};
+    const bool isFile = ::stat(file_.c_str(), &status) == 0;
+    device_ = status.st_dev;
+    inode_ = isFile ? status.st_ino : 0;
     return true;
+}
+
+// SQLite goes on writing into a file that was removed or moved away, which nobody would look into.
+void SqliteSession::checkPlace() const {
+    struct stat status {};
+    const bool isThere = ::stat(file_.c_str(), &status) == 0;
+    if (inode_ == 0 || (isThere && status.st_dev == device_ && status.st_ino == inode_)) return;
+    throw Failure(
+        "The database file " + file_ +
+        " was removed or replaced while it was in use; put it back, or start again for a new one. The "
+        "last batch's messages come again.");
 }
 
 void SqliteSession::disconnect() {
@@ -183,12 +200,14 @@ void SqliteSession::prepare(const TableShape&) {
     rows_.keys = texts.keyColumns();
     rows_.texts.resize(type_.columns.size());
     for (const Column& column : type_.columns) rows_.forms.push_back(valueForm(column.type));
+    // Over what a constraint of the table does by itself: REPLACE would remove other rows without a word.
+    const auto orAbort = [](std::string text) { return text.insert(text.find(' '), " OR ABORT"); };
     setUp([&] {
-        rows_.insert = connection().prepare(texts.insert());
+        rows_.insert = connection().prepare(orAbort(texts.insert()));
         if (settings_.mode == SinkMode::kAppend) return;
-        rows_.update = connection().prepare(texts.update());
+        rows_.update = connection().prepare(orAbort(texts.update()));
         rows_.remove = connection().prepare(texts.remove());
-        rows_.upsert = connection().prepare(texts.upsert());
+        rows_.upsert = connection().prepare(orAbort(texts.upsert()));
     });
 }
 
@@ -261,6 +280,7 @@ std::optional<Reject> SqliteSession::writeOne(const Change& change) {
         return connection().changes() == 0 ? refusals_.withoutEffect(row) : std::nullopt;
     } catch (const SqliteError& error) {
         if (!isOfRow(error.code)) throw;
+        hasFailed_ = true;
         if (!connection().isInTransaction())
             throw Failure("The table " + quotedName(settings_.table) + " ends transactions by itself (" +
                           error.what() + "); no trigger or ON CONFLICT ROLLBACK may do that.");
@@ -268,17 +288,30 @@ std::optional<Reject> SqliteSession::writeOne(const Change& change) {
     }
 }
 
-std::optional<Reject> SqliteSession::writeAlone(const Change& change) {
+// What a trigger did before it failed may have to be taken back.
+std::optional<Reject> SqliteSession::writeAlone(const Change& change, Care care) {
     connection().execute("SAVEPOINT one");
     std::optional<Reject> reject = writeOne(change);
-    if (!reject && connection().hasBrokenReferences()) {
+    if (!reject && care == Care::kStrict && connection().hasBrokenReferences()) {
         const DatabaseError error{std::to_string(SQLITE_CONSTRAINT_FOREIGNKEY),
                                   "FOREIGN KEY constraint failed", ""};
         reject = refusals_.refused(*change.row, error);
-        connection().execute("ROLLBACK TO one");
     }
+    if (reject) connection().execute("ROLLBACK TO one");
     connection().execute("RELEASE one");
     return reject;
+}
+
+// False: a row failed among others, and with care all of them are to be written anew.
+bool SqliteSession::writeAll(const std::vector<Change>& changes, Care care, std::vector<Refused>& refused) {
+    for (size_t i = 0; i < changes.size(); ++i) {
+        hasFailed_ = false;
+        std::optional<Reject> reject =
+            care == Care::kInOneGo ? writeOne(changes[i]) : writeAlone(changes[i], care);
+        if (hasFailed_ && care == Care::kInOneGo) return false;
+        if (reject) refused.push_back({i, std::move(*reject)});
+    }
+    return true;
 }
 
 bool SqliteSession::write(const LedgerUpdate* ledger, const std::vector<Change>& changes, Care care,
@@ -286,18 +319,20 @@ bool SqliteSession::write(const LedgerUpdate* ledger, const std::vector<Change>&
     refused.clear();
     return guarded([&] {
         if (ledger != nullptr && !writeLedger(*ledger)) return false;
-        for (size_t i = 0; i < changes.size(); ++i) {
-            std::optional<Reject> reject =
-                care == Care::kStrict ? writeAlone(changes[i]) : writeOne(changes[i]);
-            if (reject) refused.push_back({i, std::move(*reject)});
-        }
-        return true;
+        if (writeAll(changes, care, refused)) return true;
+        refused.clear();
+        connection().execute("ROLLBACK");
+        begin();
+        if (ledger != nullptr && !writeLedger(*ledger)) return false;
+        return writeAll(changes, Care::kOneByOne, refused);
     });
 }
 
 bool SqliteSession::commit() {
     try {
+        checkPlace();
         connection().execute("COMMIT");
+        checkPlace();  // what went elsewhere meanwhile is not settled
         return true;
     } catch (const SqliteError& error) {
         rollback();

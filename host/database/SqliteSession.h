@@ -1,6 +1,8 @@
 // A database file of SQLite.
 #pragma once
 
+#include <sys/types.h>
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -62,7 +64,9 @@ private:
     void setUp(Action action);
     bool writeLedger(const LedgerUpdate& update);
     std::optional<Reject> writeOne(const Change& change);
-    std::optional<Reject> writeAlone(const Change& change);
+    std::optional<Reject> writeAlone(const Change& change, Care care);
+    bool writeAll(const std::vector<Change>& changes, Care care, std::vector<Refused>& refused);
+    void checkPlace() const;
     SqliteStatement& statementFor(char op);
     void bindValue(SqliteStatement& statement, size_t column, const Value& value);
     void bindRow(SqliteStatement& statement, const Change& change);
@@ -77,7 +81,10 @@ private:
     SourceFile lock_;
     std::optional<SqliteConnection> connection_;
     Rows rows_;
-    std::string now_;  // of the transaction
+    std::string now_;         // of the transaction
+    bool hasFailed_ = false;  // the statement of the row written last ended with an error
+    dev_t device_ = 0;        // of the open file
+    ino_t inode_ = 0;         // 0: not of a file
 };
 
 template <typename Action>

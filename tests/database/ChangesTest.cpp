@@ -77,6 +77,16 @@ TEST_P(Sinks, ARefusedRowIsKeptAsAReject) {
               isPostgres() ? "2|trades|5|sink|23502|Shares|text|~\n" : "2|trades|5|sink|1299|Shares|text|~\n");
 }
 
+// What SQLite does not take back by itself, and what a table does without a word.
+TEST_P(Sinks, AFailedRowLeavesNothingAndReplacesNothing) {
+    if (isPostgres()) GTEST_SKIP() << "PostgreSQL has neither";
+    ask("CREATE TABLE \"Trades\" (\"Symbol\" TEXT PRIMARY KEY, \"Shares\" INTEGER UNIQUE ON CONFLICT REPLACE, \"Price\" REAL);"
+        "CREATE TRIGGER t AFTER INSERT ON \"Trades\" WHEN NEW.\"Shares\" = 13 BEGIN SELECT RAISE(FAIL, 'thirteen'); END;");
+    const auto sink = open();
+    EXPECT_EQ(keep(*sink, {row("1", 'i', "A", 1), row("2", 'i', "B", 13), row("3", 'i', "C", 3), row("4", 'i', "D", 1)}), "2 2 0");
+    EXPECT_EQ(ask("SELECT \"Symbol\", \"Shares\" FROM \"Trades\" ORDER BY 1;"), "A|1\nC|3\n");
+}
+
 // A constraint that is checked at the commit names no row.
 TEST_P(Sinks, ADeferredConstraintFindsItsRow) {
     ask("CREATE TABLE \"Trades\" (\"Symbol\" TEXT PRIMARY KEY, \"Shares\" INTEGER UNIQUE, \"Price\" DOUBLE PRECISION REFERENCES \"P\""

@@ -8,6 +8,7 @@
 #include <filesystem>
 
 #include "host/process/Clock.h"
+#include "host/process/Failure.h"
 #include "tests/database/Fixture.h"
 #include "tests/database/Proxy.h"
 
@@ -41,6 +42,14 @@ protected:
     std::string symbols() { return ask("SELECT \"Symbol\" FROM \"Trades\" ORDER BY 1;"); }
 };
 INSTANTIATE_TEST_SUITE_P(Of, Outages, testing::Values("sqlite", "postgresql"));
+
+TEST_P(Outages, AFileThatIsRemovedTakesNoRowWithIt) {
+    if (isPostgres()) GTEST_SKIP() << "it has no file";
+    const auto sink = open();
+    keep(*sink, {row("1", "A")});
+    std::filesystem::remove(server->url().substr(std::string("sqlite:").size()));
+    EXPECT_THROW(keep(*sink, {row("2", "B")}), host::Failure);
+}
 
 TEST_P(Outages, ALockIsWaitedForAndTold) {
     settings.lockTimeoutMillis = 50;
