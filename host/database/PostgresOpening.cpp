@@ -136,7 +136,8 @@ private:
     static std::vector<Options> serversOf(const OptionList& options) {
         Options lists;
         for (const char* name : {kHost, kAddress}) {
-            if (const std::string list = valueOf(options, name); !list.empty()) lists.emplace_back(name, list);
+            if (const std::string list = valueOf(options, name); !list.empty())
+                lists.emplace_back(name, list);
         }
         const std::vector<std::string> ports = partsOf(valueOf(options, kPort));
         std::vector<Options> servers(lists.empty() ? 1 : partsOf(lists.front().second).size());
@@ -151,8 +152,8 @@ private:
         return servers;
     }
 
-    // What the URL has goes before what stands ahead of it here, and `more` before that. A server that is gone
-    // without a word is noticed by the system's questions and by what it does not acknowledge.
+    // What the URL has goes before what stands ahead of it here, and `more` before that. A server that is
+    // gone without a word is noticed by the system's questions and by what it does not acknowledge.
     PostgresHandle begin(const Options& more) const {
         Options all = {{"fallback_application_name", "kel-adapter-host " + std::to_string(::getpid())},
                        {"keepalives_idle", "10"},
@@ -208,7 +209,8 @@ private:
     [[noreturn]] static void fail(const PostgresHandle& connection) {
         if (PQconnectionNeedsPassword(connection.get()) == 1)
             throw Failure(
-                "The database asks for a password, and there is none; it is looked for in .pgpass, PGPASSWORD, "
+                "The database asks for a password, and there is none; it is looked for in .pgpass, "
+                "PGPASSWORD, "
                 "a service file and sink.url.");
         const std::string all = messageOf(connection), code = codeIn(all);
         std::string text = plainMessage(all.c_str());
