@@ -183,6 +183,7 @@ Kept DatabaseSink::keep(Batch& batch) {
     return kept;
 }
 
+// Repeats that are confirmed say nothing of the others that were written with them.
 // One try; false: the same again, with more care.
 bool DatabaseSink::attempt(Work& work) {
     work.rejected.clear();
