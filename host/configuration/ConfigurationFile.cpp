@@ -8,10 +8,10 @@
 
 #include "host/configuration/Columns.h"
 #include "host/configuration/ConfigurationKeys.h"
-#include "host/configuration/DatabaseUrls.h"
 #include "host/configuration/Overrides.h"
 #include "host/configuration/Problems.h"
 #include "host/configuration/TomlText.h"
+#include "host/database/DatabaseKinds.h"
 #include "host/values/ModifiedUtf8.h"
 #include "host/values/Text.h"
 #include "host/values/ValueTyping.h"

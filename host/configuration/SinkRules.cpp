@@ -1,82 +1,26 @@
 #include "host/configuration/SinkRules.h"
 
-#include <algorithm>
 #include <charconv>
-#include <map>
+#include <utility>
 
-#include "host/configuration/DatabaseUrls.h"
 #include "host/configuration/InForce.h"
+#include "host/database/Names.h"
 #include "host/process/Provider.h"
-#include "host/values/ModifiedUtf8.h"
 #include "host/values/Text.h"
 
 namespace host {
 
 namespace {
 
-constexpr const char* kOwnTables[] = {"kel_ledger", "kel_rejected"};
-constexpr const char* kOwnColumns[] = {"kel_op", "kel_seq", "kel_message_id",
-                                       "kel_at"};  // of an append table
-
-// The names in the database, by its own rules.
-class NameCheck {
-public:
-    NameCheck(const Settings& settings, const DatabaseKind& kind, CheckResult& result)
-        : settings_(settings), kind_(kind), result_(result) {}
-
-    void run() {
-        const SinkSettings& sink = settings_.sink;
-        if (kind_.hasSchemas) name("sink.schema is ", sink.schema);
-        name("sink.table is ", sink.table);
-        if (isOneOf(kOwnTables, sink.table))
-            problem("sink.table is " + inQuotes(sink.table) +
-                    ", a table of the sink's own; it must be another.");
-        std::map<std::string, std::string> seen;
-        for (const Column& column : streamColumns(settings_)) {
-            const std::string text = toUtf8(column.name);
-            name("stream.columns has ", text);
-            if (sink.mode == SinkMode::kAppend && isOneOf(kOwnColumns, text))
-                problem("stream.columns has " + inQuotes(text) +
-                        ", a column of the sink's own where mode = \"append\"; it needs another name.");
-            const auto [other, isNew] = seen.emplace(folded(text), text);
-            if (!isNew && other->second != text)
-                problem("stream.columns has " + inQuotes(other->second) + " and " + inQuotes(text) +
-                        ", which are one name to " + kind_.name + "; every name must be different there.");
-        }
-    }
-
-private:
-    std::string folded(const std::string& name) const { return kind_.foldsCase ? lowerCase(name) : name; }
-
-    template <typename Names>
-    bool isOneOf(const Names& names, const std::string& text) const {
-        return std::find(std::begin(names), std::end(names), folded(text)) != std::end(names);
-    }
-
-    void name(const std::string& what, const std::string& text) {
-        if (text.find('\0') != std::string::npos)
-            problem(what + inQuotes(text) + "; a name in a database has no U+0000.");
-        if (kind_.longestName > 0 && text.size() > kind_.longestName)
-            problem(what + inQuotes(text) + ", " + std::to_string(text.size()) + " bytes, of which " +
-                    kind_.name + " would keep " + std::to_string(kind_.longestName) +
-                    "; it must be no longer than that.");
-    }
-
-    void problem(std::string sentence) { result_.problems.push_back(std::move(sentence)); }
-
-    const Settings& settings_;
-    const DatabaseKind& kind_;
-    CheckResult& result_;
-};
-
 void checkUrl(const Settings& settings, CheckResult& result) {
-    const DatabaseKind* kind = databaseOf(settings.sink.url);
-    if (kind != nullptr && settings.sink.url.size() > kind->scheme.size()) {
-        NameCheck(settings, *kind, result).run();
+    const DatabaseScheme* scheme = schemeOf(settings.sink.url);
+    if (scheme != nullptr && settings.sink.url.size() > scheme->begin.size()) {
+        for (std::string& problem : nameProblems(scheme->kind, settings.sink, streamColumns(settings)))
+            result.problems.push_back(std::move(problem));
         return;
     }
     std::string forms;
-    for (const DatabaseKind& one : kDatabases) addToList(forms, one.form);
+    for (const DatabaseRules& one : kDatabases) addToList(forms, one.form);
     result.problems.push_back("sink.url is " + inQuotes(settings.sink.url) + "; allowed are " + forms + ".");
 }
 

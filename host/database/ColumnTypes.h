@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 
+#include "host/database/DatabaseKinds.h"
 #include "host/database/TableShape.h"
 
 namespace host {
@@ -24,8 +25,6 @@ ValueForm valueForm(std::uint32_t serverType);
 
 // Whether every value of a server's type comes back from a column as it went in.
 enum class Fit { kExact, kRounds, kWrong };
-
-enum class DatabaseKind { kPostgres, kSqlite };
 
 // The type of the column that is created for the server's type: numeric(10,2).
 std::string createdType(DatabaseKind kind, std::uint32_t serverType);

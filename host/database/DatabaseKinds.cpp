@@ -1,5 +1,3 @@
-#include <algorithm>
-
 #include "host/database/DatabaseSession.h"
 #ifdef KEL_SQLITE
 #include "host/database/SqliteSession.h"
@@ -34,34 +32,26 @@ constexpr Make kMakePostgres = make<PostgresSession>;
 constexpr Make kMakePostgres = nullptr;
 #endif
 
-constexpr DatabaseScheme kSchemes[] = {
-    {"sqlite:", "sqlite:FILE", kMakeSqlite},
-    {"postgresql://", "postgresql://HOST/DATABASE", kMakePostgres},
-    {"postgres://", nullptr, kMakePostgres},  // another word for the one before
-};
+Make makerOf(DatabaseKind kind) { return kind == DatabaseKind::kSqlite ? kMakeSqlite : kMakePostgres; }
 
 }  // namespace
 
-std::span<const DatabaseScheme> databaseKinds() { return kSchemes; }
-
 std::unique_ptr<DatabaseSession> makeSession(const SinkSettings& settings, const RowType& type,
                                              Access access) {
-    const auto* found =
-        std::find_if(std::begin(kSchemes), std::end(kSchemes),
-                     [&](const DatabaseScheme& one) { return settings.url.starts_with(one.begin); });
+    const DatabaseScheme* scheme = schemeOf(settings.url);
+    const Make make = scheme != nullptr ? makerOf(scheme->kind) : nullptr;
+    if (make != nullptr) return make(settings, type, access);
     std::string forms;
-    for (const DatabaseScheme& one : kSchemes) {
-        if (one.form != nullptr && one.make != nullptr) addToList(forms, one.form, " or ");
+    for (const DatabaseRules& one : kDatabases) {
+        if (makerOf(one.kind) != nullptr) addToList(forms, one.form, " or ");
     }
     const std::string begin = "sink.url is " + inQuotes(settings.url) + ", ";
-    if (found == std::end(kSchemes))
+    if (scheme == nullptr)
         throw Failure(begin + "which is no database that is known here; it is " + forms + '.',
                       kBadConfiguration);
-    if (found->make == nullptr)
-        throw Failure(begin + "which this build has not been made for; it knows " +
-                          (forms.empty() ? "no database" : forms) + '.',
-                      kBadConfiguration);
-    return found->make(settings, type, access);
+    throw Failure(begin + "which this build has not been made for; it knows " +
+                      (forms.empty() ? "no database" : forms) + '.',
+                  kBadConfiguration);
 }
 
 }  // namespace host

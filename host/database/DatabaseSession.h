@@ -5,7 +5,6 @@
 #include <ctime>
 #include <memory>
 #include <optional>
-#include <span>
 #include <string>
 #include <vector>
 
@@ -141,16 +140,6 @@ enum class Access {
     kWrite,
     kLook,  // changes nothing: a database file that is missing counts as an empty one
 };
-
-// A kind of database, by what its URLs begin with.
-struct DatabaseScheme {
-    const char* begin;
-    const char* form;  // of a whole URL
-    // Both must outlive the session; null: this build lacks it. Throws Failure.
-    std::unique_ptr<DatabaseSession> (*make)(const SinkSettings& settings, const RowType& type,
-                                             Access access);
-};
-std::span<const DatabaseScheme> databaseKinds();
 
 // The session for the settings' URL. Both must outlive it. Throws Failure for a URL of no database of this
 // build.

@@ -2,19 +2,12 @@
 
 #include <libpq-fe.h>
 #include <poll.h>
-#include <unistd.h>
 
-#include <algorithm>
-#include <array>
-#include <cctype>
-#include <charconv>
 #include <cstdlib>
+#include <string_view>
 
 #include "host/database/PostgresErrors.h"
-#include "host/database/Unavailable.h"
 #include "host/process/Clock.h"
-#include "host/process/Failure.h"
-#include "host/values/Text.h"
 
 namespace host {
 
@@ -22,59 +15,10 @@ namespace {
 
 constexpr std::chrono::milliseconds kLookAtStop(100);
 constexpr std::chrono::milliseconds kGrace(3000);
-constexpr std::chrono::milliseconds kLongestConnecting(10'000);
-
-// The first line, without what the server or the library puts before it.
-std::string plainMessage(const char* message) {
-    std::string text = message;
-    text = text.substr(0, text.find('\n'));
-    for (const std::string_view before : {"FATAL:  ", "ERROR:  ", "PANIC:  ", " failed: "}) {
-        const size_t at = text.find(before);
-        if (at == std::string::npos) continue;
-        text.erase(0, at + before.size());
-        text.front() = lowerCase(text.front());
-        break;
-    }
-    return text;
-}
-
-// In a message at its most verbose the code stands before the text.
-std::string codeIn(const std::string& message) {
-    constexpr size_t kLength = 5;
-    const auto isOfCode = [](char c) {
-        return std::isdigit(static_cast<unsigned char>(c)) != 0 ||
-               std::isupper(static_cast<unsigned char>(c)) != 0;
-    };
-    for (size_t at = message.find(":  "); at != std::string::npos; at = message.find(":  ", at + 1)) {
-        std::string code = message.substr(at + 3, kLength);
-        if (code.size() == kLength && message.compare(at + 3 + kLength, 2, ": ") == 0 &&
-            std::all_of(code.begin(), code.end(), isOfCode))
-            return code;
-    }
-    return "";
-}
-
-// What the password of the URL is, in case that a message holds it.
-std::string passwordOf(const std::string& url) {
-    PQconninfoOption* options = PQconninfoParse(url.c_str(), nullptr);
-    std::string password;
-    for (const PQconninfoOption* one = options; one != nullptr && one->keyword != nullptr; ++one) {
-        if (std::string_view(one->keyword) == "password" && one->val != nullptr) password = one->val;
-    }
-    PQconninfoFree(options);
-    return password;
-}
-
-std::string without(const std::string& secret, std::string text) {
-    for (size_t at = 0; !secret.empty() && (at = text.find(secret, at)) != std::string::npos; at += 3)
-        text.replace(at, secret.size(), "***");
-    return text;
-}
 
 }  // namespace
 
 void PostgresResult::Clear::operator()(pg_result* result) const { PQclear(result); }
-void PostgresConnection::Finish::operator()(pg_conn* connection) const { PQfinish(connection); }
 
 int PostgresResult::rows() const { return PQntuples(result_.get()); }
 bool PostgresResult::isNull(int row, int column) const {
@@ -92,53 +36,9 @@ std::string PostgresResult::tag() const { return PQcmdStatus(result_.get()); }
 
 PostgresConnection::PostgresConnection(const std::string& url, std::chrono::milliseconds silence,
                                        const StopRequest& stop)
-    : silence_(silence), stop_(stop) {
-    open(url);
+    : connection_(openPostgres(url, stop)), silence_(silence), stop_(stop) {
     if (PQsetnonblocking(connection_.get(), 1) != 0 || PQenterPipelineMode(connection_.get()) != 1)
         lose(plainMessage(PQerrorMessage(connection_.get())));
-}
-
-void PostgresConnection::open(const std::string& url) {
-    // What the URL has goes before what stands ahead of it here. A server that is gone without a word is
-    // noticed by the system's questions and by what it does not acknowledge.
-    const std::string name = "kel-adapter-host " + std::to_string(::getpid());
-    const char* const keys[] = {
-        "fallback_application_name", "keepalives_idle", "keepalives_interval", "keepalives_count",
-        "tcp_user_timeout",          "dbname",          "client_encoding",     nullptr};
-    const char* const values[] = {name.c_str(), "10", "5", "3", "20000", url.c_str(), "UTF8", nullptr};
-    connection_.reset(PQconnectStartParams(keys, values, 1));
-    const auto message = [&] { return std::string(PQerrorMessage(connection_.get())); };
-    if (!connection_ || PQstatus(connection_.get()) == CONNECTION_BAD) {
-        // The library's word for a URL that it cannot read may hold a part of a password.
-        if (PQconninfoOption* options = PQconninfoParse(url.c_str(), nullptr); options == nullptr)
-            throw Failure(
-                "sink.url is no URL of PostgreSQL; it is postgresql://USER@HOST:PORT/DATABASE, with % and "
-                "two hexadecimal digits for what is special in its parts.",
-                kBadConfiguration);
-        else
-            PQconninfoFree(options);
-    }
-    PQsetErrorVerbosity(connection_.get(), PQERRORS_VERBOSE);  // with the code
-    const Clock::time_point begin = Clock::now();
-    PostgresPollingStatusType state =
-        PQstatus(connection_.get()) == CONNECTION_BAD ? PGRES_POLLING_FAILED : PGRES_POLLING_WRITING;
-    while (state != PGRES_POLLING_OK) {
-        if (state == PGRES_POLLING_FAILED) {
-            const std::string all = without(passwordOf(url), message()), code = codeIn(all);
-            std::string text = plainMessage(all.c_str());
-            if (!code.empty()) text = text.substr(std::min(text.size(), code.size() + 2));
-            if (code.empty() || isPassing(code)) throw Unavailable(reasonOf(code, text));
-            throw Failure("The database refuses the connection: " + text + '.');
-        }
-        const auto past = Clock::now() - begin;
-        if (past > kLongestConnecting || (stop_.isStopped() && past > kGrace))
-            throw Unavailable("no answer to a connection");
-        pollfd socket{PQsocket(connection_.get()),
-                      static_cast<short>(state == PGRES_POLLING_READING ? POLLIN : POLLOUT), 0};
-        if (::poll(&socket, 1, static_cast<int>(kLookAtStop.count())) > 0)
-            state = PQconnectPoll(connection_.get());
-    }
-    PQsetErrorVerbosity(connection_.get(), PQERRORS_DEFAULT);
 }
 
 int PostgresConnection::version() const { return PQserverVersion(connection_.get()); }

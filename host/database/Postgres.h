@@ -8,9 +8,9 @@
 #include <string>
 
 #include "host/database/Patience.h"
+#include "host/database/PostgresOpening.h"
 #include "host/database/PostgresParameters.h"
 
-struct pg_conn;
 struct pg_result;
 
 namespace host {
@@ -70,17 +70,13 @@ public:
 private:
     enum class Wait { kForData, kForRoomToo };
 
-    void open(const std::string& url);
     void check(int isSent);
     void await(Wait wait);
     pg_result* next();
     [[noreturn]] void lose(const std::string& reason);
     bool isOverdue(std::chrono::steady_clock::time_point begin) const;
 
-    struct Finish {
-        void operator()(pg_conn* connection) const;
-    };
-    std::unique_ptr<pg_conn, Finish> connection_;
+    const PostgresHandle connection_;
     const std::chrono::milliseconds silence_;
     const StopRequest& stop_;
     bool isLost_ = false;

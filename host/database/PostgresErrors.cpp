@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string_view>
+
+#include "host/values/Text.h"
 
 namespace host {
 
@@ -49,6 +52,19 @@ std::string reasonOf(const std::string& code, const std::string& text) {
     const auto* found = std::find_if(std::begin(kPassing), std::end(kPassing),
                                      [&code](const Passing& one) { return code.starts_with(one.code); });
     return code.empty() || found == std::end(kPassing) || found->reason == nullptr ? text : found->reason;
+}
+
+std::string plainMessage(const char* message) {
+    std::string text = message;
+    text = text.substr(0, text.find('\n'));
+    for (const std::string_view before : {"FATAL:  ", "ERROR:  ", "PANIC:  ", " failed: "}) {
+        const size_t at = text.find(before);
+        if (at == std::string::npos) continue;
+        text.erase(0, at + before.size());
+        text.front() = lowerCase(text.front());
+        break;
+    }
+    return text;
 }
 
 }  // namespace host

@@ -9,16 +9,6 @@ namespace host {
 
 namespace {
 
-std::vector<std::string> lines(const std::string& text) {
-    std::vector<std::string> all;
-    for (size_t begin = 0; begin < text.size();) {
-        const size_t end = std::min(text.find('\n', begin), text.size());
-        all.push_back(text.substr(begin, end - begin));
-        begin = end + 1;
-    }
-    return all;
-}
-
 KeptReject listedReject(const PostgresResult& result, int row) {
     KeptReject kept;
     kept.id = result.integer(row, 0);
@@ -46,7 +36,7 @@ std::optional<LedgerRow> PostgresSession::readLedger() {
                   tableName(kLedgerTable) + " WHERE source = $1::text FOR UPDATE",
               source);
     if (row.rows() == 0) return std::nullopt;
-    return LedgerRow{row.integer(0, 0), lines(row.text(0, 1)), lines(row.text(0, 2))};
+    return LedgerRow{row.integer(0, 0), linesOf(row.text(0, 1)), linesOf(row.text(0, 2))};
 }
 
 void PostgresSession::insertLedger() {

@@ -15,8 +15,6 @@ namespace host {
 
 namespace {
 
-constexpr size_t kLongestPostgresName = 63;
-
 struct OwnColumn {
     const char* name;
     const char* postgres;
@@ -56,32 +54,16 @@ const OwnTable* ownTable(const std::string& name) {
     return found != std::end(kOwnTables) ? found : nullptr;
 }
 
-const char* nameOf(DatabaseKind kind) { return kind == DatabaseKind::kPostgres ? "PostgreSQL" : "SQLite"; }
-
 const char* endOfCreation(DatabaseKind kind) { return kind == DatabaseKind::kSqlite ? ") STRICT" : ")"; }
-
-// SQLite knows a column by its name in upper and lower case alike.
-std::string known(DatabaseKind kind, const std::string& name) {
-    return kind == DatabaseKind::kSqlite ? lowerCase(name) : name;
-}
 
 const TableColumn* findColumn(DatabaseKind kind, const TableShape& shape, const std::string& name) {
     const auto found = std::find_if(shape.columns.begin(), shape.columns.end(), [&](const TableColumn& one) {
-        return known(kind, one.name) == known(kind, name);
+        return knownName(kind, one.name) == knownName(kind, name);
     });
     return found != shape.columns.end() ? &*found : nullptr;
 }
 
 }  // namespace
-
-std::string quotedName(const std::string& name) {
-    std::string quoted = "\"";
-    for (const char c : name) {
-        if (c == '"') quoted += '"';
-        quoted += c;
-    }
-    return quoted += '"';
-}
 
 Schema::Schema(const SinkSettings& settings, const RowType& type) : settings_(settings), type_(type) {}
 
@@ -117,40 +99,20 @@ std::string Schema::createStatement(const DatabaseSession& session, const std::s
     return "CREATE TABLE " + session.tableName(table) + " (" + columns + endOfCreation(kind);
 }
 
-void Schema::checkNames(DatabaseKind kind, std::vector<std::string>& found) const {
-    std::set<std::string> names;
-    std::vector<std::string> all = {settings_.table};
-    for (const Expected& column : expected(kind)) {
-        all.push_back(column.name);
-        if (!names.insert(known(kind, column.name)).second)
-            found.push_back("The name " + inQuotes(column.name) + " is that of two columns to " +
-                            nameOf(kind) + '.');
-    }
-    for (const std::string& name : all) {
-        if (kind == DatabaseKind::kPostgres && name.size() > kLongestPostgresName)
-            found.push_back("The name " + inQuotes(name) + " has " + std::to_string(name.size()) +
-                            " bytes; PostgreSQL keeps " + std::to_string(kLongestPostgresName) + '.');
-        if (name.empty() || name.find('\0') != std::string::npos)
-            found.push_back("The name " + inQuotes(name) + " can be none of a table or column.");
-    }
-    if (ownTable(settings_.table) != nullptr)
-        found.push_back("sink.table is " + inQuotes(settings_.table) +
-                        ", which is a table of the sink's own.");
-}
-
 void Schema::checkColumns(const DatabaseSession& session, const TableShape& shape,
                           std::vector<std::string>& found) const {
     const DatabaseKind kind = session.kind();
     const std::string table = quotedName(settings_.table);
     std::set<std::string> written;
     for (const Expected& column : expected(kind)) {
-        written.insert(known(kind, column.name));
+        written.insert(knownName(kind, column.name));
         const TableColumn* there = findColumn(kind, shape, column.name);
         std::string sentence = there != nullptr ? misfit(kind, column, *there) : missing(session, column);
         if (!sentence.empty()) found.push_back(std::move(sentence));
     }
     for (const TableColumn& column : shape.columns) {
-        if (!column.mustBeGiven || column.isComputed || written.count(known(kind, column.name)) > 0) continue;
+        if (!column.mustBeGiven || column.isComputed || written.count(knownName(kind, column.name)) > 0)
+            continue;
         found.push_back(
             "The column " + quotedName(column.name) + " of " + table +
             " is not in the stream, must not be null and has no default: no row could be written.");
@@ -188,12 +150,12 @@ void Schema::checkKey(const DatabaseSession& session, const TableShape& shape,
     std::string list;
     for (const Column& column : type_.columns) {
         if (!column.key) continue;
-        keys.insert(known(session.kind(), toUtf8(column.name)));
+        keys.insert(knownName(session.kind(), toUtf8(column.name)));
         addToList(list, quotedName(toUtf8(column.name)));
     }
     for (const std::vector<std::string>& index : shape.uniqueIndexes) {
         std::set<std::string> columns;
-        for (const std::string& column : index) columns.insert(known(session.kind(), column));
+        for (const std::string& column : index) columns.insert(knownName(session.kind(), column));
         if (columns == keys) return;
     }
     found.push_back("mode = \"apply\" needs a unique index on exactly (" + list + "); the table " +
@@ -216,7 +178,8 @@ std::vector<std::string> Schema::check(DatabaseSession& session, std::vector<std
     const bool hasKey =
         std::any_of(type_.columns.begin(), type_.columns.end(), [](const Column& c) { return c.key; });
     if (isApplied && !hasKey) found.push_back("mode = \"apply\" needs key columns; the stream has none.");
-    checkNames(session.kind(), found);
+    for (std::string& problem : nameProblems(session.kind(), settings_, type_.columns))
+        found.push_back(std::move(problem));
     if (!found.empty()) return found;
     for (const std::string& table :
          {settings_.table, std::string(kLedgerTable), std::string(kRejectedTable)}) {

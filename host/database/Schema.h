@@ -6,20 +6,9 @@
 #include <vector>
 
 #include "host/database/DatabaseSession.h"
+#include "host/database/Names.h"
 
 namespace host {
-
-inline constexpr char kLedgerTable[] = "kel_ledger";
-inline constexpr char kRejectedTable[] = "kel_rejected";
-
-// What a row has besides the stream's columns where every row is kept; texts of the stream never name these.
-inline constexpr char kOpColumn[] = "kel_op";
-inline constexpr char kSeqColumn[] = "kel_seq";
-inline constexpr char kMessageIdColumn[] = "kel_message_id";
-inline constexpr char kAtColumn[] = "kel_at";
-
-// A name in a statement, and in a sentence.
-std::string quotedName(const std::string& name);
 
 class Schema {
 public:
@@ -44,7 +33,6 @@ private:
 
     std::vector<Expected> expected(DatabaseKind kind) const;
     std::string createStatement(const DatabaseSession& session, const std::string& table) const;
-    void checkNames(DatabaseKind kind, std::vector<std::string>& found) const;
     void checkColumns(const DatabaseSession& session, const TableShape& shape,
                       std::vector<std::string>& found) const;
     std::string missing(const DatabaseSession& session, const Expected& column) const;

@@ -25,7 +25,7 @@ struct SinkSettings {
     std::int64_t statementTimeoutMillis = 30'000;
     std::int64_t lockTimeoutMillis = 5'000;
     std::int64_t ledgerHours = 24;
-    std::int64_t leaseSeconds = 30;  // without a sign of life for so long a host loses its source to another
+    std::int64_t leaseSeconds = 60;  // without a sign of life for so long a host loses its source to another
 };
 
 }  // namespace host

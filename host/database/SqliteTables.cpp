@@ -15,13 +15,6 @@ std::string joined(const std::vector<std::string>& lines) {
     return text;
 }
 
-std::vector<std::string> lines(const std::string& text) {
-    std::vector<std::string> all;
-    for (size_t begin = 0, end = 0; (end = text.find('\n', begin)) != std::string::npos; begin = end + 1)
-        all.push_back(text.substr(begin, end - begin));
-    return all;
-}
-
 KeptReject listedReject(const SqliteStatement& row) {
     KeptReject kept;
     kept.id = row.integer(0);
@@ -45,7 +38,7 @@ std::optional<LedgerRow> SqliteSession::readLedger() {
             connection().prepare("SELECT epoch, ids, old FROM kel_ledger WHERE source = ?1");
         row.bind(1, settings_.source);
         if (!row.step()) return std::nullopt;
-        return LedgerRow{row.integer(0), lines(row.text(1)), lines(row.text(2))};
+        return LedgerRow{row.integer(0), linesOf(row.text(1)), linesOf(row.text(2))};
     });
 }
 

@@ -48,6 +48,16 @@ void appendHexBytes(std::string_view digits, std::string& out) {
         out += static_cast<char>(nibble(digits[i]) << 4 | nibble(digits[i + 1]));
 }
 
+std::vector<std::string> linesOf(const std::string& text) {
+    std::vector<std::string> all;
+    for (size_t begin = 0; begin < text.size();) {
+        const size_t end = std::min(text.find('\n', begin), text.size());
+        all.push_back(text.substr(begin, end - begin));
+        begin = end + 1;
+    }
+    return all;
+}
+
 std::string storedLine(std::string_view text) {
     const auto isPlain = [](char c) { return c >= ' ' && c < '\x7F'; };
     if (std::all_of(text.begin(), text.end(), isPlain)) return std::string(text);

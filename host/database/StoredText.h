@@ -12,6 +12,9 @@ namespace host {
 // In UTF-8 and in one line; U+FFFD stands for each byte that was no part of a character.
 std::string storedLine(std::string_view text);
 
+// Those of a text, of which the last may lack its end.
+std::vector<std::string> linesOf(const std::string& text);
+
 // Appends the bytes that the hexadecimal digits are of.
 void appendHexBytes(std::string_view digits, std::string& out);
 

@@ -137,6 +137,7 @@ TEST_F(SinkConfiguration, CheckNamesWhatDoesNotGoTogether) {
     const std::pair<Texts, Texts> rows[] = {
         {{kSink}, {}},
         {{postgres, columns("a", "A")}, {}},
+        {{"sink.url=postgres://h/d"}, {}},
         {{"sink.url=mysql://u:p@h"}, {"sink.url is \"mysql://u:p@h\"; allowed are sqlite:FILE, postgresql://"}},
         {{"sink.url=sqlite:"}, {"sink.url is \"sqlite:\"; allowed are"}},
         {{kSink, "sink.mode=apply", columns("a", "b")}, {"sink.mode is \"apply\", which needs key columns; the stream has none."}},
