@@ -34,6 +34,10 @@ std::string urlInForce(const Settings& settings) {
     if (hasSink(settings)) {
         for (const provider::Option& option : provider::optionsForSink())
             url = provider::withOption(url, option.key, option.value);
+    } else if (!settings.serverSettles && !isDurable(settings)) {
+        // An acknowledgement that nobody answers may be lost with a killed process, and a settling then is
+        // none.
+        url = provider::withOption(url, provider::kAcknowledgeAsync, "false");
     }
     if (settings.prefetch > 0)
         url = provider::withOption(url, provider::kPrefetch, std::to_string(settings.prefetch));

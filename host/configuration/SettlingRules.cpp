@@ -51,7 +51,8 @@ void checkSelector(const Settings& settings, CheckResult& result) {
 
 void noteUrl(const Settings& settings, CheckResult& result) {
     const std::string url = urlInForce(settings);
-    if (url == parameterOf(settings, params::kJndiUrl)) return;
+    const bool isAskedFor = hasSink(settings) || settings.prefetch > 0;
+    if (!isAskedFor || url == parameterOf(settings, params::kJndiUrl)) return;
     result.notes.push_back("connection.jndiURL is used as " + inQuotes(toUtf8(url)) + ", which says what " +
                            (!hasSink(settings)       ? "host.prefetch asks for."
                             : settings.prefetch == 0 ? "the sink needs."

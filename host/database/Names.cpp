@@ -31,8 +31,9 @@ public:
             const std::string text = toUtf8(column.name);
             check("stream.columns has ", text);
             if (settings.mode == SinkMode::kAppend && isOneOf(kOwnColumns, text))
-                found.push_back("stream.columns has " + inQuotes(text) +
-                                ", a column of the sink's own where mode = \"append\"; it needs another name.");
+                found.push_back(
+                    "stream.columns has " + inQuotes(text) +
+                    ", a column of the sink's own where mode = \"append\"; it needs another name.");
             const auto [other, isNew] = seen.emplace(knownName(rules_.kind, text), text);
             if (!isNew && other->second != text)
                 found.push_back("stream.columns has " + inQuotes(other->second) + " and " + inQuotes(text) +

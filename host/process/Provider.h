@@ -53,6 +53,9 @@ struct Option {
 };
 std::span<const Option> optionsForSink();
 
+// Whether the client goes on without an answer to an acknowledgement.
+inline constexpr char kAcknowledgeAsync[] = "jms.sendAcksAsync";
+
 // How many messages come ahead, of every kind of destination; and what the options about it begin with.
 inline constexpr char kPrefetch[] = "jms.prefetchPolicy.all";
 inline constexpr char kPrefetchOptions[] = "jms.prefetchPolicy.";

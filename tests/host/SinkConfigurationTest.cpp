@@ -249,7 +249,7 @@ TEST(Provider, OptionsGoWhereTheClientReadsThem) {
 TEST_F(SinkConfiguration, TheAdapterIsGivenTheUrlInForce) {
     const host::Settings settings = read(kGood, {kActiveMq, "host.prefetch=2", "connection.jndiURL=tcp://h:1?a=😀"});
     const host::Parameters parameters = host::connectionInForce(settings);
-    EXPECT_EQ(parameters.at("jndiURL"), "tcp://h:1?a=\xED\xA0\xBD\xED\xB8\x80&jms.prefetchPolicy.all=2");
+    EXPECT_EQ(parameters.at("jndiURL"), "tcp://h:1?a=\xED\xA0\xBD\xED\xB8\x80&jms.sendAcksAsync=false&jms.prefetchPolicy.all=2");
     EXPECT_EQ(parameters.size(), settings.connection.size());
     EXPECT_EQ(host::urlInForce(read(kGood, {kSink, "host.prefetch=2"})), "tcp://h:1") << "another provider";
     EXPECT_FALSE(host::connectionInForce(read(kStream, {kSink, kActiveMq})).contains("jndiURL"));
