@@ -60,7 +60,7 @@ TEST(CommandLine, EachOptionAndExitCode) {
         {&forms, {"discover", "--set", "connection.destinationName=empty"}, 1, "", "No message of \"empty\""},
         {&forms, {"discover", "--set", "connection.jndiURL=vm://localhost"}, 78, "", "a broker of its own"},
         {&forms, {"discover", "--samples", "11"}, 2, "", "--samples: \"11\" is no integer from 0 to 10."},
-        {nullptr, {"wrong"}, 2, "", "A command is required; the commands are run, discover, send, broker, check."},
+        {nullptr, {"wrong"}, 2, "", "A command is required; the commands are run, discover, send, broker, check, rejects."},
         {nullptr, {"check", "--config"}, 2, "", "--config needs a value."},
         {nullptr, {"broker", "--port", broker.port()}, 1, "", "Address already in use"},
         {nullptr, {"broker", "--port", "0", "--data", scratch.path("broker-data")}, 1, "", "is locked by another broker"},
