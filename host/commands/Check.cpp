@@ -15,9 +15,10 @@ namespace {
 void checkDatabase(const Settings& settings, const std::string& place, CheckResult& result) {
     if (!hasSink(settings) || !result.problems.empty()) return;
     const RowType streamType(settings.streamName, streamColumns(settings));
+    const std::string begin = place + ": ";
     for (const std::string& problem : databaseProblems(settings.sink, streamType))
-        result.problems.push_back(place + ": " + problem);
-    if (result.problems.empty()) result.notes.push_back(place + ": note: the database can take the rows.");
+        result.problems.push_back(begin + problem);
+    if (result.problems.empty()) result.notes.push_back(begin + "note: the database can take the rows.");
 }
 
 }  // namespace

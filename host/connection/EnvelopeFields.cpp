@@ -31,10 +31,27 @@ bool read(const EnvelopeColumn& column, const std::string& text, const TemporalF
     return readValue(column.column.type, text, formats, value, reason);
 }
 
+// What is wrong with a message that has no such header or property; "": nothing.
+std::string faultOfAbsent(const EnvelopeColumn& column) {
+    if (!column.column.key) return {};
+    return "key column \"" + column.column.name + "\" is null, because the message has no " + column.from +
+           "; a key column needs a value.";
+}
+
 }  // namespace
 
 EnvelopeFields::EnvelopeFields(const Settings& settings, const RowType& streamType)
     : settings_(settings), streamType_(streamType), formats_(discoveryFormats(settings)) {}
+
+std::string EnvelopeFields::faultOf(const EnvelopeColumn& column, const std::string& text,
+                                    Value& value) const {
+    std::string reason;
+    if (read(column, text, formats_, value, reason)) return {};
+    std::string fault = "column \"";
+    fault.append(column.column.name).append("\" (").append(typeName(column.column.type));
+    fault.append(") cannot hold the text ").append(quoted(text)).append(" of ").append(column.from);
+    return fault.append(": ").append(reason).append(".");
+}
 
 void EnvelopeFields::fill(Batch& batch, Delivery& delivery) const {
     for (const EnvelopeColumn& column : settings_.envelope) {
@@ -45,17 +62,7 @@ void EnvelopeFields::fill(Batch& batch, Delivery& delivery) const {
             if (!message.row) continue;
             const std::optional<std::string> text = i < values.size() ? values[i] : std::nullopt;
             Value value;
-            std::string fault;
-            if (text) {
-                std::string reason;
-                if (!read(column, *text, formats_, value, reason))
-                    fault = "column \"" + name + "\" (" + typeName(column.column.type) +
-                            ") cannot hold the text " + quoted(*text) + " of " + column.from + ": " + reason +
-                            ".";
-            } else if (column.column.key) {
-                fault = "key column \"" + name + "\" is null, because the message has no " + column.from +
-                        "; a key column needs a value.";
-            }
+            const std::string fault = text ? faultOf(column, *text, value) : faultOfAbsent(column);
             if (fault.empty()) {
                 std::vector<Value>& all = message.row->values;
                 all.insert(all.begin() + static_cast<std::ptrdiff_t>(column.position), std::move(value));

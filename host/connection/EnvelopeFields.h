@@ -16,6 +16,9 @@ public:
     void fill(Batch& batch, Delivery& delivery) const;
 
 private:
+    // Sets the value of the text; "" when it could.
+    std::string faultOf(const EnvelopeColumn& column, const std::string& text, Value& value) const;
+
     const Settings& settings_;
     const RowType& streamType_;
     const TemporalFormats formats_;

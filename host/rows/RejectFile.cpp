@@ -148,7 +148,8 @@ private:
             if (!reject) continue;
             if (ids.empty() && batch.envelopes != nullptr) ids = batch.envelopes->ids();
             const std::string id = i < ids.size() ? ids[i] : std::string();
-            if (output_) lines += lineOf(id, *reject, batch.envelopes->copyOf(i));
+            if (output_ && batch.envelopes != nullptr)
+                lines += lineOf(id, *reject, batch.envelopes->copyOf(i));
             say(rejectSentence(id, *reject, file_));
         }
         if (!lines.empty()) output_->write(lines);
